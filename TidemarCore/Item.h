@@ -1,0 +1,42 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+
+#include "TidemarCore/Date.h"
+#include "TidemarCore/FileURL.h"
+
+namespace tidemar {
+
+/// One top-level entry of a folder as it was read at one moment.
+struct Item {
+  FileURL url;
+
+  /// The moment from which the entry's age counts: the later of when it was added to the folder and
+  /// when it was last changed. Without one nothing says how old the entry is, so no rule clears it.
+  std::optional<Date> freshness;
+
+  /// Bytes of allocated storage, for a directory or package of its whole tree.
+  std::int64_t size = 0;
+
+  friend bool operator==(const Item&, const Item&) = default;
+};
+
+/// The later of two dates that may be missing: the one that exists if only one does.
+constexpr std::optional<Date> laterDate(std::optional<Date> first, std::optional<Date> second) {
+  if (!first) return second;
+  if (!second) return first;
+  return *second > *first ? second : first;
+}
+
+}  // namespace tidemar
+
+template <>
+struct std::hash<tidemar::Item> {
+  std::size_t operator()(const tidemar::Item& item) const noexcept {
+    const std::size_t url = std::hash<tidemar::FileURL>{}(item.url);
+    const std::size_t freshness = std::hash<std::optional<tidemar::Date>>{}(item.freshness);
+    return (url * 31 + freshness) * 31 + std::hash<std::int64_t>{}(item.size);
+  }
+};

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "TidemarCore/FileURL.h"
+#include "TidemarCore/Forecast.h"
+#include "TidemarCore/Item.h"
+#include "TidemarCore/RemovalPlanning.h"
+
+namespace tidemar {
+
+/// What was read of a folder at one moment, with the plan that follows from it.
+struct FolderStatus {
+  FileURL url;                     ///< The folder as its bookmark resolves now.
+  bool isTagged = false;           ///< It carries the tag "Tidemar: Temporary".
+  bool isProtectedRoot = false;    ///< It is never cleared.
+  std::vector<Item> items;         ///< In listing order.
+  std::vector<Removal> dueNow;     ///< What goes now, oldest first.
+  std::vector<Upcoming> upcoming;  ///< What the age rule will take, earliest first.
+
+  /// Bytes of all items; held at the end of the 64-bit range.
+  std::int64_t totalSize() const noexcept;
+
+  friend bool operator==(const FolderStatus&, const FolderStatus&) = default;
+};
+
+}  // namespace tidemar
