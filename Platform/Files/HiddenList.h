@@ -1,0 +1,29 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace tidemar {
+
+/// Which names of one directory are hidden: those that begin with "." and those that stand in its
+/// file
+/// `.hidden`, one exact name a line, as the file managers read it.
+class HiddenList {
+ public:
+  /// A directory without such a file.
+  HiddenList() = default;
+
+  /// Reads the file of an open directory. A missing one, a link and anything else that isn't a
+  /// regular file hide nothing. Throws std::system_error for a file that can't be read or is over 1
+  /// MiB: then nothing says what is hidden.
+  static HiddenList ofDirectory(int directory);
+
+  bool hides(std::string_view name) const;
+
+ private:
+  std::vector<std::string> _names;
+};
+
+}  // namespace tidemar

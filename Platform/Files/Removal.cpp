@@ -1,0 +1,173 @@
+#include "Platform/Files/Removal.h"
+
+#include <cerrno>
+#include <optional>
+#include <system_error>
+#include <utility>
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <unistd.h>
+
+#include "Platform/Files/DirectoryReader.h"
+#include "Platform/Files/DirectoryStack.h"
+#include "Platform/Files/EntryValues.h"
+#include "Platform/Files/TreeBoundaries.h"
+#include "Platform/Files/TreeWalk.h"
+#include "Platform/PlatformError.h"
+
+namespace tidemar {
+namespace {
+
+constexpr const char* operation = "delete";
+
+/// Why an entry may not leave a directory, as far as that shows beforehand; 0 if nothing speaks
+/// against it.
+int whatKeeps(const EntryValues& entry, int directory, const EntryValues& directoryValues) {
+  if ((entry.stx_attributes & (STATX_ATTR_IMMUTABLE | STATX_ATTR_APPEND)) != 0) return EPERM;
+  if (faccessat(directory, "", W_OK | X_OK, AT_EMPTY_PATH | AT_EACCESS) != 0) return errno;
+  const uid_t user = geteuid();
+  const bool isSticky = (directoryValues.stx_mode & S_ISVTX) != 0;
+  if (isSticky && user != 0 && directoryValues.stx_uid != user && entry.stx_uid != user)
+    return EPERM;
+  return 0;
+}
+
+/// Looks through a tree for what would stop its deletion half-way.
+class Survey : public WalkHandler {
+ public:
+  void entry(const WalkedEntry& entry) override {
+    if (_obstacle) return;
+    int code =
+        (entry.values.stx_attributes & (STATX_ATTR_IMMUTABLE | STATX_ATTR_APPEND)) != 0 ? EPERM : 0;
+    if (code == 0 && entry.descriptor >= 0 &&
+        faccessat(entry.descriptor, "", W_OK | X_OK, AT_EMPTY_PATH | AT_EACCESS) != 0) {
+      code = errno;
+    }
+    if (code != 0) _obstacle = code;
+  }
+  void failed(const PlatformError& error) override {
+    if (!_obstacle) _obstacle = error.code();
+  }
+  std::optional<int> obstacle() const { return _obstacle; }
+
+ private:
+  std::optional<int> _obstacle;
+};
+
+/// Deletes what lies in a directory, innermost first, with the walk's bounds on descriptors and
+/// stack.
+class TreeRemoval {
+ public:
+  explicit TreeRemoval(const FileURL& root) : _stack(root) {}
+
+  void run(int parent, const char* name) {
+    enter(parent, name);
+    while (true) {
+      auto& pending = _stack.top().pending;
+      if (!pending.empty()) {
+        const std::string child = std::move(pending.back().name);
+        pending.pop_back();
+        enter(_stack.top().descriptor.get(), child.c_str());
+        continue;
+      }
+      if (_stack.depth() == 1) break;
+      const std::string emptied = _stack.top().name;
+      if (const int code = _stack.pop(); code != 0) fail(_stack.url(), code);
+      unlinkEntry(emptied.c_str(), AT_REMOVEDIR);
+    }
+  }
+
+ private:
+  void enter(int parent, const char* name) {
+    const FileURL url = _stack.isEmpty() ? _stack.rootURL() : _stack.url(name);
+    OpenDirectory directory;
+    directory.name = name;
+    EntryValues parentValues{};
+    EntryValues values{};
+    int code = readEntryValues(parent, "", parentValues);
+    if (code == 0) code = openDirectory(parent, name, directory.descriptor);
+    if (code == 0) code = readEntryValues(directory.descriptor.get(), "", values);
+    // A mount that was made after the survey must stop the deletion here.
+    if (code == 0 && isBoundary(values, identityOf(parentValues))) code = EXDEV;
+    if (code != 0) fail(url, code);
+    directory.identity = identityOf(values);
+    _stack.push(std::move(directory));
+    emptyTop();
+  }
+
+  /// Reads until a whole pass meets nothing but directories, since a listing that shrinks while it
+  /// is read may leave entries out.
+  void emptyTop() {
+    try {
+      while (deleteFilesOfTop())
+        lseek(_stack.top().descriptor.get(), 0, SEEK_SET);
+    } catch (const std::system_error& error) {
+      fail(_stack.url(), error.code().value());
+    }
+  }
+
+  bool deleteFilesOfTop() {
+    OpenDirectory& directory = _stack.top();
+    directory.pending.clear();
+    bool hasDeleted = false;
+    _reader.start(directory.descriptor.get());
+    while (const auto entry = _reader.next()) {
+      if (isDirectoryEntry(*entry)) {
+        directory.pending.push_back({entry->name});
+      } else {
+        unlinkEntry(entry->name, 0);
+        hasDeleted = true;
+      }
+    }
+    return hasDeleted;
+  }
+
+  bool isDirectoryEntry(const DirectoryReader::Entry& entry) {
+    if (entry.type != DT_UNKNOWN) return entry.type == DT_DIR;
+    EntryValues values{};
+    const int code = readEntryValues(_stack.top().descriptor.get(), entry.name, values);
+    if (code != 0) fail(_stack.url(entry.name), code);
+    return isDirectory(values);
+  }
+
+  void unlinkEntry(const char* name, int flags) {
+    if (unlinkat(_stack.top().descriptor.get(), name, flags) == 0 || errno == ENOENT) return;
+    fail(_stack.url(name), errno);
+  }
+
+  [[noreturn]] static void fail(const FileURL& url, int code) {
+    throw PlatformError(operation, url, code);
+  }
+
+  DirectoryReader _reader;
+  DirectoryStack _stack;
+};
+
+}  // namespace
+
+void removeItem(const FileURL& url) {
+  const FileDescriptor parent = openParent(url, operation);
+  const std::string name(url.lastPathComponent());
+  refuseMounts(parent.get(), name, url, operation);
+
+  EntryValues parentValues{};
+  EntryValues values{};
+  int code = readEntryValues(parent.get(), "", parentValues);
+  if (code == 0) code = readEntryValues(parent.get(), name.c_str(), values);
+  if (code == 0) code = whatKeeps(values, parent.get(), parentValues);
+  if (code != 0) throw PlatformError(operation, url, code);
+
+  if (isDirectory(values)) {
+    Survey survey;
+    TreeWalk(url, survey).run(parent.get(), name.c_str());
+    if (survey.obstacle() == EXDEV) refuseBoundary(url, operation);
+    if (survey.obstacle()) throw PlatformError(operation, url, *survey.obstacle());
+    TreeRemoval(url).run(parent.get(), name.c_str());
+  }
+  if (unlinkat(parent.get(), name.c_str(), isDirectory(values) ? AT_REMOVEDIR : 0) != 0) {
+    throw PlatformError(operation, url, errno);
+  }
+}
+
+}  // namespace tidemar

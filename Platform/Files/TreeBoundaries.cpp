@@ -1,0 +1,89 @@
+#include "Platform/Files/TreeBoundaries.h"
+
+#include <cerrno>
+#include <cstdlib>
+#include <memory>
+#include <optional>
+
+#include <linux/magic.h>
+#include <sys/vfs.h>
+
+#include "Platform/Files/EntryValues.h"
+#include "Platform/Files/FileDescriptor.h"
+#include "Platform/Files/MountTable.h"
+#include "Platform/Files/TreeWalk.h"
+#include "Platform/PlatformError.h"
+
+namespace tidemar {
+namespace {
+
+constexpr long bcachefsMagic = 0xca451a4e;
+
+/// The path under which the kernel lists mounts below an item.
+std::string pathWithoutLinks(const FileURL& url, const std::string& operation) {
+  const FileURL parent = url.deletingLastPathComponent();
+  const std::unique_ptr<char, decltype(&std::free)> path(realpath(parent.path().c_str(), nullptr),
+                                                         &std::free);
+  if (!path) throw PlatformError(operation, url, errno);
+  return FileURL(path.get()).appendingPathComponent(url.lastPathComponent()).path();
+}
+
+/// Subvolumes stand in no table, so only a walk finds them.
+class BoundarySearch : public WalkHandler {
+ public:
+  void entry(const WalkedEntry&) override {}
+  void failed(const PlatformError& error) override {
+    if (!_found) _found = error;
+  }
+  const std::optional<PlatformError>& found() const { return _found; }
+
+ private:
+  std::optional<PlatformError> _found;
+};
+
+bool canHoldSubvolumes(int directory, const FileURL& url, const std::string& operation) {
+  struct statfs fileSystem {};
+  if (fstatfs(directory, &fileSystem) != 0) throw PlatformError(operation, url, errno);
+  return fileSystem.f_type == BTRFS_SUPER_MAGIC || fileSystem.f_type == bcachefsMagic;
+}
+
+}  // namespace
+
+void refuseBoundary(const FileURL& url, const std::string& operation) {
+  throw PlatformError(operation, url, EXDEV, "it holds another volume");
+}
+
+void refuseMounts(int parentDescriptor, const std::string& name, const FileURL& url,
+                  const std::string& operation) {
+  EntryValues parent{};
+  EntryValues values{};
+  int code = readEntryValues(parentDescriptor, "", parent);
+  if (code == 0) code = readEntryValues(parentDescriptor, name.c_str(), values);
+  if (code != 0) throw PlatformError(operation, url, code);
+  if (isBoundary(values, identityOf(parent))) refuseBoundary(url, operation);
+  if (!isDirectory(values)) return;
+
+  const std::string inside = pathWithoutLinks(url, operation) + "/";
+  for (const Mount& mount : readMountTable()) {
+    if (mount.mountPoint.starts_with(inside)) refuseBoundary(url, operation);
+  }
+}
+
+void refuseMountsAndSubvolumes(int parentDescriptor, const std::string& name, const FileURL& url,
+                               const std::string& operation) {
+  refuseMounts(parentDescriptor, name, url, operation);
+  if (!canHoldSubvolumes(parentDescriptor, url, operation)) return;
+
+  EntryValues values{};
+  if (const int code = readEntryValues(parentDescriptor, name.c_str(), values); code != 0) {
+    throw PlatformError(operation, url, code);
+  }
+  if (!isDirectory(values)) return;
+  BoundarySearch search;
+  TreeWalk(url, search).run(parentDescriptor, name.c_str());
+  if (!search.found()) return;
+  if (search.found()->code() == EXDEV) refuseBoundary(url, operation);
+  throw PlatformError(operation, search.found()->url(), search.found()->code());
+}
+
+}  // namespace tidemar

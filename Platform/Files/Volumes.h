@@ -1,0 +1,16 @@
+#pragma once
+
+#include <vector>
+
+#include "Platform/Files/FileManager.h"
+
+namespace tidemar {
+
+/// See FileManager::volumeCapacity. A file system that reports a size of 0 (one without blocks of
+/// its own) reports no capacity.
+VolumeCapacity readVolumeCapacity(const FileURL& url);
+
+/// See FileManager::mountedVolumeURLs.
+std::vector<FileURL> readMountedVolumeURLs();
+
+}  // namespace tidemar
