@@ -17,6 +17,13 @@ PlatformError::PlatformError(std::string operation, FileURL url, int code,
                          "."),
       _operation(std::move(operation)),
       _url(std::move(url)),
-      _code(code) {}
+      _code(code),
+      _reason(reason) {}
+
+std::string textWithoutPath(const std::exception& error) {
+  const auto* refusal = dynamic_cast<const PlatformError*>(&error);
+  if (refusal == nullptr) return error.what();
+  return "Couldn't " + refusal->operation() + ": " + refusal->reason() + ".";
+}
 
 }  // namespace tidemar

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <exception>
 #include <stdexcept>
 #include <string>
 
@@ -25,10 +26,18 @@ class PlatformError : public std::runtime_error {
   /// An errno value.
   int code() const noexcept { return _code; }
 
+  /// Why, without the path: the system's text for the code, or the reason of our own.
+  const std::string& reason() const noexcept { return _reason; }
+
  private:
   std::string _operation;
   FileURL _url;
   int _code;
+  std::string _reason;
 };
+
+/// An error's text for the public part of the log, where no path of the user's may stand: that of
+/// `what()`, of a `PlatformError` without its path.
+std::string textWithoutPath(const std::exception& error);
 
 }  // namespace tidemar

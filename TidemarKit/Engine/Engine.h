@@ -1,0 +1,102 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <stop_token>
+#include <string>
+
+#include "Platform/Files/FileManager.h"
+#include "Platform/Logger.h"
+#include "TidemarCore/Date.h"
+#include "TidemarKit/Engine/Failure.h"
+#include "TidemarKit/Engine/FolderStatus.h"
+#include "TidemarKit/Engine/RunResult.h"
+#include "TidemarKit/Store/Folder.h"
+#include "TidemarKit/Store/JournalEntry.h"
+#include "TidemarKit/Store/Store.h"
+
+namespace tidemar {
+
+/// A folder as it stands now, with the place to which its bookmark leads.
+struct ResolvedFolder {
+  Folder folder;
+  FileURL url;
+};
+
+/// Joins the planning to the real world: knows folders by their row, finds them by their bookmark,
+/// clears them by their tag, and puts items back.
+///
+/// All operations are synchronous on the caller's thread. The engine has no clock, no locks and no
+/// memory: all it knows between two calls lies in the store and on the disk. It does not keep two
+/// runs of one folder apart; the second would book what is gone under its failures.
+///
+/// Besides `Failure`, operations throw what comes from below as it came: `PlatformError`,
+/// `System::Failure` and `DatabaseError`. A change of the disk comes first and its record after it,
+/// so that a record always tells of something that happened.
+class Engine {
+ public:
+  using Failure = EngineFailure;
+
+  /// The file manager must outlive the engine.
+  Engine(std::unique_ptr<Store> store, const FileManager& fileManager);
+
+  Store& store() const noexcept { return *_store; }
+
+  // Folders.
+
+  /// The path that the program knows a folder by: absolute and without links.
+  std::string canonicalPath(const FileURL& url) const;
+
+  /// Makes a folder known, with the rules of a new folder, or finds it as it stands. Neither tags
+  /// it nor minds whether it is a protected root.
+  Folder addFolder(const FileURL& url, Date now);
+
+  /// Puts the tag on the folder, which starts its restart rule anew, or takes the tag off. A
+  /// failure of the tag's change leaves the row as it was.
+  void setTemporary(const Folder& folder, bool isTemporary, Date now);
+
+  /// Takes the tag off where the folder can be found, and drops the row with its journal. What lies
+  /// in the folder and in the Bin stays there. Throws `MissingValue` for a folder without an id; a
+  /// tag that can't be taken off is thrown and the row stays.
+  void forget(const Folder& folder);
+
+  /// Finds the folder. If it has moved, or its bookmark wants renewing, the row is updated.
+  ResolvedFolder resolve(const Folder& folder);
+
+  /// Fetches and resolves. Throws `Failure::FolderNotFound`.
+  ResolvedFolder resolvedFolder(std::int64_t id);
+
+  // Clearing.
+
+  /// Reads a folder and plans: what a run at `now` would do. Changes nothing on the disk.
+  FolderStatus status(std::int64_t folderID, Date now);
+
+  /// Clears what is due, oldest first, and sets the folder's `lastRunAt` to `now`, which is also
+  /// the `performedAt` of every entry. Ends early, as a run does that has nothing left to do, when
+  /// the tag is no longer there before an item or `stop` is requested; never in the middle of one.
+  /// An item that can't be removed is reported and doesn't end the run. Throws only where the
+  /// folder can't be read, before anything is touched, or `lastRunAt` can't be written.
+  RunResult run(std::int64_t folderID, Date now, const std::stop_token& stop = {});
+
+  /// Puts one item back from the Bin into its folder, wherever that lies now, under its own name.
+  /// Never overwrites. After a failure the entry is unchanged and can be tried again.
+  void undo(std::int64_t journalEntryID, Date now);
+
+ private:
+  struct Reading {
+    Folder folder;
+    FolderStatus status;
+  };
+
+  Reading read(std::int64_t folderID, Date now);
+  JournalEntry remove(const Removal& removal, const Folder& folder, Date now);
+  std::optional<FileURL> dispose(const FileURL& url, Disposal disposal) const;
+  void writeLastRun(Folder folder, Date now);
+
+  std::unique_ptr<Store> _store;
+  const FileManager& _fileManager;
+  Logger _logger;
+};
+
+}  // namespace tidemar

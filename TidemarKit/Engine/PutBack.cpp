@@ -1,0 +1,38 @@
+#include <cerrno>
+#include <string_view>
+
+#include "TidemarKit/Engine/Engine.h"
+
+namespace tidemar {
+namespace {
+
+bool isOnePathComponent(std::string_view name) {
+  return !name.empty() && name != "." && name != ".." &&
+         name.find_first_of(std::string_view("/\0", 2)) == std::string_view::npos;
+}
+
+}  // namespace
+
+void Engine::undo(std::int64_t journalEntryID, Date now) {
+  std::optional<JournalEntry> entry = _store->journalEntry(journalEntryID);
+  if (!entry) throw Failure(Failure::JournalEntryNotFound{journalEntryID});
+  if (entry->undoneAt) throw Failure(Failure::AlreadyUndone{});
+  if (!entry->binnedPath) throw Failure(Failure::DeletedPermanently{});
+  // The journal is a file that others can write to: no name of it leads out of the folder.
+  if (!isOnePathComponent(entry->name)) {
+    throw PlatformError("put back", FileURL(entry->name), EINVAL,
+                        "its name in the journal isn't the name of one item");
+  }
+
+  const FileURL folderURL = resolvedFolder(entry->folderID).url;
+  const FileURL binned(*entry->binnedPath);
+  const FileURL original = folderURL.appendingPathComponent(entry->name);
+  if (!_fileManager.fileExists(binned)) throw Failure(Failure::GoneFromBin{*entry->binnedPath});
+  if (_fileManager.fileExists(original)) throw Failure(Failure::OriginalPathTaken{original.path()});
+
+  _fileManager.moveItem(binned, original);
+  entry->undoneAt = now;
+  _store->update(*entry);
+}
+
+}  // namespace tidemar

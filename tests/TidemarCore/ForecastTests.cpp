@@ -1,0 +1,63 @@
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "TidemarCore/Forecast.h"
+#include "TidemarCore/RemovalPlanning.h"
+#include "support/Values.h"
+
+namespace tidemar {
+namespace {
+
+using testing::item;
+using testing::namesOf;
+
+TemporarySettings age(std::optional<std::int64_t> days) {
+  return {days, 1, true, true, Disposal::delete_};
+}
+
+TEST(Forecast, givesEveryDatedItemTheLastInstantAtWhichItStays) {
+  const double freshness = 1'700'000'000.25;
+  const std::vector<Item> items = {item("new", freshness), item("undated", std::nullopt),
+                                   item("old", freshness - 100 * secondsPerDay)};
+  const std::vector<Upcoming> upcoming = upcomingRemovals({true, false, items}, age(30));
+  ASSERT_EQ(namesOf(upcoming), "old new");
+  EXPECT_EQ(upcoming[0].date, Date{freshness - 70 * secondsPerDay});
+  EXPECT_EQ(upcoming[1].date, Date{freshness + 30 * secondsPerDay});
+  EXPECT_EQ(upcoming[1].item, items[0]);
+
+  TemporarySettings settings = age(30);
+  settings.sizeLimit.reset();
+  settings.emptyOnRestart = settings.automatic = false;
+  RunConditions conditions{upcoming[1].date, 500, 1000, {}, {}};
+  EXPECT_EQ(namesOf(removalsDueNow({true, false, items}, settings, conditions)), "old");
+  conditions.now = conditions.now + 0.001;
+  EXPECT_EQ(namesOf(removalsDueNow({true, false, items}, settings, conditions)), "old new");
+}
+
+TEST(Forecast, isEmptyWhereNothingGoesByAge) {
+  const std::vector<Item> items = {item("a", 1, 10)};
+  EXPECT_TRUE(upcomingRemovals({false, false, items}, age(30)).empty());
+  EXPECT_TRUE(upcomingRemovals({true, true, items}, age(30)).empty());
+  EXPECT_TRUE(upcomingRemovals({true, false, items}, age(std::nullopt)).empty());
+}
+
+TEST(Forecast, sortsItemsOfOneDateByNameAsPlanningDoes) {
+  const std::vector<Item> items = {item("b", 5), item("\u00e9", 5), item("e\u0301", 5),
+                                   item("z", 4), item("a", 5)};
+  const FolderSnapshot snapshot{true, false, items};
+  const RunConditions conditions{Date{1e9}, 500, 1000, {}, {}};
+  const std::vector<Upcoming> upcoming = upcomingRemovals(snapshot, age(0));
+  EXPECT_EQ(namesOf(upcoming), "z a b e\u0301 \u00e9");
+  EXPECT_EQ(namesOf(upcoming), namesOf(removalsDueNow(snapshot, age(0), conditions)));
+}
+
+TEST(Forecast, sortsByNameWhereAddingTheAgeMakesTwoDatesOne) {
+  // The two differ by less than a double can tell so far from zero.
+  const std::vector<Item> items = {item("b", 1.0), item("a", 1.0000000000000002)};
+  const std::vector<Upcoming> upcoming = upcomingRemovals({true, false, items}, age(90));
+  EXPECT_EQ(namesOf(upcoming), "a b");
+}
+
+}  // namespace
+}  // namespace tidemar

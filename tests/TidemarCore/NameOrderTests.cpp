@@ -1,0 +1,92 @@
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "TidemarCore/NameOrder.h"
+#include "support/Values.h"
+
+namespace tidemar {
+namespace {
+
+/// Names in their order. Accents are spelled out, since an editor may compose them.
+const std::vector<std::string> namesInOrder = {
+    "10",
+    "9",  // digits have no value
+    "A",
+    "Z",
+    "a",
+    "a b",
+    "aa",
+    "abcdefgh",
+    "abcdefgh ",
+    "abcdefghi",
+    "ez",
+    "z",
+    "\xac",              // not UTF-8: placed by its byte, before the lead byte of é
+    "e\u0301",           // é in two scalars sorts as é, behind z
+    "\u00e9",            // the same name composed: equal keys, told apart by the bytes
+    "e\u0301a",          //
+    "\u00e9b",           //
+    "e\u0301c",          //
+    "\u00ea",            // ê
+    "\u1100\u1161",      // two jamo sort as their syllable U+AC00, far behind U+1100
+    "\xed\xa0\x80",      // a surrogate is not UTF-8
+    "\uffee",            //
+    "\U0001f600",        // as UTF-16 it would stand before U+FFEE
+    "\xff",              //
+    "\xff\x65\xcc\x81",  // not UTF-8, so nothing in it is composed
+    "\xff\xc3\xa9",
+};
+
+TEST(NameOrder, isAStrictTotalOrderByComposedScalarsThenBytes) {
+  for (std::size_t i = 0; i < namesInOrder.size(); ++i) {
+    for (std::size_t j = 0; j < namesInOrder.size(); ++j) {
+      EXPECT_EQ(nameSortsBefore(namesInOrder[i], namesInOrder[j]), i < j)
+          << ::testing::PrintToString(namesInOrder[i]) << " and "
+          << ::testing::PrintToString(namesInOrder[j]);
+    }
+  }
+}
+
+TEST(NameOrder, isTheOneThatSortsItemsOfEqualDate) {
+  struct Element {
+    const Item* item;
+    Date date;
+  };
+  std::vector<Item> items;
+  for (const std::string& name : namesInOrder)
+    items.push_back(testing::item(name, 0));
+  const Item older = testing::item("zz", 0);
+  const Item newer = testing::item("!", 0);
+
+  std::vector<Element> elements;
+  elements.push_back({&newer, {8}});
+  for (auto item = items.rbegin(); item != items.rend(); ++item)
+    elements.push_back({&*item, {7}});
+  elements.push_back({&older, {6}});
+  sortByDateThenName(elements, &Element::date);
+
+  ASSERT_EQ(elements.size(), items.size() + 2);
+  EXPECT_EQ(elements.front().item, &older);
+  EXPECT_EQ(elements.back().item, &newer);
+  for (std::size_t i = 0; i < items.size(); ++i) {
+    EXPECT_EQ(elements[i + 1].item, &items[i]) << i;
+    EXPECT_EQ(elements[i + 1].date, Date{7}) << i;
+  }
+}
+
+TEST(NameOrder, ofADirectoryIsThatOfItsLastComponentAlone) {
+  struct Element {
+    const Item* item;
+    Date date;
+  };
+  const Item a{FileURL("/z/a"), Date{0}, 0};
+  const Item b{FileURL("/a/b"), Date{0}, 0};
+  std::vector<Element> elements = {{&b, {0}}, {&a, {0}}};
+  sortByDateThenName(elements, &Element::date);
+  EXPECT_EQ(elements.front().item, &a);
+}
+
+}  // namespace
+}  // namespace tidemar

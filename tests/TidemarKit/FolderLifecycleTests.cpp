@@ -1,0 +1,183 @@
+#include <cerrno>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "TidemarKit/EngineWorld.h"
+
+namespace tidemar {
+namespace {
+
+using testing::codeOf;
+using testing::failureOf;
+using testing::Lines;
+
+class FolderLifecycle : public ::testing::Test, public testing::EngineWorld {
+ protected:
+  void SetUp() override {
+    files.draw(R"(
+      /f/
+      /g/
+      /link -> /f)");
+  }
+
+  const std::string tag{TemporaryTag::name};
+  const TemporarySettings rules{7, 100, true, true, Disposal::delete_};
+};
+
+TEST_F(FolderLifecycle, anAddedFolderIsKnownAndNothingElse) {
+  const Folder folder = engine.addFolder(FileURL("/f"), added);
+  EXPECT_EQ(folder.path, "/f");
+  EXPECT_EQ(folder.settings, TemporarySettings());
+  EXPECT_EQ(folder.createdAt, added);
+  EXPECT_EQ(folder.lastRunAt, added);
+  EXPECT_EQ(row(folder), folder);
+  EXPECT_EQ(engine.resolve(folder).url, FileURL("/f"));
+  EXPECT_EQ(files.changes(), Lines{});
+}
+
+TEST_F(FolderLifecycle, aFolderAddedAgainIsTheSameByWhateverPath) {
+  Folder folder = engine.addFolder(FileURL("/link"), added);
+  EXPECT_EQ(folder.path, "/f");
+  EXPECT_EQ(engine.resolve(folder).url, FileURL("/f")) << "its bookmark is that of the folder";
+  folder.settings = rules;
+  engine.store().update(folder);
+  for (const char* path : {"/f", "/link", "/f/"})
+    EXPECT_EQ(engine.addFolder(FileURL(path), now), folder) << path;
+  EXPECT_NE(engine.addFolder(FileURL("/g"), now).id, folder.id);
+  EXPECT_EQ(engine.store().folders().size(), 2U);
+}
+
+TEST_F(FolderLifecycle, aFolderThatCannotBeReadIsNotAdded) {
+  EXPECT_EQ(codeOf([&] { engine.addFolder(FileURL("/missing"), now); }), ENOENT);
+  files.fail("bookmark /f", EACCES);
+  EXPECT_EQ(codeOf([&] { engine.addFolder(FileURL("/f"), now); }), EACCES);
+  EXPECT_TRUE(engine.store().folders().empty());
+}
+
+TEST_F(FolderLifecycle, aFolderThatStayedIsNotWritten) {
+  const Folder folder = temporaryFolder("/f", rules);
+  EXPECT_EQ(engine.resolve(folder).folder, folder);
+  EXPECT_EQ(files.operations(), Lines{"resolve"});
+}
+
+TEST_F(FolderLifecycle, aFolderThatMovedKeepsItsRowAndRules) {
+  const Folder folder = temporaryFolder("/f", rules);
+  files.rename("/f", "/elsewhere/new");
+  const auto [moved, url] = engine.resolvedFolder(*folder.id);
+
+  EXPECT_EQ(url, FileURL("/elsewhere/new"));
+  Folder expected = folder;
+  expected.path = "/elsewhere/new";
+  expected.bookmark = moved.bookmark;
+  EXPECT_EQ(moved, expected);
+  EXPECT_NE(moved.bookmark, folder.bookmark);
+  EXPECT_EQ(row(folder), moved);
+}
+
+TEST_F(FolderLifecycle, aStaleBookmarkIsRenewedEvenInPlace) {
+  const Folder folder = temporaryFolder("/f", rules);
+  files.bookmarksAreStale = true;
+  const Folder renewed = engine.resolve(folder).folder;
+  EXPECT_EQ(renewed.path, "/f");
+  EXPECT_NE(renewed.bookmark, folder.bookmark);
+  EXPECT_EQ(row(folder), renewed);
+}
+
+TEST_F(FolderLifecycle, aLostFolderKeepsItsRowAndComesBackByItself) {
+  const Folder folder = temporaryFolder("/f", rules);
+  files.rename("/f", std::string(files.binPath) + "/f");
+  EXPECT_THROW(engine.resolvedFolder(*folder.id), PlatformError);
+  EXPECT_THROW(engine.setTemporary(folder, true, now), PlatformError);
+  EXPECT_EQ(row(folder), folder);
+  files.rename(std::string(files.binPath) + "/f", "/f");
+  EXPECT_EQ(engine.resolvedFolder(*folder.id).folder, folder);
+
+  files.bookmarksAreStale = true;
+  files.fail("bookmark /f", EIO);
+  EXPECT_EQ(codeOf([&] { engine.resolve(folder); }), EIO);
+  EXPECT_EQ(row(folder), folder);
+}
+
+TEST_F(FolderLifecycle, anUnknownFolderIsNotFound) {
+  EXPECT_EQ(failureOf([&] { engine.resolvedFolder(7); }),
+            Engine::Failure::Case(Engine::Failure::FolderNotFound{7}));
+}
+
+TEST_F(FolderLifecycle, turningTemporaryStartsTheRestartRuleAnewAndTurningPlainDoesNot) {
+  const Folder folder = engine.addFolder(FileURL("/f"), added);
+  files.tags("/f") = {"Work"};
+  engine.setTemporary(folder, true, now);
+  Folder expected = folder;
+  expected.lastRunAt = now;
+  EXPECT_EQ(files.tags("/f"), (Lines{"Work", tag}));
+  EXPECT_EQ(row(folder), expected);
+
+  engine.setTemporary(expected, false, now + 100);
+  EXPECT_EQ(files.tags("/f"), Lines{"Work"});
+  EXPECT_EQ(row(folder), expected);
+}
+
+TEST_F(FolderLifecycle, turningTemporaryFollowsAMoveAndKeepsBothChanges) {
+  const Folder folder = engine.addFolder(FileURL("/f"), added);
+  files.rename("/f", "/new");
+  engine.setTemporary(folder, true, now);
+  EXPECT_EQ(files.tags("/new"), Lines{tag});
+  EXPECT_EQ(row(folder).path, "/new");
+  EXPECT_EQ(row(folder).lastRunAt, now);
+}
+
+TEST_F(FolderLifecycle, aTagThatCannotBeChangedLeavesTheRow) {
+  const Folder folder = temporaryFolder("/f", rules);
+  files.fail("setTags /f", EROFS);
+  EXPECT_EQ(codeOf([&] { engine.setTemporary(folder, false, now); }), EROFS);
+  files.tags("/f").clear();
+  EXPECT_EQ(codeOf([&] { engine.setTemporary(folder, true, now); }), EROFS);
+  EXPECT_EQ(row(folder), folder);
+}
+
+class Forgetting : public FolderLifecycle {
+ protected:
+  void SetUp() override {
+    FolderLifecycle::SetUp();
+    folder = temporaryFolder("/f", rules);
+    JournalEntry entry;
+    entry.folderID = *folder.id;
+    entry.name = "a";
+    entry.reasons = {Rule::age};
+    engine.store().insert(entry);
+  }
+
+  Folder folder;
+};
+
+TEST_F(Forgetting, takesTheTagTheRowAndTheJournal) {
+  files.tags("/f") = {tag, "Work"};
+  engine.forget(folder);
+  EXPECT_EQ(files.tags("/f"), Lines{"Work"});
+  EXPECT_TRUE(engine.store().folders().empty());
+  EXPECT_TRUE(engine.store().journalSince(Date{-1e9}).empty());
+}
+
+TEST_F(Forgetting, worksForAFolderThatIsGone) {
+  files.erase("/f");
+  engine.forget(folder);
+  EXPECT_TRUE(engine.store().folders().empty());
+}
+
+TEST_F(Forgetting, keepsTheRowWhereTheTagCannotBeTakenOff) {
+  files.fail("setTags /f", EROFS);
+  EXPECT_EQ(codeOf([&] { engine.forget(folder); }), EROFS);
+  EXPECT_EQ(row(folder), folder);
+  EXPECT_EQ(engine.store().journalOfFolder(*folder.id).size(), 1U);
+}
+
+TEST_F(Forgetting, ofAFolderThatWasNeverStoredTouchesNothing) {
+  folder.id.reset();
+  EXPECT_THROW(engine.forget(folder), MissingValue);
+  EXPECT_EQ(files.operations(), Lines{});
+}
+
+}  // namespace
+}  // namespace tidemar

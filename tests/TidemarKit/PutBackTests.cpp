@@ -1,0 +1,177 @@
+#include <cerrno>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "TidemarKit/EngineWorld.h"
+#include "TidemarKit/Store/DatabaseError.h"
+#include "support/RawDatabase.h"
+#include "support/TemporaryTree.h"
+
+namespace tidemar {
+namespace {
+
+using testing::codeOf;
+using testing::failureOf;
+using testing::Lines;
+using Failure = Engine::Failure;
+
+/// A folder whose item "a" lies in the Bin as "a.2", and the entry that says so.
+struct BinnedItem : testing::EngineWorld {
+  BinnedItem() { draw(); }
+  explicit BinnedItem(const std::string& database)
+      : EngineWorld(std::make_unique<Store>(database)) {
+    draw();
+  }
+
+  /// Changes the entry's row.
+  void store(const JournalEntry& changed) {
+    entry = changed;
+    engine.store().update(entry);
+  }
+
+  void undo() { engine.undo(*entry.id, now); }
+  JournalEntry storedEntry() const { return engine.store().journalEntry(*entry.id).value(); }
+
+  /// Expects that nothing happened: not to the disk and not to the entry.
+  void expectUntouched() {
+    EXPECT_EQ(files.changes(), Lines{});
+    EXPECT_EQ(storedEntry(), entry);
+  }
+
+  Folder folder;
+  JournalEntry entry;
+
+ private:
+  void draw() {
+    files.draw(R"(
+      /f/
+      /home/ada/Trash/
+        a.2 7 @100)");
+    folder = temporaryFolder("/f", {});
+    entry = engine.store().insert(JournalEntry{std::nullopt,
+                                               *folder.id,
+                                               Disposal::bin,
+                                               "a",
+                                               "/home/ada/Trash/a.2",
+                                               7,
+                                               {Rule::age},
+                                               added,
+                                               std::nullopt});
+  }
+};
+
+class PutBack : public ::testing::Test, public BinnedItem {};
+
+TEST_F(PutBack, bringsTheItemHomeUnderItsOwnNameOnce) {
+  undo();
+  EXPECT_EQ(files.changes(), Lines{"move /home/ada/Trash/a.2 to /f/a"});
+  JournalEntry expected = entry;
+  expected.undoneAt = now;
+  EXPECT_EQ(storedEntry(), expected);
+  EXPECT_EQ(row(folder), folder) << "a put-back is no run";
+  EXPECT_EQ(failureOf([&] { undo(); }), Failure::Case(Failure::AlreadyUndone{}));
+}
+
+TEST_F(PutBack, followsAFolderThatMoved) {
+  files.rename("/f", "/new/place");
+  undo();
+  EXPECT_TRUE(files.exists("/new/place/a"));
+  EXPECT_EQ(row(folder).path, "/new/place");
+}
+
+TEST_F(PutBack, keepsANameThatIsNotUTF8) {
+  files.rename("/home/ada/Trash/a.2", "/home/ada/Trash/\xff");
+  entry.name = "\xfe ..";
+  entry.binnedPath = "/home/ada/Trash/\xff";
+  store(entry);
+  undo();
+  EXPECT_TRUE(files.exists("/f/\xfe .."));
+}
+
+TEST_F(PutBack, ofAnUnknownEntryIsNotFound) {
+  EXPECT_EQ(failureOf([&] { engine.undo(99, now); }),
+            Failure::Case(Failure::JournalEntryNotFound{99}));
+  engine.forget(folder);
+  EXPECT_EQ(failureOf([&] { undo(); }), Failure::Case(Failure::JournalEntryNotFound{*entry.id}));
+}
+
+TEST_F(PutBack, saysFirstThatItWasPutBackThenThatItWasDeletedAndLooksAtNoDisk) {
+  files.erase("/f");
+  entry.name = "..";
+  entry.binnedPath.reset();
+  entry.undoneAt = added;
+  store(entry);
+  EXPECT_EQ(failureOf([&] { undo(); }), Failure::Case(Failure::AlreadyUndone{}));
+  entry.undoneAt.reset();
+  store(entry);
+  EXPECT_EQ(failureOf([&] { undo(); }), Failure::Case(Failure::DeletedPermanently{}));
+  EXPECT_EQ(files.operations(), Lines{});
+}
+
+TEST_F(PutBack, goesNowhereButIntoTheFolder) {
+  for (const std::string& name :
+       {std::string(".."), std::string("."), std::string(), std::string("a/b"), std::string("/etc"),
+        std::string("../a"), std::string("a/"), std::string("a\0b", 3)}) {
+    entry.name = name;
+    store(entry);
+    EXPECT_EQ(codeOf([&] { undo(); }), EINVAL) << ::testing::PrintToString(name);
+  }
+  EXPECT_EQ(files.operations(), Lines{});
+}
+
+TEST_F(PutBack, ofALostFolderWaitsForIt) {
+  files.erase("/f");
+  EXPECT_EQ(codeOf([&] { undo(); }), ENOENT);
+  expectUntouched();
+}
+
+TEST_F(PutBack, saysThatTheItemIsGoneBeforeThatItsPlaceIsTaken) {
+  files.draw("/f/a 1 @1");
+  EXPECT_EQ(failureOf([&] { undo(); }), Failure::Case(Failure::OriginalPathTaken{"/f/a"}));
+  expectUntouched();
+  EXPECT_TRUE(files.exists("/home/ada/Trash/a.2"));
+
+  files.erase("/home/ada/Trash/a.2");
+  EXPECT_EQ(failureOf([&] { undo(); }), Failure::Case(Failure::GoneFromBin{"/home/ada/Trash/a.2"}));
+  expectUntouched();
+}
+
+TEST_F(PutBack, doesNotReplaceALinkThatLeadsNowhere) {
+  files.draw("/f/a -> /nowhere");
+  EXPECT_EQ(failureOf([&] { undo(); }), Failure::Case(Failure::OriginalPathTaken{"/f/a"}));
+  files.erase("/f/a");
+  EXPECT_NO_THROW(undo()) << "it can be tried again once the way is clear";
+}
+
+TEST_F(PutBack, thatTheDiskRefusesChangesNothing) {
+  files.fail("exists /home/ada/Trash/a.2", EACCES);
+  EXPECT_EQ(codeOf([&] { undo(); }), EACCES);
+  expectUntouched();
+}
+
+TEST_F(PutBack, meetsAFileThatAppearsInTheLastMoment) {
+  const std::string move = "move /home/ada/Trash/a.2 to /f/a";
+  files.before(move, [&] { files.draw("/f/a 1 @1"); });
+  EXPECT_EQ(codeOf([&] { undo(); }), EEXIST);
+  EXPECT_EQ(storedEntry(), entry);
+  EXPECT_TRUE(files.exists("/home/ada/Trash/a.2"));
+}
+
+TEST(PutBackOverAFailingDatabase, isDoneAllTheSame) {
+  const testing::TemporaryDirectory directory;
+  const std::string database = directory.path("tidemar.sqlite");
+  BinnedItem world(database);
+  testing::runSQL(database,
+                  "CREATE TRIGGER refuse BEFORE UPDATE ON journalEntry "
+                  "BEGIN SELECT RAISE(ABORT, 'no'); END");
+  EXPECT_THROW(world.undo(), DatabaseError);
+  EXPECT_TRUE(world.files.exists("/f/a"));
+  EXPECT_EQ(world.storedEntry(), world.entry);
+  EXPECT_EQ(failureOf([&] { world.undo(); }),
+            Failure::Case(Failure::GoneFromBin{"/home/ada/Trash/a.2"}));
+}
+
+}  // namespace
+}  // namespace tidemar

@@ -1,0 +1,374 @@
+#include <algorithm>
+#include <cerrno>
+#include <functional>
+#include <stop_token>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include "TidemarKit/EngineWorld.h"
+#include "TidemarKit/Store/DatabaseError.h"
+#include "TidemarKit/System.h"
+#include "support/RawDatabase.h"
+#include "support/TemporaryTree.h"
+#include "support/Values.h"
+
+namespace tidemar {
+namespace {
+
+using testing::failureOf;
+using testing::Lines;
+using testing::namesOf;
+
+constexpr TemporarySettings toBin{0, std::nullopt, false, false, Disposal::bin};
+constexpr TemporarySettings deleting{0, std::nullopt, false, false, Disposal::delete_};
+
+/// A Temporary folder of five items, "a" the oldest, all due by age, and one run of it.
+struct FiveItems : testing::EngineWorld {
+  FiveItems() { draw(); }
+  explicit FiveItems(const std::string& database) : EngineWorld(std::make_unique<Store>(database)) {
+    draw();
+  }
+
+  void useSettings(const TemporarySettings& settings) {
+    folder.settings = settings;
+    engine.store().update(folder);
+  }
+
+  RunResult run(const std::stop_token& stop = {}) { return engine.run(*folder.id, now, stop); }
+
+  /// Whether the run has left what every run does that got past its reading.
+  void expectEnded(const RunResult& result) {
+    EXPECT_EQ(row(folder).lastRunAt, now);
+    std::vector<JournalEntry> stored = engine.store().journalOfFolder(*folder.id);
+    std::ranges::reverse(stored);
+    EXPECT_EQ(stored, result.journal);
+  }
+
+  Folder folder;
+
+ private:
+  void draw() {
+    files.draw(R"(
+      /f/
+        e 5 @105
+        d 4 @104
+        c/ 3 @103
+        b 2 @102
+        a 1 @101)");
+    folder = temporaryFolder("/f", toBin);
+  }
+};
+
+class Runs : public ::testing::Test, public FiveItems {};
+
+std::string names(const std::vector<JournalEntry>& journal) {
+  std::string result;
+  for (const JournalEntry& entry : journal)
+    result += (result.empty() ? "" : " ") + entry.name;
+  return result;
+}
+
+/// What an item's failure says: "changed", "missing value", "database" or the errno of the disk.
+std::string text(const RemovalFailure& failure) {
+  try {
+    std::rethrow_exception(failure.error);
+  } catch (const Engine::Failure& error) {
+    const Engine::Failure::Case changed =
+        Engine::Failure::ChangedSincePlanned{failure.item.url.path()};
+    return error.failure() == changed ? "changed" : error.what();
+  } catch (const MissingValue&) {
+    return "missing value";
+  } catch (const DatabaseError&) {
+    return "database";
+  } catch (const PlatformError& error) {
+    return std::to_string(error.code());
+  }
+}
+
+TEST_F(Runs, aStatusReadsInItsOrderAndChangesNothing) {
+  const FolderStatus status = engine.status(*folder.id, now);
+  EXPECT_EQ(files.operations(), (Lines{"resolve", "tags /f", "capacity /f", "home", "volumes",
+                                       "systemDirectories", "list /f", "walk /f/c", "bootTime"}));
+  EXPECT_EQ(status.url, FileURL("/f"));
+  EXPECT_TRUE(status.isTagged);
+  EXPECT_FALSE(status.isProtectedRoot);
+  EXPECT_EQ(status.items.front(), testing::item("e", 105, 5));
+  EXPECT_EQ(namesOf(status.dueNow), "a b c d e");
+  EXPECT_EQ(namesOf(status.upcoming), "a b c d e");
+  EXPECT_EQ(status.totalSize(), 15);
+  EXPECT_EQ(row(folder), folder);
+}
+
+TEST_F(Runs, theFactsOfTheMomentReachThePlan) {
+  useSettings({std::nullopt, std::nullopt, true, false, Disposal::delete_});
+  files.capacity = {97, 1000};
+  EXPECT_EQ(namesOf(engine.status(*folder.id, now).dueNow), "a b");
+
+  useSettings({std::nullopt, std::nullopt, false, true, Disposal::bin});
+  files.boot = Date{103};
+  EXPECT_EQ(namesOf(engine.status(*folder.id, now).dueNow), "") << "it ran after the start";
+  folder.lastRunAt = Date{102};
+  engine.store().update(folder);
+  EXPECT_EQ(namesOf(engine.status(*folder.id, now).dueNow), "a b");
+  EXPECT_EQ(names(run().journal), "a b");
+  EXPECT_EQ(names(run().journal), "") << "once a start";
+}
+
+TEST_F(Runs, eachItemIsCheckedJustBeforeItGoesOldestFirst) {
+  useSettings({std::nullopt, 10, false, false, Disposal::bin});
+  const RunResult result = run();
+  EXPECT_EQ(names(result.journal), "a b c");
+  EXPECT_EQ(files.names("/f"), "e d");
+  const Lines& all = files.operations();
+  EXPECT_EQ(Lines(all.end() - 10, all.end()),
+            (Lines{"tags /f", "values /f/a", "trash /f/a", "tags /f", "values /f/b", "trash /f/b",
+                   "tags /f", "values /f/c", "walk /f/c", "trash /f/c"}));
+  expectEnded(result);
+}
+
+TEST_F(Runs, theJournalTellsAllOfWhatWentToTheBin) {
+  files.draw("/home/ada/Trash/a");
+  TemporarySettings settings = toBin;
+  settings.sizeLimit = 14;
+  useSettings(settings);
+  const RunResult result = run();
+
+  ASSERT_EQ(names(result.journal), "a b c d e");
+  EXPECT_EQ(result.journal[0], (JournalEntry{result.journal[0].id,
+                                             *folder.id,
+                                             Disposal::bin,
+                                             "a",
+                                             "/home/ada/Trash/a.2",
+                                             1,
+                                             {Rule::age, Rule::size},
+                                             now,
+                                             std::nullopt}));
+  EXPECT_EQ(result.journal[1], (JournalEntry{result.journal[1].id,
+                                             *folder.id,
+                                             Disposal::bin,
+                                             "b",
+                                             "/home/ada/Trash/b",
+                                             2,
+                                             {Rule::age},
+                                             now,
+                                             std::nullopt}));
+  expectEnded(result);
+}
+
+TEST_F(Runs, deletedItemsHaveNoPlaceInTheBin) {
+  useSettings(deleting);
+  const RunResult result = run();
+  EXPECT_EQ(files.changes(),
+            (Lines{"remove /f/a", "remove /f/b", "remove /f/c", "remove /f/d", "remove /f/e"}));
+  for (const JournalEntry& entry : result.journal) {
+    EXPECT_EQ(entry.binnedPath, std::nullopt);
+    EXPECT_EQ(entry.disposal, Disposal::delete_);
+  }
+  expectEnded(result);
+}
+
+TEST(RunsWithNothingToDo, areStillRuns) {
+  struct Case {
+    const char* name;
+    std::function<void(FiveItems&)> arrange;
+    const char* upcoming;
+  };
+  for (const Case& c : {
+           Case{"nothing is due",
+                [](auto& w) {
+                  w.useSettings({90, std::nullopt, true, true, Disposal::bin});
+                },
+                "a b c d e"},
+           Case{"no rule is on",
+                [](auto& w) {
+                  w.useSettings({std::nullopt, std::nullopt, false, false, Disposal::bin});
+                },
+                ""},
+           Case{"the tag is gone", [](auto& w) { w.files.tags("/f") = {"tidemar: temporary"}; },
+                ""},
+           Case{"the folder is the root of a volume",
+                [](auto& w) { w.files.volumes = {FileURL("/f")}; }, ""},
+           Case{"the folder is a fixed place of this platform",
+                [](auto& w) { w.files.systemDirectories = {FileURL("/f")}; }, ""},
+           Case{"the folder is the home folder", [](auto& w) { w.files.home = FileURL("/f"); }, ""},
+       }) {
+    SCOPED_TRACE(c.name);
+    FiveItems world;
+    c.arrange(world);
+    const FolderStatus status = world.engine.status(*world.folder.id, world.now);
+    EXPECT_EQ(namesOf(status.dueNow), "");
+    EXPECT_EQ(namesOf(status.upcoming), c.upcoming);
+    const RunResult result = world.run();
+    EXPECT_EQ(names(result.journal), "");
+    EXPECT_TRUE(result.failures.empty());
+    EXPECT_EQ(world.files.changes(), Lines{});
+    world.expectEnded(result);
+  }
+}
+
+TEST(RunsOfAnUnreadableFolder, leaveItAlone) {
+  for (const char* line : {"resolve", "tags /f", "capacity /f", "volumes", "list /f", "bootTime"}) {
+    FiveItems world;
+    world.files.fail(line, EIO);
+    EXPECT_ANY_THROW(world.run()) << line;
+    EXPECT_ANY_THROW(world.engine.status(*world.folder.id, world.now)) << line;
+    EXPECT_EQ(world.files.changes(), Lines{}) << line;
+    EXPECT_EQ(world.row(world.folder), world.folder) << line;
+  }
+  FiveItems world;
+  world.files.capacity.total.reset();
+  EXPECT_THROW(world.run(), System::Failure);
+  EXPECT_EQ(failureOf([&] { world.engine.run(99, world.now); }),
+            Engine::Failure::Case(Engine::Failure::FolderNotFound{99}));
+  EXPECT_EQ(world.files.changes(), Lines{});
+}
+
+TEST(RunsThatMayNotGoOn, endAtTheNextItem) {
+  std::stop_source stopping;
+  struct Case {
+    const char* name;
+    std::function<void(FiveItems&)> disturb;
+  };
+  for (const Case& c : {
+           Case{"the tag was taken off", [](auto& w) { w.files.tags("/f").clear(); }},
+           Case{"the tags can't be read", [](auto& w) { w.files.fail("tags /f", EIO); }},
+           Case{"a stop was requested", [&](auto&) { stopping.request_stop(); }},
+       }) {
+    SCOPED_TRACE(c.name);
+    FiveItems world;
+    world.files.before("trash /f/b", [&] { c.disturb(world); });
+    const RunResult result = world.run(stopping.get_token());
+    EXPECT_EQ(names(result.journal), "a b");
+    EXPECT_TRUE(result.failures.empty());
+    EXPECT_EQ(world.files.names("/f"), "e d c");
+    world.expectEnded(result);
+  }
+}
+
+TEST(RunsOverAFailingItem, reportItAndGoOn) {
+  struct Case {
+    const char* name;
+    std::string item;
+    std::function<void(FiveItems&)> disturb;
+    std::string failure;
+    bool itemStays = true;
+  };
+  const auto set = [](const char* path, std::optional<Date> date) {
+    return [=](FiveItems& w) {
+      ResourceValues& values = w.files.values(path);
+      values.addedToDirectoryDate = values.contentModificationDate = date;
+    };
+  };
+  const auto draw = [](const char* drawing) {
+    return [=](FiveItems& w) { w.files.draw(drawing); };
+  };
+  for (const Case& c : {
+           Case{"edited", "b", set("/f/b", Date{1999}), "changed"},
+           Case{"edited by the least", "b", set("/f/b", Date{102.0000001}), "changed"},
+           Case{"with an older date", "b", set("/f/b", Date{50}), "changed"},
+           Case{"without a date any more", "b", set("/f/b", std::nullopt), "changed"},
+           Case{"hidden meanwhile", "b", [](auto& w) { w.files.values("/f/b").isHidden = true; },
+                "changed"},
+           Case{"replaced by a directory", "b",
+                [](auto& w) {
+                  w.files.erase("/f/b");
+                  w.files.draw("/f/b/ @102\n  new @1999");
+                },
+                "changed"},
+           Case{"with a new file in it", "c", draw("/f/c/new @1999"), "changed"},
+           Case{"with a part that can't be read", "c", draw("/f/c/locked/ unreadable"), "changed"},
+           Case{"gone", "b", [](auto& w) { w.files.erase("/f/b"); }, std::to_string(ENOENT), false},
+           Case{"unreadable", "b", [](auto& w) { w.files.fail("values /f/b", EIO); },
+                std::to_string(EIO)},
+           Case{"that the Bin refuses", "b", [](auto& w) { w.files.fail("trash /f/b", EXDEV); },
+                std::to_string(EXDEV)},
+           Case{"whose place in the Bin isn't told", "b",
+                [](auto& w) {
+                  w.files.before("trash /f/b", [&] { w.files.binTellsPlace = false; });
+                  w.files.before("trash /f/c", [&] { w.files.binTellsPlace = true; });
+                },
+                "missing value", false},
+       }) {
+    SCOPED_TRACE(c.name);
+    FiveItems world;
+    world.files.before("trash /f/a", [&] { c.disturb(world); });
+    const RunResult result = world.run();
+    ASSERT_EQ(result.failures.size(), 1U);
+    EXPECT_EQ(result.failures[0].item.url, FileURL("/f/" + c.item));
+    EXPECT_EQ(text(result.failures[0]), c.failure);
+    EXPECT_EQ(names(result.journal), c.item == "b" ? "a c d e" : "a b d e");
+    EXPECT_EQ(world.files.exists("/f/" + c.item), c.itemStays);
+    world.expectEnded(result);
+  }
+}
+
+TEST_F(Runs, anItemThatOnlyGrewStillGoesAndIsJournaledAsPlanned) {
+  files.before("trash /f/a", [&] { files.values("/f/b").totalFileAllocatedSize = 1000; });
+  const RunResult result = run();
+  ASSERT_EQ(names(result.journal), "a b c d e");
+  EXPECT_EQ(result.journal[1].size, 2);
+}
+
+TEST_F(Runs, rulesThatTheUserChangesMeanwhileAreNotPutBack) {
+  files.before("trash /f/c", [&] {
+    Folder changed = row(folder);
+    changed.settings.maxAgeDays = 30;
+    engine.store().update(changed);
+  });
+  run();
+  EXPECT_EQ(row(folder).settings.maxAgeDays, 30);
+  EXPECT_EQ(row(folder).lastRunAt, now);
+}
+
+TEST_F(Runs, aFolderForgottenMeanwhileEndsInAnError) {
+  files.before("bootTime", [&] { engine.store().deleteFolder(*folder.id); });
+  useSettings({std::nullopt, std::nullopt, false, false, Disposal::bin});
+  EXPECT_THROW(run(), RecordNotFound);
+}
+
+TEST(RunsOverAFailingDatabase, bookAnItemThatWentUnrecordedUnderFailures) {
+  const testing::TemporaryDirectory directory;
+  const std::string database = directory.path("tidemar.sqlite");
+  FiveItems world(database);
+  testing::runSQL(database,
+                  "CREATE TRIGGER refuse BEFORE INSERT ON journalEntry WHEN NEW.name = 'b' "
+                  "BEGIN SELECT RAISE(ABORT, 'no'); END");
+  const RunResult result = world.run();
+  EXPECT_EQ(names(result.journal), "a c d e");
+  ASSERT_EQ(result.failures.size(), 1U);
+  EXPECT_EQ(text(result.failures[0]), "database");
+  EXPECT_FALSE(world.files.exists("/f/b"));
+  world.expectEnded(result);
+}
+
+TEST(RunsOverAFailingDatabase, keepTheJournalWhereTheEndCannotBeWritten) {
+  const testing::TemporaryDirectory directory;
+  const std::string database = directory.path("tidemar.sqlite");
+  FiveItems world(database);
+  testing::runSQL(database,
+                  "CREATE TRIGGER refuse BEFORE UPDATE ON folder "
+                  "BEGIN SELECT RAISE(ABORT, 'no'); END");
+  EXPECT_THROW(world.run(), DatabaseError);
+  EXPECT_EQ(world.engine.store().journalOfFolder(*world.folder.id).size(), 5U);
+}
+
+TEST_F(Runs, theLogCountsAndNamesNoFile) {
+  if (access("/run/systemd/journal/socket", W_OK) == 0)
+    GTEST_SKIP() << "the log goes to this machine's journal and can't be read here";
+  files.rename("/f", "/canary");
+  files.fail("trash /canary/b", EACCES);
+  ::testing::internal::CaptureStderr();
+  run();
+  const std::string log = ::testing::internal::GetCapturedStderr();
+  EXPECT_NE(log.find("error: Couldn't remove <private>: Couldn't trash: Permission denied.\n"),
+            std::string::npos)
+      << log;
+  EXPECT_NE(log.find("info: Removed 4 items, 1 failed\n"), std::string::npos) << log;
+  EXPECT_EQ(log.find("canary"), std::string::npos) << log;
+}
+
+}  // namespace
+}  // namespace tidemar

@@ -1,0 +1,107 @@
+#include <cerrno>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "TidemarKit/TemporaryTag.h"
+#include "support/FakeFileManager.h"
+
+namespace tidemar {
+namespace {
+
+using testing::FakeFileManager;
+using Tags = std::vector<std::string>;
+
+struct Case {
+  const char* name;
+  Tags tags;
+  bool isTagged;
+  Tags added;
+  Tags removed;
+};
+
+const std::string tag(TemporaryTag::name);
+
+const std::vector<Case> cases = {
+    {"a folder without tags", {}, false, {tag}, {}},
+    {"other tags keep their order and their blanks",
+     {"Work", " Red ", "Work"},
+     false,
+     {"Work", " Red ", "Work", tag},
+     {"Work", " Red ", "Work"}},
+    {"the tag before another", {tag, " Work"}, true, {tag, " Work"}, {" Work"}},
+    {"the tag twice", {tag, "Work", tag}, true, {tag, "Work", tag}, {"Work"}},
+    {"the tag with blanks of another program around it",
+     {"Work", " " + tag + "\t"},
+     true,
+     {"Work", " " + tag + "\t"},
+     {"Work"}},
+    {"other letters, parts and neighbours are other tags",
+     {"tidemar: temporary", "Tidemar", "Temporary", "x" + tag, tag + "x", "Tidemar:Temporary",
+      "Tidemar:  Temporary", "", " "},
+     false,
+     {"tidemar: temporary", "Tidemar", "Temporary", "x" + tag, tag + "x", "Tidemar:Temporary",
+      "Tidemar:  Temporary", "", " ", tag},
+     {"tidemar: temporary", "Tidemar", "Temporary", "x" + tag, tag + "x", "Tidemar:Temporary",
+      "Tidemar:  Temporary", "", " "}},
+};
+
+TEST(TemporaryTag, comesAndGoesWithoutDisturbingOtherTags) {
+  EXPECT_EQ(TemporaryTag::name, "Tidemar: Temporary");
+  const FileURL url("/f");
+  for (const Case& c : cases) {
+    FakeFileManager files;
+    files.draw("/f/");
+    files.tags("/f") = c.tags;
+    EXPECT_EQ(TemporaryTag::isTagged(files, url), c.isTagged) << c.name;
+
+    TemporaryTag::add(files, url);
+    EXPECT_EQ(files.tags("/f"), c.added) << c.name;
+    EXPECT_TRUE(TemporaryTag::isTagged(files, url)) << c.name;
+    EXPECT_EQ(files.changes().size(), c.isTagged ? 0U : 1U) << c.name << ": writes where needed";
+
+    files.tags("/f") = c.tags;
+    files.operations().clear();
+    TemporaryTag::remove(files, url);
+    EXPECT_EQ(files.tags("/f"), c.removed) << c.name;
+    EXPECT_EQ(files.changes().size(), c.isTagged ? 1U : 0U) << c.name << ": writes where needed";
+  }
+}
+
+TEST(TemporaryTag, isReadAnewEachTime) {
+  FakeFileManager files;
+  files.draw("/f/");
+  const FileURL url("/f");
+  EXPECT_FALSE(TemporaryTag::isTagged(files, url));
+  files.tags("/f") = {tag};
+  EXPECT_TRUE(TemporaryTag::isTagged(files, url));
+}
+
+TEST(TemporaryTag, thatCannotBeReadIsNotThereAndIsNotWritten) {
+  FakeFileManager files;
+  files.draw("/f/");
+  files.tags("/f") = {tag};
+  const FileURL url("/f");
+  files.fail("tags /f", EACCES);
+  EXPECT_FALSE(TemporaryTag::isTagged(files, url));
+  EXPECT_THROW(TemporaryTag::tags(files, url), PlatformError);
+  EXPECT_THROW(TemporaryTag::add(files, url), PlatformError);
+  EXPECT_THROW(TemporaryTag::remove(files, url), PlatformError);
+  EXPECT_EQ(files.changes(), std::vector<std::string>{});
+}
+
+TEST(TemporaryTag, saysSoWhereTheDiskRefusesIt) {
+  FakeFileManager files;
+  files.draw("/f/");
+  const FileURL url("/f");
+  files.fail("setTags /f", EROFS);
+  EXPECT_NO_THROW(TemporaryTag::remove(files, url));
+  EXPECT_THROW(TemporaryTag::add(files, url), PlatformError);
+  files.tags("/f") = {tag};
+  EXPECT_THROW(TemporaryTag::remove(files, url), PlatformError);
+  EXPECT_EQ(files.tags("/f"), Tags{tag});
+}
+
+}  // namespace
+}  // namespace tidemar
