@@ -12,7 +12,7 @@
 namespace tidemar {
 
 /// How one person reads days, times, numbers and sizes: a time zone with its calendar, and the
-/// formatters of a locale. Making one costs milliseconds, using it microseconds, so one is made for
+/// formatters of a locale. Making one costs a thousand times what using it does, so one is made for
 /// a locale and handed on. Immutable to its user; copies share the formatters. One thread at a time
 /// may use it and its copies. All texts are UTF-8.
 class Formats {

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <map>
 #include <optional>
+#include <string_view>
 #include <unordered_set>
 #include <utility>
 
@@ -57,23 +58,25 @@ std::vector<ForecastEntry> forecastEntries(bool emptyOnRestart, Disposal disposa
                                            const FolderStatus& status, Date horizon,
                                            const Calendar& calendar) {
   std::vector<ForecastEntry> entries;
-  std::unordered_set<FileURL> listed;
+  std::unordered_set<std::string_view> listed;
+  listed.reserve(status.dueNow.size() + (emptyOnRestart ? status.upcoming.size() : 0));
   for (const Removal& removal : status.dueNow) {
     entries.push_back({{disposal, Moment::now()}, &removal.item});
-    listed.insert(removal.item.url);
+    listed.insert(removal.item.url.path());
   }
   StartOfDay startOfDay(calendar);
   const std::size_t dueCount = entries.size();
   for (const Upcoming& upcoming : status.upcoming) {
-    if (upcoming.date < horizon && !listed.contains(upcoming.item.url))
+    if (upcoming.date < horizon && !listed.contains(upcoming.item.url.path()))
       entries.push_back({{disposal, Moment::day(startOfDay(upcoming.date))}, &upcoming.item});
   }
   if (!emptyOnRestart) return entries;
 
   for (std::size_t i = dueCount; i < entries.size(); ++i)
-    listed.insert(entries[i].item->url);
+    listed.insert(entries[i].item->url.path());
   for (const Item& item : status.items) {
-    if (!listed.contains(item.url)) entries.push_back({{disposal, Moment::restart()}, &item});
+    if (!listed.contains(item.url.path()))
+      entries.push_back({{disposal, Moment::restart()}, &item});
   }
   return entries;
 }
