@@ -1,0 +1,26 @@
+#pragma once
+
+#include <exception>
+#include <string>
+#include <vector>
+
+namespace tidemar {
+
+/// An error as one sentence for the user: that of an `EngineFailure`, or else what the error says
+/// of itself.
+std::string failureLine(const std::exception& error, const std::string& bin);
+
+/// The text under "Some items couldn't be put back": each sentence once, sorted, a line each.
+std::string putBackFailureText(std::vector<std::string> lines);
+
+/// What failed, as the verb phrase behind "Couldn't". Paths are bytes of the file system, of which
+/// the last component is named.
+std::string addingFolder(const std::string& path);
+std::string settingTemporary(const std::string& path, bool isTemporary);
+std::string removingFolder(const std::string& path);
+std::string changingSettings();
+
+/// The title over the sentence: "Couldn't {action}".
+std::string failureTitle(const std::string& action);
+
+}  // namespace tidemar

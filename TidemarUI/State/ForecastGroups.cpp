@@ -1,0 +1,115 @@
+#include "TidemarUI/State/ForecastGroups.h"
+
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <string_view>
+#include <unordered_set>
+#include <utility>
+
+#include "TidemarCore/SaturatingArithmetic.h"
+#include "TidemarUI/State/DayWords.h"
+#include "TidemarUI/State/Labels.h"
+
+namespace tidemar {
+namespace {
+
+constexpr std::int64_t forecastDays = 7;
+
+/// Finds the day of one date after the other; neighbours mostly share theirs.
+class StartOfDay {
+ public:
+  explicit StartOfDay(const Calendar& calendar) : _calendar(calendar) {}
+
+  Date operator()(Date date) {
+    if (!_day || !_day->contains(date)) _day = _calendar.day(date);
+    return _day ? _day->start : date;
+  }
+
+ private:
+  const Calendar& _calendar;
+  std::optional<DayInterval> _day;
+};
+
+std::string headingText(const Moment& moment, Date now, const Formats& formats) {
+  switch (moment.kind) {
+    case Moment::Kind::now:
+      return "Now";
+    case Moment::Kind::day:
+      return dayTitle(moment.startOfDay, now, formats);
+    case Moment::Kind::restart:
+      return "On restart";
+  }
+  return {};
+}
+
+}  // namespace
+
+std::string disposalText(Disposal disposal, const std::string& bin) {
+  return disposal == Disposal::delete_ ? std::string(labels::deletePermanently) : "Move to " + bin;
+}
+
+Date forecastHorizon(Date now, const Calendar& calendar) {
+  const auto day = calendar.day(now, forecastDays);
+  return day ? day->start : now;
+}
+
+std::vector<ForecastEntry> forecastEntries(bool emptyOnRestart, Disposal disposal,
+                                           const FolderStatus& status, Date horizon,
+                                           const Calendar& calendar) {
+  std::vector<ForecastEntry> entries;
+  std::unordered_set<std::string_view> listed;
+  listed.reserve(status.dueNow.size() + (emptyOnRestart ? status.upcoming.size() : 0));
+  for (const Removal& removal : status.dueNow) {
+    entries.push_back({{disposal, Moment::now()}, &removal.item});
+    listed.insert(removal.item.url.path());
+  }
+  StartOfDay startOfDay(calendar);
+  const std::size_t dueCount = entries.size();
+  for (const Upcoming& upcoming : status.upcoming) {
+    if (upcoming.date < horizon && !listed.contains(upcoming.item.url.path()))
+      entries.push_back({{disposal, Moment::day(startOfDay(upcoming.date))}, &upcoming.item});
+  }
+  if (!emptyOnRestart) return entries;
+
+  for (std::size_t i = dueCount; i < entries.size(); ++i)
+    listed.insert(entries[i].item->url.path());
+  for (const Item& item : status.items) {
+    if (!listed.contains(item.url.path()))
+      entries.push_back({{disposal, Moment::restart()}, &item});
+  }
+  return entries;
+}
+
+std::vector<ForecastGroup> forecastGroups(std::span<const ForecastFolder> folders, Date now,
+                                          const Formats& formats, const std::string& bin) {
+  struct Content {
+    std::vector<FileURL> items;
+    std::int64_t size = 0;
+  };
+  const Date horizon = forecastHorizon(now, formats.calendar());
+  std::map<GroupKey, Content> contents;
+  for (const ForecastFolder& folder : folders) {
+    for (const ForecastEntry& entry :
+         forecastEntries(folder.settings.emptyOnRestart, folder.settings.disposal, folder.status,
+                         horizon, formats.calendar())) {
+      Content& content = contents[entry.key];
+      content.items.push_back(entry.item->url);
+      content.size = addingSaturated(content.size, entry.item->size);
+    }
+  }
+
+  std::vector<ForecastGroup> groups;
+  groups.reserve(contents.size());
+  for (auto& [key, content] : contents) {
+    groups.push_back({.when = headingText(key.moment, now, formats),
+                      .action = disposalText(key.disposal, bin),
+                      .isPermanent = key.disposal == Disposal::delete_,
+                      .isAtRestart = key.moment.kind == Moment::Kind::restart,
+                      .items = std::move(content.items),
+                      .totalSize = formats.byteCountText(content.size)});
+  }
+  return groups;
+}
+
+}  // namespace tidemar

@@ -1,0 +1,72 @@
+#pragma once
+
+#include <string_view>
+
+/// The words of the screens that stand as they are, whatever the state. All other texts come from
+/// the builders beside this file, so that the views hold no wording.
+namespace tidemar::labels {
+
+// The popover
+inline constexpr std::string_view finderExtensionIsOff = "Finder extension is off";
+inline constexpr std::string_view turnOn = "Turn On";
+inline constexpr std::string_view menuBarInvitation =
+    "Right-click a folder in Finder and choose Tidemar: Make Temporary… to start.";
+inline constexpr std::string_view folders = "Folders";
+inline constexpr std::string_view recent = "Recent";
+inline constexpr std::string_view openTidemar = "Open Tidemar";
+inline constexpr std::string_view quitTidemar = "Quit Tidemar";
+inline constexpr std::string_view putBack = "Put Back";
+inline constexpr std::string_view showInFinder = "Show in Finder";
+
+// Where a folder or its forecast would stand
+inline constexpr std::string_view cannotReadFolder = "Can't read this folder";
+
+// The main window
+inline constexpr std::string_view overview = "Overview";
+inline constexpr std::string_view removeFromTidemar = "Remove from Tidemar";
+inline constexpr std::string_view addAFolder = "Add a folder";
+inline constexpr std::string_view overviewInvitation =
+    "Add a folder with + or right-click one in Finder and choose Tidemar: Make Temporary…";
+inline constexpr std::string_view addPrompt = "Add";
+
+// A folder's detail screen
+inline constexpr std::string_view temporary = "Temporary";
+inline constexpr std::string_view temporaryExplanation =
+    "Clears old things out of this folder by the rules below.";
+inline constexpr std::string_view whatGoes = "What goes";
+inline constexpr std::string_view clearAnItemWhen = "Clear an item when";
+inline constexpr std::string_view ageRule = "Not added or changed for";
+inline constexpr std::string_view sizeRule = "The folder is over";
+inline constexpr std::string_view automaticRule = "The disk is nearly full";
+inline constexpr std::string_view restartRule = "The Mac restarts";
+inline constexpr std::string_view clearedItems = "Cleared items";
+inline constexpr std::string_view deleteConfirmationTitle = "Delete cleared items permanently?";
+inline constexpr std::string_view deletePermanently = "Delete Permanently";
+inline constexpr std::string_view cancel = "Cancel";
+
+// The settings window
+inline constexpr std::string_view settingsTitle = "Tidemar Settings";
+inline constexpr std::string_view openAtLogin = "Open at login";
+inline constexpr std::string_view needsApproval = "Needs your approval in System Settings.";
+inline constexpr std::string_view openLoginItems = "Open Login Items…";
+inline constexpr std::string_view showInMenuBar = "Show in menu bar";
+inline constexpr std::string_view settingsFooter =
+    "Tidemar keeps clearing your folders when its icon is hidden.";
+inline constexpr std::string_view setUpExplanation = "Finder extension, login and notifications";
+inline constexpr std::string_view setUp = "Set Up…";
+
+// The setup window
+inline constexpr std::string_view setupWindowTitle = "Set Up Tidemar";
+inline constexpr std::string_view setupTitle = "Tidemar Setup";
+inline constexpr std::string_view setupExplanation =
+    "Configure Finder integration and background cleaning.";
+
+// The application
+inline constexpr std::string_view tidemar = "Tidemar";
+inline constexpr std::string_view settings = "Settings…";
+inline constexpr std::string_view checkForUpdates = "Check for Updates…";
+inline constexpr std::string_view someItemsNotPutBack = "Some items couldn't be put back";
+inline constexpr std::string_view cannotStart = "Tidemar can't start";
+inline constexpr std::string_view quit = "Quit";
+
+}  // namespace tidemar::labels

@@ -1,0 +1,50 @@
+#include "TidemarUI/State/TomorrowNotification.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <cstdint>
+#include <iomanip>
+#include <sstream>
+
+#include "TidemarUI/State/Counts.h"
+#include "TidemarUI/State/DayWords.h"
+#include "TidemarUI/State/PathName.h"
+
+namespace tidemar {
+
+std::optional<TomorrowNotification> tomorrowNotification(const FolderReport& report, Date now,
+                                                         const Calendar& calendar,
+                                                         const std::string& bin) {
+  const Folder& folder = report.folder;
+  if (!folder.id || !report.status) return std::nullopt;
+  const DayAtDistance tomorrow(1, now, calendar);
+  const std::int64_t count = std::ranges::count_if(
+      report.status->upcoming,
+      [&](const Upcoming& upcoming) { return tomorrow.contains(upcoming.date); });
+  if (count == 0) return std::nullopt;
+
+  const std::string what = folder.settings.disposal == Disposal::delete_
+                               ? " will be deleted permanently tomorrow."
+                               : " will go to the " + bin + " tomorrow.";
+  return TomorrowNotification{.identifier = "tomorrow." + std::to_string(*folder.id),
+                              .title = nameOfPath(folder.path),
+                              .body = countedItems(count) + what};
+}
+
+std::string notificationStampKey(const std::string& identifier) {
+  return "notified." + identifier;
+}
+
+std::string notificationStamp(Date now) {
+  using namespace std::chrono;
+  const auto days = static_cast<int>(std::floor(now.secondsSince1970 / secondsPerDay));
+  const year_month_day day{sys_days{std::chrono::days{days}}};
+  std::ostringstream text;
+  text << std::setfill('0') << std::setw(4) << static_cast<int>(day.year()) << '-' << std::setw(2)
+       << static_cast<unsigned>(day.month()) << '-' << std::setw(2)
+       << static_cast<unsigned>(day.day());
+  return text.str();
+}
+
+}  // namespace tidemar

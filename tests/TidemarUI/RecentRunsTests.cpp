@@ -1,0 +1,113 @@
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "TidemarUI/State/RecentRuns.h"
+#include "tests/TidemarUI/Samples.h"
+#include "tests/support/Dates.h"
+
+namespace tidemar {
+namespace {
+
+using namespace testing;
+
+constexpr Date morning = utc(2026, 11, 16, 9, 30);
+constexpr bool undone = true;
+
+JournalEntry entry(std::optional<std::int64_t> id, std::int64_t folderID, Date performedAt,
+                   Disposal disposal = Disposal::bin, bool isUndone = false) {
+  JournalEntry result;
+  result.id = id;
+  result.folderID = folderID;
+  result.performedAt = performedAt;
+  result.disposal = disposal;
+  if (isUndone) result.undoneAt = performedAt + 60;
+  return result;
+}
+
+/// Each run as "summary | detail | ids | put-back label", the label only where it can be put back.
+std::vector<std::string> drawn(const std::vector<JournalEntry>& journal) {
+  const std::vector<FolderReport> reports = {
+      sampleReport(1, std::nullopt, {}, "/home/ada/Downloads"),
+      sampleReport(2, std::nullopt, {}, "/home/ada/M\xFCll"),
+      sampleReport(std::nullopt, std::nullopt)};
+  std::vector<std::string> lines;
+  for (const RecentRun& run : recentRuns(journal, reports, Formats("en_GB", "UTC"), "Trash")) {
+    EXPECT_EQ(run.id, run.journalEntryIDs.front());
+    std::string line = run.summary + " | " + run.detail + " |";
+    for (std::int64_t id : run.journalEntryIDs)
+      line += " " + std::to_string(id);
+    lines.push_back(line + " | " + (run.canPutBack ? run.putBackLabel : ""));
+  }
+  return lines;
+}
+
+TEST(RecentRuns, TellTheLastCleanings) {
+  constexpr auto bin = Disposal::bin;
+  constexpr auto delete_ = Disposal::delete_;
+  struct Row {
+    const char* name;
+    std::vector<JournalEntry> journal;
+    std::vector<std::string> runs;
+  };
+  const Row rows[] = {
+      {"an empty journal", {}, {}},
+      {"one item",
+       {entry(7, 1, morning)},
+       {"1 item to the Trash | Downloads · 09:30 | 7 | Put 1 item back"}},
+      {"entries keep the journal's order",
+       {entry(9, 1, morning), entry(8, 1, morning)},
+       {"2 items to the Trash | Downloads · 09:30 | 9 8 | Put 2 items back"}},
+      {"deleted for good",
+       {entry(7, 1, morning, delete_)},
+       {"1 item deleted permanently | Downloads · 09:30 | 7 | "}},
+      {"one permanent entry makes the run permanent",
+       {entry(9, 1, morning), entry(8, 1, morning, delete_)},
+       {"2 items deleted permanently | Downloads · 09:30 | 9 8 | "}},
+      {"deleted is told before put back",
+       {entry(9, 1, morning, bin, undone), entry(8, 1, morning, delete_, undone)},
+       {"2 items deleted permanently | Downloads · 09:30 | 9 8 | "}},
+      {"all put back",
+       {entry(9, 1, morning, bin, undone), entry(8, 1, morning, bin, undone)},
+       {"2 items put back | Downloads · 09:30 | 9 8 | "}},
+      {"some put back: the whole count stays",
+       {entry(9, 1, morning, bin, undone), entry(8, 1, morning)},
+       {"2 items to the Trash | Downloads · 09:30 | 9 8 | Put 2 items back"}},
+      {"a folder that is gone",
+       {entry(7, 5, morning)},
+       {"1 item to the Trash | Removed folder · 09:30 | 7 | Put 1 item back"}},
+      {"a name that isn't UTF-8",
+       {entry(7, 2, morning)},
+       {"1 item to the Trash | M\uFFFDll · 09:30 | 7 | Put 1 item back"}},
+      {"two folders at one instant are two runs",
+       {entry(9, 1, morning), entry(8, 2, morning)},
+       {"1 item to the Trash | Downloads · 09:30 | 9 | Put 1 item back",
+        "1 item to the Trash | M\uFFFDll · 09:30 | 8 | Put 1 item back"}},
+      {"instants a millisecond apart are two runs",
+       {entry(9, 1, morning + 0.001), entry(8, 1, morning)},
+       {"1 item to the Trash | Downloads · 09:30 | 9 | Put 1 item back",
+        "1 item to the Trash | Downloads · 09:30 | 8 | Put 1 item back"}},
+      {"the three newest of five, newest first",
+       {entry(1, 1, morning + 60), entry(2, 1, morning + 240), entry(3, 1, morning),
+        entry(4, 1, morning + 180), entry(5, 1, morning + 120)},
+       {"1 item to the Trash | Downloads · 09:34 | 2 | Put 1 item back",
+        "1 item to the Trash | Downloads · 09:33 | 4 | Put 1 item back",
+        "1 item to the Trash | Downloads · 09:32 | 5 | Put 1 item back"}},
+      {"an entry without an id counts, but can't be named",
+       {entry(std::nullopt, 1, morning), entry(8, 1, morning)},
+       {"2 items to the Trash | Downloads · 09:30 | 8 | Put 2 items back"}},
+      {"a run without any id gives no row and leaves its place empty",
+       {entry(4, 1, morning + 180), entry(std::nullopt, 1, morning + 120),
+        entry(2, 1, morning + 60), entry(1, 1, morning)},
+       {"1 item to the Trash | Downloads · 09:33 | 4 | Put 1 item back",
+        "1 item to the Trash | Downloads · 09:31 | 2 | Put 1 item back"}},
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.name);
+    EXPECT_EQ(drawn(row.journal), row.runs);
+  }
+}
+
+}  // namespace
+}  // namespace tidemar
