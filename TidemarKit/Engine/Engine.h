@@ -3,7 +3,6 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
-#include <stop_token>
 #include <string>
 
 #include "Platform/Files/FileManager.h"
@@ -11,6 +10,7 @@
 #include "TidemarCore/Date.h"
 #include "TidemarKit/Engine/Failure.h"
 #include "TidemarKit/Engine/FolderStatus.h"
+#include "TidemarKit/Engine/RunGate.h"
 #include "TidemarKit/Engine/RunResult.h"
 #include "TidemarKit/Store/Folder.h"
 #include "TidemarKit/Store/JournalEntry.h"
@@ -74,10 +74,11 @@ class Engine {
 
   /// Clears what is due, oldest first, and sets the folder's `lastRunAt` to `now`, which is also
   /// the `performedAt` of every entry. Ends early, as a run does that has nothing left to do, when
-  /// the tag is no longer there before an item or `stop` is requested; never in the middle of one.
+  /// the tag is no longer there before an item or `gate` was closed; never in the middle of one. While it clears it holds a passage
+  /// of the gate.
   /// An item that can't be removed is reported and doesn't end the run. Throws only where the
   /// folder can't be read, before anything is touched, or `lastRunAt` can't be written.
-  RunResult run(std::int64_t folderID, Date now, const std::stop_token& stop = {});
+  RunResult run(std::int64_t folderID, Date now, RunGate& gate);
 
   /// Puts one item back from the Bin into its folder, wherever that lies now, under its own name.
   /// Never overwrites. After a failure the entry is unchanged and can be tried again.

@@ -15,12 +15,13 @@ FolderStatus Engine::status(std::int64_t folderID, Date now) {
   return read(folderID, now).status;
 }
 
-RunResult Engine::run(std::int64_t folderID, Date now, const std::stop_token& stop) {
+RunResult Engine::run(std::int64_t folderID, Date now, RunGate& gate) {
   const auto [folder, status] = read(folderID, now);
 
+  const RunGate::Passage passage(gate);
   RunResult result;
   for (const Removal& removal : status.dueNow) {
-    if (stop.stop_requested() || !TemporaryTag::isTagged(_fileManager, status.url)) break;
+    if (gate.isClosed() || !TemporaryTag::isTagged(_fileManager, status.url)) break;
     try {
       result.journal.push_back(remove(removal, folder, now));
     } catch (const std::exception& error) {

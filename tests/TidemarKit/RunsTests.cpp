@@ -1,7 +1,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <functional>
-#include <stop_token>
 #include <string>
 #include <vector>
 
@@ -37,7 +36,7 @@ struct FiveItems : testing::EngineWorld {
     engine.store().update(folder);
   }
 
-  RunResult run(const std::stop_token& stop = {}) { return engine.run(*folder.id, now, stop); }
+  RunResult run() { return engine.run(*folder.id, now, gate); }
 
   /// Whether the run has left what every run does that got past its reading.
   void expectEnded(const RunResult& result) {
@@ -48,6 +47,7 @@ struct FiveItems : testing::EngineWorld {
   }
 
   Folder folder;
+  RunGate gate;
 
  private:
   void draw() {
@@ -221,13 +221,12 @@ TEST(RunsOfAnUnreadableFolder, leaveItAlone) {
   FiveItems world;
   world.files.capacity.total.reset();
   EXPECT_THROW(world.run(), System::Failure);
-  EXPECT_EQ(failureOf([&] { world.engine.run(99, world.now); }),
+  EXPECT_EQ(failureOf([&] { world.engine.run(99, world.now, world.gate); }),
             Engine::Failure::Case(Engine::Failure::FolderNotFound{99}));
   EXPECT_EQ(world.files.changes(), Lines{});
 }
 
 TEST(RunsThatMayNotGoOn, endAtTheNextItem) {
-  std::stop_source stopping;
   struct Case {
     const char* name;
     std::function<void(FiveItems&)> disturb;
@@ -235,12 +234,12 @@ TEST(RunsThatMayNotGoOn, endAtTheNextItem) {
   for (const Case& c : {
            Case{"the tag was taken off", [](auto& w) { w.files.tags("/f").clear(); }},
            Case{"the tags can't be read", [](auto& w) { w.files.fail("tags /f", EIO); }},
-           Case{"a stop was requested", [&](auto&) { stopping.request_stop(); }},
+           Case{"the gate was closed", [](auto& w) { w.gate.close(); }},
        }) {
     SCOPED_TRACE(c.name);
     FiveItems world;
     world.files.before("trash /f/b", [&] { c.disturb(world); });
-    const RunResult result = world.run(stopping.get_token());
+    const RunResult result = world.run();
     EXPECT_EQ(names(result.journal), "a b");
     EXPECT_TRUE(result.failures.empty());
     EXPECT_EQ(world.files.names("/f"), "e d c");

@@ -1,0 +1,78 @@
+#include "Platform/Desktop/ApplicationInstance.h"
+
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QVariantMap>
+
+#include <fcntl.h>
+#include <sys/file.h>
+
+#include "Platform/Desktop/FreedesktopApplication.h"
+#include "Platform/Files/StandardDirectories.h"
+
+namespace tidemar {
+namespace {
+
+const QString serviceName = QStringLiteral("app.quernly.tidemar");
+const QString objectPath = QStringLiteral("/app/quernly/tidemar");
+const QString interfaceName = QStringLiteral("org.freedesktop.Application");
+
+QDBusMessage request(const std::vector<std::string>& urls) {
+  const QString method = urls.empty() ? QStringLiteral("Activate") : QStringLiteral("Open");
+  QDBusMessage message =
+      QDBusMessage::createMethodCall(serviceName, objectPath, interfaceName, method);
+  if (!urls.empty()) {
+    QStringList list;
+    for (const std::string& url : urls)
+      list << QString::fromStdString(urlForBus(url));
+    message << list;
+  }
+  message << QVariantMap();
+  return message;
+}
+
+}  // namespace
+
+ApplicationInstance::ApplicationInstance(QObject* parent) : QObject(parent) {}
+
+ApplicationInstance::Role ApplicationInstance::claim(const std::vector<std::string>& urls) {
+  QDBusConnection bus = QDBusConnection::sessionBus();
+  if (!bus.isConnected()) return claimByLock();
+
+  // The object is there before the name, so that whoever sees the name finds it.
+  auto* application = new FreedesktopApplication(this);
+  connect(application, &FreedesktopApplication::activated, this, &ApplicationInstance::activated);
+  connect(application, &FreedesktopApplication::opened, this, &ApplicationInstance::opened);
+  connect(application, &FreedesktopApplication::actionActivated, this, &ApplicationInstance::actionActivated);
+  bus.registerObject(objectPath, this);
+  if (bus.registerService(serviceName)) return Role::first;
+
+  const QDBusMessage answer = bus.call(request(urls));
+  return answer.type() == QDBusMessage::ReplyMessage ? Role::handedOver : Role::refused;
+}
+
+ApplicationInstance::Role ApplicationInstance::claimByLock() {
+  const FileURL directory =
+      StandardDirectories::runtime().value_or(StandardDirectories::configuration());
+  const FileURL file = directory.appendingPathComponent("app.quernly.tidemar.lock");
+  _lock =
+      FileDescriptor(open(file.path().c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600));
+  if (!_lock) return Role::refused;
+  return flock(_lock.get(), LOCK_EX | LOCK_NB) == 0 ? Role::first : Role::refused;
+}
+
+std::string urlForBus(std::string_view url) {
+  constexpr std::string_view digits = "0123456789ABCDEF";
+  std::string result;
+  for (const char c : url) {
+    const auto byte = static_cast<unsigned char>(c);
+    if (byte > 0x20 && byte < 0x7F) {
+      result += c;
+    } else {
+      result += {'%', digits[byte >> 4U], digits[byte & 15U]};
+    }
+  }
+  return result;
+}
+
+}  // namespace tidemar

@@ -1,0 +1,51 @@
+#pragma once
+
+#include <QObject>
+#include <QVariantList>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "Platform/Files/FileDescriptor.h"
+
+namespace tidemar {
+
+/// Makes Tidemar one process a user, and hands what a second start asks for to the first: over the
+/// session bus by org.freedesktop.Application under the name "app.quernly.tidemar". Without a bus a
+/// lock in the user's runtime directory keeps a second process from starting; then nothing can be
+/// handed over. Main thread.
+class ApplicationInstance : public QObject {
+  Q_OBJECT
+ public:
+  enum class Role {
+    first,       ///< This process is the application.
+    handedOver,  ///< Another is, and took the request.
+    refused,     ///< Another is, and can't be reached.
+  };
+
+  explicit ApplicationInstance(QObject* parent = nullptr);
+
+  /// Call once. `urls` are the bytes of the command line.
+  Role claim(const std::vector<std::string>& urls);
+
+ signals:
+  /// The user started the application again.
+  void activated();
+
+  /// A URL came in, in the bytes that were sent.
+  void opened(const std::string& url);
+
+  /// An action was asked for by its name.
+  void actionActivated(const std::string& name, const QVariantList& parameters);
+
+ private:
+  Role claimByLock();
+
+  FileDescriptor _lock;
+};
+
+/// The URL with every byte that isn't printable ASCII percent-encoded, which names the same thing
+/// and can cross the bus.
+std::string urlForBus(std::string_view url);
+
+}  // namespace tidemar

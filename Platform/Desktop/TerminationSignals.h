@@ -1,0 +1,26 @@
+#pragma once
+
+#include <QObject>
+
+#include "Platform/Files/FileDescriptor.h"
+
+namespace tidemar {
+
+/// Turns SIGTERM, SIGINT and SIGHUP into an event of the main thread. Make it before the
+/// application and any other thread, so that the signals reach nothing else.
+class TerminationSignals : public QObject {
+  Q_OBJECT
+ public:
+  TerminationSignals();
+
+  /// Begins to tell. Call it once the application exists.
+  void watch();
+
+ signals:
+  void received();
+
+ private:
+  FileDescriptor _descriptor;
+};
+
+}  // namespace tidemar

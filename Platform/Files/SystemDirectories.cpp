@@ -1,0 +1,25 @@
+#include "Platform/Files/SystemDirectories.h"
+
+#include "Platform/Files/StandardDirectories.h"
+#include "Platform/Files/UserDirectories.h"
+
+namespace tidemar {
+
+std::vector<FileURL> systemDirectoryURLs() {
+  std::vector<FileURL> directories;
+  for (const char* path : {"/bin", "/boot", "/dev", "/etc", "/home", "/lib", "/media", "/mnt", "/opt", "/proc", "/root",
+                           "/run", "/sbin", "/srv", "/sys", "/tmp", "/usr", "/usr/local", "/var"}) {
+    directories.emplace_back(path);
+  }
+  for (const UserDirectory& directory : userDirectories()) {
+    if (directory.name == "DESKTOP" || directory.name == "DOCUMENTS") directories.push_back(directory.url);
+  }
+  // What stands for the Library of the home folder here.
+  const FileURL home = StandardDirectories::home();
+  directories.push_back(home.appendingPathComponent(".local"));
+  directories.push_back(StandardDirectories::data());
+  directories.push_back(StandardDirectories::configuration());
+  return directories;
+}
+
+}  // namespace tidemar

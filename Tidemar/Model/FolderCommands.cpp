@@ -1,0 +1,90 @@
+#include <algorithm>
+#include <utility>
+
+#include "Tidemar/Model/AppModel.h"
+#include "Tidemar/Model/Detached.h"
+#include "TidemarUI/State/FailureLine.h"
+#include "TidemarUI/State/SystemBin.h"
+
+namespace tidemar {
+
+QCoro::Task<std::optional<Folder>> AppModel::addFolder(FileURL url) {
+  const auto add = [engine = _engine, url, now = _services.currentDate()] {
+    return engine->addFolder(url, now);
+  };
+  std::optional<Folder> folder;
+  try {
+    folder = co_await detached(add);
+  } catch (const std::exception& error) {
+    showFailure(addingFolder(url.path()), error);
+    co_return std::nullopt;
+  }
+  co_await refreshReports();
+  co_return folder;
+}
+
+QCoro::Task<void> AppModel::setTemporary(Folder folder, bool isTemporary) {
+  const auto set = [engine = _engine, folder, isTemporary, now = _services.currentDate()] {
+    engine->setTemporary(folder, isTemporary, now);
+  };
+  try {
+    co_await detached(set);
+  } catch (const std::exception& error) {
+    showFailure(settingTemporary(folder.path, isTemporary), error);
+  }
+  co_await refreshReports();
+
+  // The first Temporary folder is the moment to ask.
+  const auto isTagged = [](const FolderReport& report) {
+    return report.status && report.status->isTagged;
+  };
+  if (isTemporary && std::ranges::count_if(_reports, isTagged) == 1)
+    requestNotificationPermission();
+}
+
+QCoro::Task<void> AppModel::removeFolder(Folder folder) {
+  const auto forget = [engine = _engine, folder] { engine->forget(folder); };
+  try {
+    co_await detached(forget);
+  } catch (const std::exception& error) {
+    showFailure(removingFolder(folder.path), error);
+  }
+  co_await refreshReports();
+}
+
+QCoro::Task<void> AppModel::changeSettings(Folder folder, TemporarySettings settings) {
+  const auto change = [engine = _engine, folder, settings] {
+    // A run or a move of the folder may have changed its row since the screen was drawn.
+    Folder changed = folder.id ? engine->store().folder(*folder.id).value_or(folder) : folder;
+    changed.settings = settings;
+    engine->store().update(changed);
+  };
+  try {
+    co_await detached(change);
+  } catch (const std::exception& error) {
+    showFailure(changingSettings(), error);
+  }
+  co_await refreshReports();
+}
+
+QCoro::Task<void> AppModel::putBack(std::vector<std::int64_t> journalEntryIDs) {
+  std::vector<std::string> lines;
+  for (const std::int64_t id : journalEntryIDs) {
+    const auto undo = [engine = _engine, gate = _runGate, id, now = _services.currentDate()] {
+      const RunGate::Passage passage(*gate);
+      engine->undo(id, now);
+    };
+    try {
+      co_await detached(undo);
+    } catch (const std::exception& error) {
+      lines.push_back(failureLine(error, SystemBin::name()));
+    }
+  }
+  if (!lines.empty()) {
+    _services.alerts.run({.message = "Some items couldn't be put back",
+                          .information = putBackFailureText(std::move(lines))});
+  }
+  co_await refreshReports();
+}
+
+}  // namespace tidemar

@@ -1,0 +1,16 @@
+#pragma once
+
+#include <optional>
+#include <string_view>
+
+#include "TidemarCore/FileURL.h"
+
+namespace tidemar {
+
+/// The folder that a URL of the form "tidemar://folder?path={path}" names: the bytes of its first
+/// query item "path" after percent-decoding (RFC 3986). None for any other scheme or host (compared
+/// exactly), without such an item, for a malformed escape, a path that isn't absolute or holds a
+/// NUL, and for a URL over 64 KiB.
+std::optional<FileURL> folderOfLink(std::string_view url);
+
+}  // namespace tidemar

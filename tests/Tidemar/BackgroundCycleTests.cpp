@@ -1,0 +1,173 @@
+#include <QTimer>
+#include <chrono>
+#include <future>
+#include <thread>
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include "FakeServices.h"
+
+namespace tidemar {
+namespace {
+
+using namespace testing;
+
+std::string age(double days) {
+  return "@" + std::to_string(static_cast<std::int64_t>(ModelWorld::start - days * secondsPerDay));
+}
+
+TEST(BackgroundCycle, ClearsWhatIsOldAndReadsTheResult) {
+  ModelWorld world;
+  world.disk.draw("/f/\n  old 10 " + age(91) + "\n  new 10 " + age(1));
+  world.makeTemporary("/f");
+  EXPECT_EQ(world.disk.names("/f"), "old new") << "making a folder Temporary clears nothing yet";
+
+  world.runCycle();
+  EXPECT_EQ(world.disk.names("/f"), "new");
+  EXPECT_EQ(world.removedNames(), "old");
+  EXPECT_FALSE(world.model->isRunning());
+  EXPECT_EQ(world.model->reports().at(0).status->items.size(), 1U);
+  EXPECT_EQ(world.model->freeSpace(), 500);
+}
+
+TEST(BackgroundCycle, ATriggerDuringACycleIsDropped) {
+  ModelWorld world;
+  world.disk.draw("/f/\n  old 10 " + age(91));
+  world.makeTemporary("/f");
+  world.disk.operations().clear();
+
+  auto cycle = world.model->runBackgroundCycle();
+  EXPECT_TRUE(world.model->isRunning());
+  QCoro::waitFor(world.model->runBackgroundCycle());
+  EXPECT_TRUE(world.model->isRunning()) << "the second trigger must not wait for the first cycle";
+  QCoro::waitFor(std::move(cycle));
+  // A cycle reads the folder before the run, in it and after it.
+  EXPECT_EQ(std::ranges::count(world.disk.operations(), "list /f"), 3);
+}
+
+TEST(BackgroundCycle, AFolderThatFailsCostsOnlyItself) {
+  ModelWorld world;
+  world.disk.draw("/a/\n  old " + age(91) + "\n/b/\n  old " + age(91) + "\n/c/\n  old " + age(91));
+  for (const char* path : {"/a", "/b", "/c"})
+    world.makeTemporary(path);
+  world.disk.fail("list /b", EIO);
+
+  world.runCycle();
+  EXPECT_EQ(world.disk.names("/a") + world.disk.names("/c"), "");
+  EXPECT_EQ(world.disk.names("/b"), "old");
+  ASSERT_EQ(world.model->reports().size(), 3U);
+  EXPECT_TRUE(world.model->reports()[0].status);
+  EXPECT_FALSE(world.model->reports()[1].status);
+  EXPECT_TRUE(world.model->reports()[2].status);
+  EXPECT_TRUE(world.alerts.told.empty()) << "a cycle tells the user nothing";
+}
+
+TEST(BackgroundCycle, OneDateServesTheWholeCycle) {
+  ModelWorld world;
+  world.disk.draw("/a/\n  old " + age(91) + "\n/b/\n  old " + age(91));
+  world.makeTemporary("/a");
+  world.makeTemporary("/b");
+  world.disk.before("list /a", [&] { world.now = ModelWorld::start + 5000; });
+
+  world.runCycle();
+  ASSERT_EQ(world.model->journal().size(), 2U);
+  for (const JournalEntry& entry : world.model->journal())
+    EXPECT_EQ(entry.performedAt, Date{ModelWorld::start});
+  for (const FolderReport& report : world.model->reports()) {
+    EXPECT_EQ(report.folder.lastRunAt, Date{ModelWorld::start});
+  }
+}
+
+TEST(BackgroundCycle, SlowFilesLeaveTheMainThreadFree) {
+  ModelWorld world;
+  world.disk.draw("/f/\n  old " + age(91));
+  world.makeTemporary("/f");
+
+  // The disk answers only once the main thread has run its event loop.
+  std::promise<void> mainThreadIsFree;
+  auto isFree = mainThreadIsFree.get_future();
+  bool wasFree = false;
+  world.disk.before("trash /f/old", [&] {
+    wasFree = isFree.wait_for(std::chrono::seconds(20)) == std::future_status::ready;
+  });
+  QTimer::singleShot(0, [&] { mainThreadIsFree.set_value(); });
+  world.runCycle();
+  EXPECT_TRUE(wasFree);
+  EXPECT_EQ(world.removedNames(), "old");
+}
+
+TEST(BackgroundCycle, StoppingEndsARunBetweenTwoItemsAndWaitsForItsEnd) {
+  ModelWorld world;
+  world.disk.draw("/f/\n  a " + age(94) + "\n  b " + age(93) + "\n  c " + age(92));
+  const std::int64_t id = world.makeTemporary("/f");
+
+  std::jthread stopper;
+  std::promise<void> isStopped;
+  world.disk.before("trash /f/b", [&] {
+    stopper = std::jthread([&] {
+      world.model->stopClearing();
+      isStopped.set_value();
+    });
+    // While an item is in hand the stop has to wait.
+    EXPECT_EQ(isStopped.get_future().wait_for(std::chrono::milliseconds(100)),
+              std::future_status::timeout);
+  });
+  world.runCycle();
+  stopper.join();
+  EXPECT_EQ(world.disk.names("/f"), "c");
+  EXPECT_EQ(world.removedNames(), "a b");
+  EXPECT_EQ(world.model->reports().at(0).folder.id, id);
+  EXPECT_EQ(world.model->reports().at(0).folder.lastRunAt, Date{ModelWorld::start});
+
+  world.runCycle();
+  EXPECT_EQ(world.disk.names("/f"), "c") << "nothing is cleared after the stop";
+}
+
+TEST(AppModel, AFirstLaunchMakesAPrivateDatabase) {
+  ModelWorld world;
+  struct stat values {};
+  ASSERT_EQ(stat(world.directory.path("data/Tidemar").c_str(), &values), 0);
+  EXPECT_EQ(values.st_mode & 0777, 0700U);
+  ASSERT_EQ(stat(world.directory.path("data/Tidemar/tidemar.sqlite").c_str(), &values), 0);
+  EXPECT_EQ(values.st_mode & 0777, 0600U);
+}
+
+TEST(AppModel, TheJournalHoldsSevenDaysAndIsPublishedOnlyWhenItChanges) {
+  ModelWorld world;
+  world.disk.draw("/f/\n  old " + age(91));
+  world.makeTemporary("/f");
+  int changes = 0;
+  QObject::connect(world.model.get(), &AppModel::journalChanged, [&] { ++changes; });
+  world.runCycle();
+  EXPECT_EQ(changes, 1);
+  world.now = ModelWorld::start + 7 * secondsPerDay;
+  QCoro::waitFor(world.model->refreshReports());
+  EXPECT_EQ(world.removedNames(), "old") << "an entry of exactly seven days is still shown";
+  world.now = ModelWorld::start + 7 * secondsPerDay + 1;
+  QCoro::waitFor(world.model->refreshReports());
+  EXPECT_EQ(world.removedNames(), "");
+  EXPECT_EQ(changes, 2);
+}
+
+TEST(AppModel, TheSystemStateFollowsTheSystem) {
+  ModelWorld world;
+  EXPECT_TRUE(world.model->isFinderExtensionOff());
+  int changes = 0;
+  QObject::connect(world.model.get(), &AppModel::systemStateChanged, [&] { ++changes; });
+  world.model->refreshSystemState();
+  EXPECT_EQ(changes, 0) << "what stays the same is not published";
+
+  world.finderExtension.enabled = true;
+  world.loginItem.now = LoginItem::Status::requiresApproval;
+  world.notifications.authorized = true;
+  world.model->refreshSystemState();
+  EXPECT_EQ(changes, 3);
+  EXPECT_FALSE(world.model->isFinderExtensionOff());
+  EXPECT_FALSE(world.model->isLoginItemEnabled());
+  EXPECT_TRUE(world.model->loginItemNeedsApproval());
+  EXPECT_TRUE(world.model->isNotificationAuthorized());
+}
+
+}  // namespace
+}  // namespace tidemar

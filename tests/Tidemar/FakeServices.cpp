@@ -1,0 +1,36 @@
+#include "FakeServices.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace tidemar::testing {
+
+ModelWorld::ModelWorld() {
+  model = std::make_unique<AppModel>(Services{.fileManager = disk,
+                                              .notifications = notifications,
+                                              .loginItem = loginItem,
+                                              .finderExtension = finderExtension,
+                                              .alerts = alerts,
+                                              .standardDefaults = standardDefaults,
+                                              .sharedDefaults = sharedDefaults,
+                                              .currentDate = [this] { return Date{now}; },
+                                              .currentCalendar = [this] { return calendar; }});
+}
+
+std::int64_t ModelWorld::makeTemporary(const std::string& path, TemporarySettings settings) {
+  const Folder folder = QCoro::waitFor(model->addFolder(FileURL(path))).value();
+  QCoro::waitFor(model->setTemporary(folder, true));
+  QCoro::waitFor(model->changeSettings(model->reportForFolderAt(FileURL(path))->folder, settings));
+  return *folder.id;
+}
+
+std::string ModelWorld::removedNames() {
+  std::vector<JournalEntry> entries = model->journal();
+  std::ranges::sort(entries, {}, &JournalEntry::id);
+  std::string names;
+  for (const JournalEntry& entry : entries)
+    names += (names.empty() ? "" : " ") + entry.name;
+  return names;
+}
+
+}  // namespace tidemar::testing
