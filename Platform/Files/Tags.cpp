@@ -1,0 +1,101 @@
+#include "Platform/Files/Tags.h"
+
+#include <cerrno>
+#include <string_view>
+
+#include <sys/xattr.h>
+
+#include "Platform/PlatformError.h"
+
+namespace tidemar {
+namespace {
+
+constexpr const char* attribute = "user.xdg.tags";
+
+/// What most lists of tags fit into, so that a read is one system call.
+constexpr std::size_t usualSize = 512;
+
+/// As the kernel wants it: it would take a path with a NUL for a shorter one.
+const char* pathOf(const FileURL& url, const std::string& operation) {
+  if (url.path().find('\0') != std::string::npos) throw PlatformError(operation, url, EINVAL);
+  return url.path().c_str();
+}
+
+std::string readAttribute(const FileURL& url) {
+  constexpr const char* operation = "read the tags of";
+  const char* path = pathOf(url, operation);
+  std::string value(usualSize, '\0');
+  while (true) {
+    const ssize_t size = lgetxattr(path, attribute, value.data(), value.size());
+    if (size >= 0) {
+      value.resize(static_cast<std::size_t>(size));
+      return value;
+    }
+    if (errno == ENODATA || errno == ENOTSUP) return {};
+    if (errno != ERANGE) throw PlatformError(operation, url, errno);
+    // Another program may write a longer list between the two calls; then it takes another turn.
+    const ssize_t needed = lgetxattr(path, attribute, nullptr, 0);
+    value.resize(needed > 0 ? static_cast<std::size_t>(needed) : usualSize);
+  }
+}
+
+constexpr const char* writeOperation = "change the tags of";
+
+PlatformError writeFailure(const FileURL& url, int code) {
+  switch (code) {
+    case ENOTSUP:
+      return {writeOperation, url, code,
+              "the drive it lies on can't keep tags. Choose a folder on another drive"};
+    case EPERM:
+      return {writeOperation, url, code,
+              "it is locked against changes. Unlock it, or choose another folder"};
+    case EACCES:
+      return {writeOperation, url, code,
+              "you may not change it. Change its permissions, or choose another folder"};
+    case EROFS:
+      return {writeOperation, url, code,
+              "the drive it lies on can only be read. Make the drive writable and try again"};
+    case ENOSPC:
+    case EDQUOT:
+      return {writeOperation, url, code,
+              "there is no room left for its tags. Make room on the drive, or take a tag off"};
+    case E2BIG:
+    case ERANGE:
+      return {writeOperation, url, code,
+              "its tags are longer than the drive can keep. Take a tag off and try again"};
+    default:
+      return {writeOperation, url, code};
+  }
+}
+
+}  // namespace
+
+std::vector<std::string> readTagNames(const FileURL& url) {
+  const std::string value = readAttribute(url);
+  std::vector<std::string> tags;
+  if (value.empty()) return tags;
+  std::string_view rest = value;
+  for (std::size_t comma = rest.find(','); comma != rest.npos; comma = rest.find(',')) {
+    tags.emplace_back(rest.substr(0, comma));
+    rest.remove_prefix(comma + 1);
+  }
+  tags.emplace_back(rest);
+  return tags;
+}
+
+void writeTagNames(const FileURL& url, std::span<const std::string> tags) {
+  std::string value;
+  for (const std::string& tag : tags) {
+    if (&tag != tags.data()) value += ',';
+    value += tag;
+  }
+  const char* path = pathOf(url, writeOperation);
+  if (value.empty()) {
+    if (lremovexattr(path, attribute) == 0 || errno == ENODATA || errno == ENOTSUP) return;
+  } else {
+    if (lsetxattr(path, attribute, value.data(), value.size(), 0) == 0) return;
+  }
+  throw writeFailure(url, errno);
+}
+
+}  // namespace tidemar

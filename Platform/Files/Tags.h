@@ -1,0 +1,22 @@
+#pragma once
+
+#include <span>
+#include <string>
+#include <vector>
+
+#include "TidemarCore/FileURL.h"
+
+namespace tidemar {
+
+/// The tags of a file or directory in the order in which they stand: the parts of its extended
+/// attribute `user.xdg.tags` between the commas, byte for byte, with blanks and empty parts kept,
+/// so that writing what was read changes nothing. Empty where there is no attribute, where it is
+/// empty and where the file system keeps none. Follows no link in the last component. Throws
+/// PlatformError.
+std::vector<std::string> readTagNames(const FileURL& url);
+
+/// Replaces all tags; an empty list removes the attribute. On failure the old tags stay and the
+/// PlatformError tells the user what to do about it.
+void writeTagNames(const FileURL& url, std::span<const std::string> tags);
+
+}  // namespace tidemar

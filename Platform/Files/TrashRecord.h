@@ -1,0 +1,28 @@
+#pragma once
+
+#include <ctime>
+#include <string>
+#include <string_view>
+
+namespace tidemar {
+
+/// What the name of an item's record has behind the item's name in a Trash.
+inline constexpr std::string_view trashRecordEnding = ".trashinfo";
+
+/// The text of a record: where the item lay (`path`, raw bytes) and when it came into the Trash, in
+/// local time.
+std::string trashRecordText(std::string_view path, std::time_t deletionDate);
+
+/// Makes the record of an item in the open `info` directory of a Trash, for its user alone. Answers
+/// 0 or an errno value, EEXIST where there is a record of this name. On failure nothing is left.
+int makeTrashRecord(int infoDirectory, const std::string& name, std::string_view text) noexcept;
+
+/// Deletes the record of an item; none is no failure.
+void removeTrashRecord(int infoDirectory, const std::string& name) noexcept;
+
+/// Takes all that a Trash knows of an item that has left its open `files` directory: its record and
+/// its line in the cache `directorysizes`. Does so as far as it can: both are notes for file
+/// managers, which tolerate what is left over.
+void forgetTrashedItem(int filesDirectory, const std::string& name);
+
+}  // namespace tidemar

@@ -1,0 +1,164 @@
+#include <cerrno>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <sys/xattr.h>
+#include <unistd.h>
+
+#include "Platform/Files/Tags.h"
+#include "Platform/PlatformError.h"
+#include "support/FailingSystemCall.h"
+#include "support/TemporaryTree.h"
+#include "support/TestFileSystems.h"
+
+namespace tidemar {
+namespace {
+
+using namespace testing;
+
+constexpr const char* attribute = "user.xdg.tags";
+
+void setAttribute(const FileURL& url, std::string_view value) {
+  ASSERT_EQ(lsetxattr(url.path().c_str(), attribute, value.data(), value.size(), 0), 0);
+}
+
+std::string attributeOf(const FileURL& url) {
+  std::string value(65536, '\0');
+  const ssize_t size = lgetxattr(url.path().c_str(), attribute, value.data(), value.size());
+  if (size < 0) return errno == ENODATA ? "(none)" : "(failed)";
+  value.resize(static_cast<std::size_t>(size));
+  return value;
+}
+
+TEST(Tags, AreThePartsBetweenTheCommasByteForByte) {
+  const struct {
+    const char* name;
+    std::string value;
+    std::vector<std::string> tags;
+  } rows[] = {
+      {"one tag", "Tidemar: Temporary", {"Tidemar: Temporary"}},
+      {"blanks that another program wrote stay", "Work, Red ", {"Work", " Red "}},
+      {"a hierarchy is one tag", "Projects/Tide", {"Projects/Tide"}},
+      {"empty parts stay", ",a,,b,", {"", "a", "", "b", ""}},
+      {"bytes that are no UTF-8 stay", "a\xFF,\xC3", {"a\xFF", "\xC3"}},
+      {"a NUL stays", std::string("a\0b,c", 5), {std::string("a\0b", 3), "c"}},
+      {"longer than the first read asks for",
+       std::string(2000, 'x') + ",y",
+       {std::string(2000, 'x'), "y"}},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.name);
+    const TemporaryDirectory directory;
+    setAttribute(directory.url(), row.value);
+    EXPECT_EQ(readTagNames(directory.url()), row.tags);
+    setAttribute(directory.url(), "other");
+    writeTagNames(directory.url(), row.tags);
+    EXPECT_EQ(attributeOf(directory.url()), row.value);
+  }
+}
+
+TEST(Tags, ThatAreMissingReadAsNone) {
+  const TemporaryDirectory directory;
+  EXPECT_TRUE(readTagNames(directory.url()).empty()) << "no attribute";
+  setAttribute(directory.url(), "");
+  EXPECT_TRUE(readTagNames(directory.url()).empty()) << "an empty attribute";
+  withFailingSystemCall(SYS_lgetxattr, ENOTSUP,
+                        [&] { EXPECT_TRUE(readTagNames(directory.url()).empty()); });
+  EXPECT_THROW(readTagNames(directory.url("missing")), PlatformError);
+  EXPECT_THROW(readTagNames(FileURL(directory.path() + std::string("\0x", 2))), PlatformError);
+}
+
+TEST(Tags, AnEmptyListLeavesNoAttribute) {
+  const TemporaryDirectory directory;
+  writeTagNames(directory.url(), {});
+  setAttribute(directory.url(), "a,b");
+  writeTagNames(directory.url(), {});
+  EXPECT_EQ(attributeOf(directory.url()), "(none)");
+}
+
+TEST(Tags, OfALinkAreNotThoseOfItsTarget) {
+  const TemporaryDirectory directory;
+  makeTree(directory.url(), "folder/\nlink -> folder");
+  writeTagNames(directory.url("folder"), std::vector<std::string>{"a"});
+  EXPECT_TRUE(readTagNames(directory.url("link")).empty());
+  EXPECT_THROW(writeTagNames(directory.url("link"), std::vector<std::string>{"b"}), PlatformError);
+  EXPECT_EQ(attributeOf(directory.url("folder")), "a");
+}
+
+TEST(Tags, FailureToWriteThemSaysWhatToDo) {
+  const struct {
+    int code;
+    const char* advice;
+  } rows[] = {
+      {ENOTSUP, "another drive"}, {EPERM, "Unlock"},     {EACCES, "permissions"},
+      {EROFS, "writable"},        {ENOSPC, "Make room"}, {E2BIG, "Take a tag off"},
+  };
+  for (const auto& row : rows) {
+    const TemporaryDirectory directory;
+    setAttribute(directory.url(), "old");
+    withFailingSystemCall(SYS_lsetxattr, row.code, [&] {
+      try {
+        writeTagNames(directory.url(), std::vector<std::string>{"new"});
+        ADD_FAILURE() << row.advice;
+      } catch (const PlatformError& error) {
+        EXPECT_EQ(error.code(), row.code);
+        EXPECT_NE(std::string(error.what()).find(row.advice), std::string::npos) << error.what();
+      }
+    });
+    EXPECT_EQ(attributeOf(directory.url()), "old");
+  }
+}
+
+class OnEachFileSystem : public ::testing::TestWithParam<TestFileSystem::Type> {};
+INSTANTIATE_TEST_SUITE_P(Platform, OnEachFileSystem,
+                         ::testing::Values(TestFileSystem::Type::ext4, TestFileSystem::Type::xfs,
+                                           TestFileSystem::Type::btrfs,
+                                           TestFileSystem::Type::tmpfs),
+                         [](const auto& type) { return nameOf(type.param); });
+
+TEST_P(OnEachFileSystem, TagsAreKept) {
+  const TestFileSystem drive(GetParam());
+  if (!drive.isMounted()) GTEST_SKIP() << drive.reason();
+  makeTree(drive.url(), "folder/");
+  const std::vector<std::string> tags = {"Work", "Tidemar: Temporary"};
+  writeTagNames(drive.url("folder"), tags);
+  EXPECT_EQ(readTagNames(drive.url("folder")), tags);
+
+  const std::vector<std::string> endless = {std::string(70000, 'x')};
+  EXPECT_THROW(writeTagNames(drive.url("folder"), endless), PlatformError);
+  EXPECT_EQ(readTagNames(drive.url("folder")), tags) << "the old tags have to stay";
+}
+
+/// The date that says when an item came into its folder rests on this.
+TEST_P(OnEachFileSystem, ARenameIntoADirectoryMovesTheChangeTimeAlone) {
+  const TestFileSystem drive(GetParam());
+  if (!drive.isMounted()) GTEST_SKIP() << drive.reason();
+  makeTree(drive.url(), "a/\n  item 3\nb/");
+  struct statx before {};
+  struct statx after {};
+  const unsigned wanted = STATX_CTIME | STATX_MTIME | STATX_BTIME;
+  const std::string from = drive.url("a/item").path();
+  const std::string to = drive.url("b/item").path();
+  ASSERT_EQ(statx(AT_FDCWD, from.c_str(), 0, wanted, &before), 0);
+  after = before;
+  const auto isLater = [&] {
+    return after.stx_ctime.tv_sec != before.stx_ctime.tv_sec ||
+           after.stx_ctime.tv_nsec != before.stx_ctime.tv_nsec;
+  };
+  // The kernel's clock for files moves in steps of some milliseconds.
+  for (int i = 0; i < 1'000'000 && !isLater(); ++i) {
+    ASSERT_EQ(rename((i % 2 == 0 ? from : to).c_str(), (i % 2 == 0 ? to : from).c_str()), 0);
+    ASSERT_EQ(statx(AT_FDCWD, (i % 2 == 0 ? to : from).c_str(), 0, wanted, &after), 0);
+  }
+  EXPECT_TRUE(isLater());
+  EXPECT_EQ(after.stx_mtime.tv_nsec, before.stx_mtime.tv_nsec);
+  EXPECT_EQ(after.stx_btime.tv_nsec, before.stx_btime.tv_nsec);
+}
+
+}  // namespace
+}  // namespace tidemar

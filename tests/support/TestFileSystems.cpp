@@ -1,0 +1,121 @@
+#include "support/TestFileSystems.h"
+
+#include <array>
+#include <cerrno>
+#include <cstdio>
+#include <stdexcept>
+#include <system_error>
+#include <utility>
+
+#include <sched.h>
+#include <sys/mount.h>
+#include <sys/stat.h>
+
+namespace tidemar::testing {
+namespace {
+
+/// From here on this process has its own view of the mounts, which the kernel takes down with it.
+void enterOwnMountNamespace() {
+  static bool hasEntered = false;
+  if (hasEntered) return;
+  if (unshare(CLONE_NEWNS) != 0 ||
+      ::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0) {
+    throw std::system_error(errno, std::generic_category(), "can't mount here");
+  }
+  hasEntered = true;
+}
+
+const char* sizeOf(TestFileSystem::Type type) {
+  switch (type) {
+    case TestFileSystem::Type::ext4:
+      return "16M";
+    case TestFileSystem::Type::xfs:
+      return "300M";
+    case TestFileSystem::Type::btrfs:
+      return "128M";
+    case TestFileSystem::Type::tmpfs:
+      break;
+  }
+  return "0";
+}
+
+const char* makeOptions(TestFileSystem::Type type) {
+  return type == TestFileSystem::Type::ext4 ? "-q -F" : "-q -f";
+}
+
+}  // namespace
+
+const char* nameOf(TestFileSystem::Type type) {
+  constexpr std::array<const char*, 4> names = {"ext4", "xfs", "btrfs", "tmpfs"};
+  return names[static_cast<std::size_t>(type)];
+}
+
+TestFileSystem::TestFileSystem(Type type, std::string options)
+    : _type(type), _options(std::move(options)), _mountPoint(_directory.url("drive")) {
+  mkdir(_mountPoint.path().c_str(), 0755);
+  try {
+    enterOwnMountNamespace();
+    if (_type != Type::tmpfs) {
+      const std::string image = _directory.path("image");
+      runCommand("truncate -s " + std::string(sizeOf(type)) + " " + image);
+      runCommand("mkfs." + std::string(nameOf(type)) + " " + makeOptions(type) + " " + image);
+    }
+    mount();
+  } catch (const std::exception& error) {
+    _reason = std::string("no ") + nameOf(type) + " to test with: " + error.what();
+  }
+}
+
+TestFileSystem::~TestFileSystem() {
+  if (_isMounted) umount2(_mountPoint.path().c_str(), MNT_DETACH);
+}
+
+void TestFileSystem::unmount() {
+  if (umount2(_mountPoint.path().c_str(), 0) != 0) {
+    throw std::system_error(errno, std::generic_category(), "unmount");
+  }
+  _isMounted = false;
+}
+
+void TestFileSystem::mountElsewhere() {
+  _mountPoint = _directory.url("elsewhere");
+  mkdir(_mountPoint.path().c_str(), 0755);
+  mount();
+}
+
+void TestFileSystem::mount() {
+  const std::string what = _type == Type::tmpfs ? "tmpfs" : _directory.path("image");
+  std::string options = _type == Type::tmpfs ? "" : "loop";
+  if (!_options.empty()) options += (options.empty() ? "" : ",") + _options;
+  runCommand(std::string("mount -t ") + nameOf(_type) + (options.empty() ? "" : " -o " + options) +
+             " " + what + " " + _mountPoint.path());
+  _isMounted = true;
+}
+
+BindMount::BindMount(const FileURL& directory, const FileURL& place) : _place(place) {
+  try {
+    enterOwnMountNamespace();
+    runCommand("mount --bind " + directory.path() + " " + place.path());
+  } catch (const std::exception& error) {
+    _reason = error.what();
+  }
+}
+
+BindMount::~BindMount() {
+  if (isMounted()) umount2(_place.path().c_str(), MNT_DETACH);
+}
+
+std::string runCommand(const std::string& command) {
+  const std::string line = "{ PATH=$PATH:/usr/sbin:/sbin; " + command + "; } 2>&1";
+  FILE* pipe = popen(line.c_str(), "r");
+  if (pipe == nullptr) throw std::system_error(errno, std::generic_category(), command);
+  std::string output;
+  std::array<char, 1024> buffer{};
+  while (const std::size_t size = fread(buffer.data(), 1, buffer.size(), pipe)) {
+    output.append(buffer.data(), size);
+  }
+  if (pclose(pipe) != 0) throw std::runtime_error(command + ": " + output);
+  return output;
+}
+
+}  // namespace tidemar::testing

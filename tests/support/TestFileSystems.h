@@ -1,0 +1,75 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "TidemarCore/FileURL.h"
+#include "support/TemporaryTree.h"
+
+namespace tidemar::testing {
+
+/// A small file system made for one test: ext4, XFS or btrfs in a sparse file, or a tmpfs. Mounted
+/// in a mount namespace of this process, so that nothing of it outlives the tests.
+///
+/// Needs the right to mount. Where the machine doesn't grant it, `isMounted` is false and the test
+/// has to skip with `reason`.
+class TestFileSystem {
+ public:
+  enum class Type { ext4, xfs, btrfs, tmpfs };
+
+  /// `options` are mount options, such as "size=64k".
+  explicit TestFileSystem(Type type, std::string options = {});
+  ~TestFileSystem();
+  TestFileSystem(const TestFileSystem&) = delete;
+  TestFileSystem& operator=(const TestFileSystem&) = delete;
+
+  bool isMounted() const noexcept { return _isMounted; }
+  const std::string& reason() const noexcept { return _reason; }
+
+  /// Its top directory while it is mounted, the empty mount point while it isn't.
+  const FileURL& url() const noexcept { return _mountPoint; }
+  FileURL url(const std::string& relative) const {
+    return FileURL(_mountPoint.path() + "/" + relative);
+  }
+
+  /// Takes the drive away. All descriptors on it must be closed.
+  void unmount();
+
+  /// Brings it back. A tmpfs comes back as a new one.
+  void mount();
+
+  /// Brings it back at another mount point, which is its `url` from then on.
+  void mountElsewhere();
+
+ private:
+  TemporaryDirectory _directory;
+  Type _type;
+  std::string _options;
+  FileURL _mountPoint;
+  bool _isMounted = false;
+  std::string _reason;
+};
+
+const char* nameOf(TestFileSystem::Type type);
+
+/// Shows a directory at a second place as well, for as long as it lives.
+class BindMount {
+ public:
+  BindMount(const FileURL& directory, const FileURL& place);
+  ~BindMount();
+  BindMount(const BindMount&) = delete;
+  BindMount& operator=(const BindMount&) = delete;
+
+  bool isMounted() const noexcept { return _reason.empty(); }
+  const std::string& reason() const noexcept { return _reason; }
+
+ private:
+  FileURL _place;
+  std::string _reason;
+};
+
+/// Runs a command line of the shell and answers what it printed, or throws that as a
+/// std::runtime_error if it failed.
+std::string runCommand(const std::string& command);
+
+}  // namespace tidemar::testing
