@@ -1,0 +1,84 @@
+#include "TidemarKit/Store/Store.h"
+
+#include <string_view>
+
+#include <sqlite3.h>
+
+#include "TidemarKit/Store/DatabaseError.h"
+#include "TidemarKit/Store/DatabaseQueue.h"
+#include "TidemarKit/Store/FolderRow.h"
+#include "TidemarKit/Store/JournalEntryRow.h"
+#include "TidemarKit/Store/Schema.h"
+
+namespace tidemar {
+namespace {
+
+RecordNotFound notFound(std::string_view record, std::optional<std::int64_t> id) {
+  std::string sentence = "There is no " + std::string(record);
+  sentence += id ? " with the id " + std::to_string(*id) : " without an id";
+  return {SQLITE_NOTFOUND, sentence + " in the database."};
+}
+
+}  // namespace
+
+Store::Store() : database(std::make_unique<DatabaseQueue>()) {
+  storeMigrator().migrate(*database);
+}
+
+Store::Store(const std::string& path) : database(std::make_unique<DatabaseQueue>(path)) {
+  storeMigrator().migrate(*database);
+}
+
+Store::~Store() = default;
+
+std::vector<Folder> Store::folders() const {
+  return database->read([](Database& db) { return FolderRow::all(db); });
+}
+
+std::optional<Folder> Store::folder(std::int64_t id) const {
+  return database->read([&](Database& db) { return FolderRow::withID(db, id); });
+}
+
+std::optional<Folder> Store::folder(const std::string& path) const {
+  return database->read([&](Database& db) { return FolderRow::withPath(db, path); });
+}
+
+std::optional<JournalEntry> Store::journalEntry(std::int64_t id) const {
+  return database->read([&](Database& db) { return JournalEntryRow::withID(db, id); });
+}
+
+std::vector<JournalEntry> Store::journalSince(Date date) const {
+  return database->read([&](Database& db) { return JournalEntryRow::since(db, date); });
+}
+
+std::vector<JournalEntry> Store::journalOfFolder(std::int64_t folderID) const {
+  return database->read([&](Database& db) { return JournalEntryRow::ofFolder(db, folderID); });
+}
+
+Folder Store::insert(Folder folder) {
+  folder.id = database->write([&](Database& db) { return FolderRow::insert(db, folder); });
+  return folder;
+}
+
+JournalEntry Store::insert(JournalEntry entry) {
+  entry.id = database->write([&](Database& db) { return JournalEntryRow::insert(db, entry); });
+  return entry;
+}
+
+void Store::update(const Folder& folder) {
+  database->write([&](Database& db) {
+    if (!FolderRow::update(db, folder)) throw notFound("folder", folder.id);
+  });
+}
+
+void Store::update(const JournalEntry& entry) {
+  database->write([&](Database& db) {
+    if (!JournalEntryRow::update(db, entry)) throw notFound("journal entry", entry.id);
+  });
+}
+
+bool Store::deleteFolder(std::int64_t id) {
+  return database->write([&](Database& db) { return FolderRow::remove(db, id); });
+}
+
+}  // namespace tidemar

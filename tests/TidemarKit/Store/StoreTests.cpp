@@ -1,0 +1,290 @@
+#include <algorithm>
+#include <atomic>
+#include <thread>
+
+#include <gtest/gtest.h>
+#include <sqlite3.h>
+
+#include "TidemarKit/Store/DatabaseError.h"
+#include "TidemarKit/Store/Store.h"
+#include "support/RawDatabase.h"
+#include "support/TemporaryTree.h"
+
+namespace tidemar {
+namespace {
+
+using namespace tidemar::testing;
+using Rows = std::vector<std::string>;
+
+Folder folderAt(const std::string& path, double createdAt = 1000) {
+  Folder folder;
+  folder.bookmark = "bookmark";
+  folder.path = path;
+  folder.createdAt = Date{createdAt};
+  folder.lastRunAt = Date{createdAt};
+  return folder;
+}
+
+JournalEntry entryOf(const Folder& folder, const std::string& name, double performedAt = 2000) {
+  JournalEntry entry;
+  entry.folderID = folder.id.value();
+  entry.name = name;
+  entry.size = 12;
+  entry.reasons = {Rule::age};
+  entry.performedAt = Date{performedAt};
+  return entry;
+}
+
+Rows names(const std::vector<JournalEntry>& entries) {
+  Rows result;
+  std::ranges::transform(entries, std::back_inserter(result), &JournalEntry::name);
+  return result;
+}
+
+/// A store on a file whose rows a test can look at and spoil.
+class StoreOnFile : public ::testing::Test {
+ protected:
+  Rows run(const std::string& sql) const { return runSQL(path, sql); }
+
+  TemporaryDirectory directory;
+  std::string path = directory.path("tidemar.sqlite");
+  Store store{path};
+};
+
+TEST_F(StoreOnFile, foldersAreStoredColumnByColumn) {
+  const std::string bytes("\x00\xff'", 3);
+  Folder folder = folderAt("/home/\xff\xfe/n\nl", 1763763095.25);
+  folder.bookmark = bytes;
+  folder.settings = {.maxAgeDays = -1,
+                     .sizeLimit = std::int64_t{1} << 60,
+                     .automatic = true,
+                     .emptyOnRestart = false,
+                     .disposal = Disposal::delete_};
+  folder.lastRunAt = Date{-1.5};
+  folder = store.insert(folder);
+  EXPECT_EQ(store.folder(folder.id.value()), folder);
+  EXPECT_EQ(
+      run("SELECT id, hex(bookmark), typeof(bookmark), hex(path), typeof(path), maxAgeDays,"
+          " sizeLimit, automatic, emptyOnRestart, disposal, createdAt, lastRunAt FROM folder"),
+      (Rows{"1|00FF27|blob|2F686F6D652FFFFE2F6E0A6C|text|-1|1152921504606846976|1|0|delete|"
+            "2025-11-21 22:11:35.250|1969-12-31 23:59:58.500"}));
+
+  folder.bookmark = "";
+  folder.settings = {};
+  folder.settings.maxAgeDays = std::nullopt;
+  folder.settings.emptyOnRestart = true;
+  folder.lastRunAt = Date{0};
+  store.update(folder);
+  EXPECT_EQ(store.folders(), std::vector{folder});
+  EXPECT_EQ(run("SELECT typeof(bookmark), maxAgeDays, sizeLimit, automatic, emptyOnRestart,"
+                " disposal, createdAt, lastRunAt FROM folder"),
+            (Rows{"blob|NULL|NULL|0|1|bin|2025-11-21 22:11:35.250|1970-01-01 00:00:00.000"}));
+}
+
+TEST_F(StoreOnFile, entriesAreStoredColumnByColumn) {
+  const Folder folder = store.insert(folderAt("/a"));
+  JournalEntry entry = entryOf(folder, "caf\xe9");
+  entry.binnedPath = "/bin/caf\xe9";
+  entry.reasons = {Rule::emptyOnRestart, Rule::age};
+  entry = store.insert(entry);
+  JournalEntry deleted = entryOf(folder, "", 0);
+  deleted.disposal = Disposal::delete_;
+  deleted.reasons = {Rule::size};
+  deleted = store.insert(deleted);
+  const std::string columns =
+      "SELECT id, folderID, disposal, hex(name), binnedPath, size, reasons, performedAt, undoneAt"
+      " FROM journalEntry";
+  const std::string deletedRow = "2|1|delete||NULL|12|[\"size\"]|1970-01-01 00:00:00.000|NULL";
+  EXPECT_EQ(run(columns), (Rows{"1|1|bin|636166E9|/bin/caf\xe9|12|[\"age\",\"emptyOnRestart\"]|"
+                                "1970-01-01 00:33:20.000|NULL",
+                                deletedRow}));
+  EXPECT_EQ(store.journalEntry(2), deleted);
+
+  entry.undoneAt = Date{2000.125};
+  store.update(entry);
+  EXPECT_EQ(store.journalEntry(entry.id.value()), entry);
+  EXPECT_EQ(run(columns), (Rows{"1|1|bin|636166E9|/bin/caf\xe9|12|[\"age\",\"emptyOnRestart\"]|"
+                                "1970-01-01 00:33:20.000|1970-01-01 00:33:20.125",
+                                deletedRow}));
+}
+
+TEST(Store, foldersComeInTheOrderInWhichTheyWereAdded) {
+  Store store;
+  EXPECT_TRUE(store.folders().empty());
+  Folder late = store.insert(folderAt("/late", 3000));
+  const Folder early = store.insert(folderAt("/early", 1000));
+  const Folder twin = store.insert(folderAt("/early", 1000));
+  late.lastRunAt = Date{1};
+  store.update(late);
+  EXPECT_EQ(store.folders(), (std::vector{early, twin, late}));
+  EXPECT_EQ(store.folder("/early"), early);
+}
+
+TEST(Store, aPathIsFoundByItsExactBytesAlone) {
+  Store store;
+  store.insert(folderAt("/Home/a"));
+  for (const char* other : {"/home/a", "/Home/a/", "/Home/a ", "/Home/%", "/Home/", ""})
+    EXPECT_EQ(store.folder(std::string(other)), std::nullopt) << other;
+  EXPECT_EQ(store.folder(std::string("/Home/a\0", 8)), std::nullopt);
+  EXPECT_NE(store.folder(std::string("/Home/a")), std::nullopt);
+  EXPECT_EQ(store.folder(99), std::nullopt);
+  EXPECT_EQ(store.journalEntry(99), std::nullopt);
+}
+
+TEST(Store, theJournalComesNewestFirstFromTheGivenInstantOn) {
+  Store store;
+  const Folder a = store.insert(folderAt("/a"));
+  const Folder b = store.insert(folderAt("/b"));
+  store.insert(entryOf(a, "run2 first", 2000.5));
+  store.insert(entryOf(b, "run2 second", 2000.5));
+  store.insert(entryOf(a, "run1", 2000.499));
+  store.insert(entryOf(a, "run3", 2000.501));
+  EXPECT_EQ(names(store.journalSince(Date{2000.5})), (Rows{"run3", "run2 second", "run2 first"}));
+  EXPECT_EQ(names(store.journalSince(Date{2000.502})), Rows{});
+  EXPECT_EQ(names(store.journalOfFolder(*a.id)), (Rows{"run3", "run2 first", "run1"}));
+
+  EXPECT_TRUE(store.deleteFolder(*a.id));
+  EXPECT_EQ(names(store.journalSince(Date{0})), Rows{"run2 second"});
+  EXPECT_FALSE(store.deleteFolder(*a.id));
+  EXPECT_GT(store.insert(folderAt("/c")).id.value(), *b.id);
+}
+
+TEST(Store, anIDIsNeverUsedAgain) {
+  Store store;
+  const Folder gone = store.insert(folderAt("/a"));
+  store.deleteFolder(*gone.id);
+  EXPECT_GT(store.insert(folderAt("/b")).id.value(), *gone.id);
+}
+
+TEST(Store, writesThatDoNotFitLeaveNothing) {
+  Store store;
+  Folder folder = store.insert(folderAt("/a"));
+  JournalEntry entry = entryOf(folder, "x");
+  entry.folderID = 99;
+  try {
+    store.insert(entry);
+    ADD_FAILURE() << "an entry without a folder was taken";
+  } catch (const DatabaseError& error) {
+    EXPECT_EQ(error.code(), SQLITE_CONSTRAINT_FOREIGNKEY);
+    EXPECT_STREQ(error.what(), "Couldn't write to the database: FOREIGN KEY constraint failed.");
+  }
+  EXPECT_THROW(store.insert(folder), DatabaseError) << "its id is taken";
+  EXPECT_THROW(store.insert(folderAt("/far", 1e15)), DatabaseError);
+  EXPECT_EQ(store.folders().size(), 1U);
+  EXPECT_TRUE(store.journalSince(Date{0}).empty());
+
+  EXPECT_THROW(store.update(folderAt("/without an id")), RecordNotFound);
+  EXPECT_THROW(store.update(entryOf(folder, "without an id")), RecordNotFound);
+  store.deleteFolder(*folder.id);
+  EXPECT_THROW(store.update(folder), RecordNotFound);
+}
+
+TEST_F(StoreOnFile, aRowThatIsNotUnderstoodFailsTheWholeFetch) {
+  const Folder folder = store.insert(folderAt("/a"));
+  store.insert(folderAt("/b"));
+  store.insert(entryOf(folder, "x"));
+  const struct {
+    const char* table;
+    const char* change;
+    const char* message;
+  } rows[] = {
+      {"folder", "disposal = 'Bin'", "Unknown disposal Bin"},
+      {"folder", "disposal = ''", "Unknown disposal "},
+      {"folder", "disposal = CAST(X'FF' AS TEXT)", "Unknown disposal \xef\xbf\xbd"},
+      {"folder", "bookmark = 'text'",
+       "The database holds text in the column “bookmark”, where binary data is expected."},
+      {"folder", "path = X'2F61'",
+       "The database holds binary data in the column “path”, where text is expected."},
+      {"folder", "maxAgeDays = 'ten'",
+       "The database holds text in the column “maxAgeDays”, where an integer is expected."},
+      {"folder", "sizeLimit = 1.5",
+       "The database holds a real number in the column “sizeLimit”, where an integer is "
+       "expected."},
+      {"folder", "automatic = 2",
+       "The database holds 2 in the column “automatic”, where 0 or 1 is expected."},
+      {"folder", "lastRunAt = 'today'", "“today” isn't a date."},
+      {"folder", "createdAt = 1700000000",
+       "The database holds an integer in the column “createdAt”, where text is expected."},
+      {"journalEntry", "disposal = 'trash'", "Unknown disposal trash"},
+      {"journalEntry", "reasons = '[\"age\",\"Age\"]'",
+       "Unknown rule in the reasons [\"age\",\"Age\"]"},
+      {"journalEntry", "reasons = '[1]'", "Unreadable reasons [1]"},
+      {"journalEntry", "reasons = '\"age\"'", "Unreadable reasons \"age\""},
+      {"journalEntry", "reasons = '{}'", "Unreadable reasons {}"},
+      {"journalEntry", "reasons = '[\"age\"'", "Unreadable reasons [\"age\""},
+      {"journalEntry", "reasons = ''", "Unreadable reasons "},
+      {"journalEntry", "undoneAt = ''", "“” isn't a date."},
+  };
+  for (const auto& row : rows) {
+    const std::string table = row.table;
+    run("CREATE TABLE kept AS SELECT * FROM " + table);
+    run("UPDATE " + table + " SET " + row.change + " WHERE id = 1");
+    try {
+      table == "folder" ? void(store.folders()) : void(store.journalSince(Date{0}));
+      ADD_FAILURE() << row.change;
+    } catch (const DatabaseError& error) {
+      EXPECT_STREQ(error.what(), row.message) << row.change;
+      EXPECT_TRUE(error.code() == SQLITE_ERROR || error.code() == SQLITE_MISMATCH) << row.change;
+    }
+    run("DELETE FROM " + table + "; INSERT INTO " + table + " SELECT * FROM kept; DROP TABLE kept");
+  }
+  EXPECT_EQ(store.folders().size(), 2U);
+  EXPECT_EQ(store.journalSince(Date{0}).size(), 1U);
+}
+
+TEST_F(StoreOnFile, reasonsAreASetWhateverTheOrderAndTheBlanksOfTheText) {
+  const Folder folder = store.insert(folderAt("/a"));
+  const JournalEntry entry = store.insert(entryOf(folder, "x"));
+  const struct {
+    const char* text;
+    RuleSet reasons;
+  } rows[] = {
+      {R"(["emptyOnRestart","automatic","size","age"])",
+       {Rule::age, Rule::size, Rule::automatic, Rule::emptyOnRestart}},
+      {R"( [ "size" , "age" , "size" ] )", {Rule::age, Rule::size}},
+      {R"(["\u0061ge"])", {Rule::age}},
+      {"[]", {}},
+  };
+  for (const auto& row : rows) {
+    run(std::string("UPDATE journalEntry SET reasons = '") + row.text + "'");
+    EXPECT_EQ(store.journalEntry(*entry.id)->reasons, row.reasons) << row.text;
+  }
+}
+
+TEST_F(StoreOnFile, manyThreadsReadAndWriteWithoutLosingOrMixingAnything) {
+  constexpr int threadCount = 4;
+  constexpr int entriesPerThread = 20;
+  std::atomic<int> failures = 0;
+  {
+    std::vector<std::jthread> threads;
+    for (int thread = 0; thread < threadCount; ++thread) {
+      threads.emplace_back([&, thread] {
+        try {
+          Folder folder = store.insert(folderAt("/" + std::to_string(thread), thread));
+          for (int i = 0; i < entriesPerThread; ++i) {
+            const auto entry =
+                store.insert(entryOf(folder, std::to_string(thread) + "/" + std::to_string(i), i));
+            folder.lastRunAt = Date{static_cast<double>(i)};
+            store.update(folder);
+            const auto own = store.journalOfFolder(*folder.id);
+            const bool seesOwnWrites = own.size() == static_cast<std::size_t>(i) + 1 &&
+                                       own.front() == entry && store.folder(folder.path) == folder;
+            if (!seesOwnWrites) ++failures;
+            for (const JournalEntry& read : store.journalSince(Date{0})) {
+              if (store.journalEntry(*read.id) != read) ++failures;
+            }
+          }
+        } catch (const std::exception& error) {
+          ADD_FAILURE() << error.what();
+        }
+      });
+    }
+  }
+  EXPECT_EQ(failures, 0);
+  EXPECT_EQ(store.folders().size(), threadCount);
+  EXPECT_EQ(store.journalSince(Date{0}).size(), threadCount * entriesPerThread);
+  EXPECT_EQ(run("PRAGMA integrity_check"), Rows{"ok"});
+}
+
+}  // namespace
+}  // namespace tidemar
