@@ -1,0 +1,191 @@
+#include <atomic>
+#include <csignal>
+#include <filesystem>
+#include <set>
+#include <thread>
+
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "Platform/PlatformError.h"
+#include "Platform/UserDefaults.h"
+#include "support/TemporaryTree.h"
+
+namespace tidemar {
+namespace {
+
+using namespace tidemar::testing;
+using Strings = std::vector<std::string>;
+
+/// For one scope every write beyond a size fails, as it would on a full disk.
+class FileSizeLimit {
+ public:
+  explicit FileSizeLimit(rlim_t size) : _handler(std::signal(SIGXFSZ, SIG_IGN)) {
+    getrlimit(RLIMIT_FSIZE, &_before);
+    const rlimit limited{size, _before.rlim_max};
+    setrlimit(RLIMIT_FSIZE, &limited);
+  }
+  FileSizeLimit(const FileSizeLimit&) = delete;
+  FileSizeLimit& operator=(const FileSizeLimit&) = delete;
+  ~FileSizeLimit() {
+    setrlimit(RLIMIT_FSIZE, &_before);
+    std::signal(SIGXFSZ, _handler);
+  }
+
+ private:
+  rlimit _before{};
+  void (*_handler)(int);
+};
+
+class UserDefaultsOnFile : public ::testing::Test {
+ protected:
+  std::set<std::string> filesBeside() const {
+    std::set<std::string> names;
+    for (const auto& entry : std::filesystem::directory_iterator(directory.path()))
+      names.insert(entry.path().filename());
+    return names;
+  }
+  TemporaryDirectory directory;
+  FileURL file = directory.url("suite.json");
+  UserDefaults defaults{file};
+};
+
+TEST_F(UserDefaultsOnFile, valuesAreThereForAnotherReaderAtOnce) {
+  const UserDefaults other(file);
+  EXPECT_EQ(other.string("text"), std::nullopt);
+  EXPECT_EQ(other.boolean("flag"), std::nullopt);
+  EXPECT_EQ(other.stringArray("list"), std::nullopt);
+
+  defaults.setString("text", "quote \" and\nline");
+  defaults.setBoolean("flag", false);
+  defaults.setStringArray("list", Strings{"/b", "/a", "/b"});
+  defaults.setStringArray("none", Strings{});
+  EXPECT_EQ(other.string("text"), "quote \" and\nline");
+  EXPECT_EQ(other.boolean("flag"), false);
+  EXPECT_EQ(other.stringArray("list"), (Strings{"/b", "/a", "/b"}));
+  EXPECT_EQ(other.stringArray("none"), Strings{});
+  EXPECT_EQ(filesBeside(), std::set<std::string>{"suite.json"});
+
+  defaults.remove("text");
+  EXPECT_EQ(other.string("text"), std::nullopt);
+  EXPECT_EQ(other.boolean("flag"), false);
+}
+
+TEST_F(UserDefaultsOnFile, aValueOfAnotherTypeIsNone) {
+  writeFile(file, R"({"number": 1, "text": "true", "mixed": ["a", 1], "null": null})");
+  EXPECT_EQ(defaults.boolean("number"), std::nullopt);
+  EXPECT_EQ(defaults.boolean("text"), std::nullopt);
+  EXPECT_EQ(defaults.string("null"), std::nullopt);
+  EXPECT_EQ(defaults.stringArray("text"), std::nullopt);
+  EXPECT_EQ(defaults.stringArray("mixed"), std::nullopt);
+}
+
+TEST_F(UserDefaultsOnFile, foreignKeysSurviveInTheirPlaces) {
+  writeFile(file, R"({"z": {"deep": [1, null, 1.5]}, "flag": true, "a": 9007199254740993})");
+  defaults.setBoolean("flag", false);
+  EXPECT_EQ(readFile(file),
+            "{\n  \"z\": {\n    \"deep\": [\n      1,\n      null,\n      1.5\n    ]\n  },\n"
+            "  \"flag\": false,\n  \"a\": 9007199254740993\n}\n");
+}
+
+TEST_F(UserDefaultsOnFile, whatChangesNothingWritesNothing) {
+  defaults.remove("missing");
+  EXPECT_FALSE(exists(file));
+
+  const Strings paths = {"/caf\xe9", "/b"};
+  defaults.setString("text", "a\xff");
+  defaults.setBoolean("flag", true);
+  defaults.setStringArray("list", paths);
+  std::filesystem::create_hard_link(file.path(), directory.path("before"));
+  defaults.setString("text", "a\xff");
+  defaults.setBoolean("flag", true);
+  defaults.setStringArray("list", paths);
+  defaults.remove("missing");
+  EXPECT_TRUE(std::filesystem::equivalent(file.path(), directory.path("before")));
+  EXPECT_EQ(defaults.stringArray("list"), (Strings{"/caf\xef\xbf\xbd", "/b"}));
+
+  defaults.setStringArray("list", Strings{"/b", "/caf\xe9"});
+  EXPECT_FALSE(std::filesystem::equivalent(file.path(), directory.path("before")))
+      << "another order is another list";
+}
+
+TEST_F(UserDefaultsOnFile, aDamagedFileReadsAsEmptyAndIsKeptBesideByTheNextWrite) {
+  for (const std::string content : {"", "{\"flag\": true", "[true]", "{\"flag\": \"\xff\"}"}) {
+    writeFile(file, content);
+    EXPECT_EQ(defaults.boolean("flag"), std::nullopt) << content;
+    defaults.remove("flag");
+    EXPECT_EQ(readFile(file), content);
+
+    defaults.setBoolean("flag", false);
+    EXPECT_EQ(defaults.boolean("flag"), false) << content;
+    EXPECT_EQ(readFile(directory.url("suite.json.damaged")), content);
+  }
+}
+
+TEST_F(UserDefaultsOnFile, theFolderIsMadeAndAllIsForItsOwnerAlone) {
+  const mode_t umaskBefore = umask(0);
+  UserDefaults deep(directory.url("a/b/suite.json"));
+  deep.setBoolean("flag", true);
+  umask(umaskBefore);
+  for (const auto& [path, mode] :
+       {std::pair{"a", 0700U}, {"a/b", 0700U}, {"a/b/suite.json", 0600U}}) {
+    struct stat values {};
+    ASSERT_EQ(stat(directory.path(path).c_str(), &values), 0);
+    EXPECT_EQ(values.st_mode & 07777, mode) << path;
+  }
+}
+
+TEST_F(UserDefaultsOnFile, aLinkToTheFileStaysALink) {
+  makeTree(directory.url(), R"(
+    dotfiles/
+    suite.json -> dotfiles/real.json
+  )");
+  writeFile(directory.url("dotfiles/real.json"), "{}");
+  defaults.setBoolean("flag", true);
+  EXPECT_TRUE(std::filesystem::is_symlink(file.path()));
+  EXPECT_EQ(readFile(directory.url("dotfiles/real.json")), "{\n  \"flag\": true\n}\n");
+}
+
+TEST_F(UserDefaultsOnFile, aFailedWriteLeavesTheOldFileAndNothingElse) {
+  makeTree(directory.url(), R"(
+    plain.txt 3
+    suite.json/
+  )");
+  EXPECT_THROW(defaults.setBoolean("flag", true), PlatformError) << "a folder in the file's place";
+  EXPECT_EQ(defaults.boolean("flag"), std::nullopt);
+  EXPECT_THROW(UserDefaults(directory.url("plain.txt/suite.json")).setBoolean("flag", true),
+               PlatformError);
+  EXPECT_EQ(filesBeside(), (std::set<std::string>{"plain.txt", "suite.json"}));
+
+  defaults = UserDefaults(directory.url("limited.json"));
+  defaults.setString("text", "short");
+  const std::string before = readFile(directory.url("limited.json"));
+  {
+    const FileSizeLimit limit(before.size() + 10);
+    EXPECT_THROW(defaults.setString("text", std::string(100, 'l')), PlatformError);
+  }
+  EXPECT_EQ(readFile(directory.url("limited.json")), before);
+  EXPECT_EQ(filesBeside(), (std::set<std::string>{"limited.json", "plain.txt", "suite.json"}));
+}
+
+TEST_F(UserDefaultsOnFile, aReaderNeverMeetsAPartOfAFile) {
+  defaults.setString("text", std::string(30'000, '0'));
+  std::atomic<bool> isDone = false;
+  std::jthread reader([&] {
+    while (!isDone) {
+      const auto text = UserDefaults(file).string("text");
+      if (!text || text->find_first_not_of(text->front()) != text->npos) {
+        ADD_FAILURE() << "read a part";
+        return;
+      }
+    }
+  });
+  for (int i = 1; i < 50; ++i)
+    defaults.setString("text", std::string(30'000, static_cast<char>('0' + i % 10)));
+  isDone = true;
+}
+
+}  // namespace
+}  // namespace tidemar
