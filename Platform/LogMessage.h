@@ -1,12 +1,13 @@
 #pragma once
 
+#include <array>
 #include <concepts>
 #include <cstddef>
 #include <cstdint>
 #include <span>
 #include <string>
 #include <string_view>
-#include <type_traits>
+#include <utility>
 #include <variant>
 
 namespace tidemar {
@@ -24,13 +25,11 @@ struct LogPlaceholder {
 
   /// The first one at or behind a position. A "%" that begins none is ordinary text.
   static constexpr LogPlaceholder find(std::string_view format, std::size_t from) {
-    constexpr struct {
-      std::string_view text;
-      Kind kind;
-    } known[] = {{"%{public}s", Kind::publicText},
-                 {"%{private}s", Kind::privateText},
-                 {"%lld", Kind::number},
-                 {"%ld", Kind::number}};
+    constexpr std::array<std::pair<std::string_view, Kind>, 4> known = {
+        {{"%{public}s", Kind::publicText},
+         {"%{private}s", Kind::privateText},
+         {"%lld", Kind::number},
+         {"%ld", Kind::number}}};
     for (std::size_t i = format.find('%', from); i != format.npos; i = format.find('%', i + 1)) {
       for (const auto& [text, kind] : known) {
         if (format.substr(i).starts_with(text)) return {i, text.size(), kind};

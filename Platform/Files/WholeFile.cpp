@@ -3,11 +3,11 @@
 #include <array>
 #include <cerrno>
 #include <cstddef>
+#include <cstdio>
 #include <cstdlib>
 #include <memory>
 
 #include <fcntl.h>
-#include <stdio.h>
 #include <unistd.h>
 
 #include "Platform/Files/FileDescriptor.h"

@@ -29,8 +29,8 @@ constexpr double seconds(std::int64_t milliseconds) {
   return static_cast<double>(milliseconds) / 1000;
 }
 
-/// The greatest count whose date isn't later. Multiplying alone would miss it where the product
-/// rounds: the date nearest to 0.017 s is below it.
+/// The greatest count whose date isn't later. Multiplying alone misses it by one on either side
+/// where the product rounds: 1.001 * 1000 is less than 1001.
 std::int64_t millisecondsUpTo(double date) {
   auto count = static_cast<std::int64_t>(std::floor(date * 1000));
   while (seconds(count) > date)

@@ -60,7 +60,7 @@ class Row {
 /// end of the scope. Every operation throws `DatabaseError`.
 class Statement {
  public:
-  /// Prepares `slot` anew from what it held when the use ends.
+  /// Uses `handle`, and puts it back into `slot` when the use ends.
   Statement(StatementHandle handle, StatementHandle& slot) noexcept;
   Statement(const Statement&) = delete;
   Statement& operator=(const Statement&) = delete;

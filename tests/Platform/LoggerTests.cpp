@@ -1,11 +1,14 @@
-#include <concepts>
+#include <array>
+#include <cstdlib>
 #include <limits>
 #include <thread>
 #include <vector>
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include "Platform/Files/FileDescriptor.h"
 #include "Platform/Logger.h"
 
 namespace tidemar {
@@ -93,6 +96,23 @@ TEST(Logger, writesWholeLinesAndNothingPrivateWhereNoTerminalReadsThem) {
   for (int i = 0; i < threadCount * linesPerThread; ++i)
     expected += "app.quernly.tidemar engine error: Couldn't remove <private>: busy\\n (7)\n";
   EXPECT_EQ(written, expected);
+}
+
+TEST(Logger, showsPrivateValuesOnATerminal) {
+  const FileDescriptor terminal(posix_openpt(O_RDWR | O_NOCTTY));
+  ASSERT_TRUE(terminal && grantpt(terminal.get()) == 0 && unlockpt(terminal.get()) == 0);
+  const FileDescriptor screen(open(ptsname(terminal.get()), O_RDWR | O_NOCTTY));
+  ASSERT_TRUE(screen);
+  const FileDescriptor standardError(dup(STDERR_FILENO));
+  dup2(screen.get(), STDERR_FILENO);
+  Logger("app.quernly.tidemar", "engine")
+      .log(LogLevel::fault, "Couldn't remove %{private}s", "/home/a\x1b[2J");
+  dup2(standardError.get(), STDERR_FILENO);
+
+  std::array<char, 200> line{};
+  ASSERT_GT(read(terminal.get(), line.data(), line.size() - 1), 0);
+  EXPECT_STREQ(line.data(),
+               "app.quernly.tidemar engine fault: Couldn't remove /home/a\\x1b[2J\r\n");
 }
 
 }  // namespace

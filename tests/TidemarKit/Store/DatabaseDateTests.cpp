@@ -17,7 +17,9 @@ TEST(DatabaseDate, writesTheLastWholeMillisecondInUTC) {
   } rows[] = {
       {"the epoch", 0, "1970-01-01 00:00:00.000"},
       {"a present day", 1763763095.25, "2025-11-21 22:11:35.250"},
-      {"milliseconds whose number lies below them", 0.017, "1970-01-01 00:00:00.017"},
+      {"a whole millisecond that multiplying would miss", 1.001, "1970-01-01 00:00:01.001"},
+      {"one step below a millisecond that multiplying would reach", std::nextafter(99195113.658, 0),
+       "1973-02-22 02:11:53.657"},
       {"finer parts never make it later", 1763763095.9999, "2025-11-21 22:11:35.999"},
       {"one step below a second", std::nextafter(1763763096.0, 0), "2025-11-21 22:11:35.999"},
       {"a millisecond before 1970", -0.001, "1969-12-31 23:59:59.999"},
