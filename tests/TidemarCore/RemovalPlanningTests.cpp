@@ -212,6 +212,10 @@ TEST(ItemsToFree, isTheSmallestNumberOfTheOldestThatSuffices) {
   for (const auto& [bytes, expected] : rows)
     EXPECT_EQ(itemsToFree(bytes, list), expected) << bytes;
   EXPECT_EQ(itemsToFree(1, {}), 0);
+
+  const Item nearlyAll = item("d", 4, most - 1);
+  const std::vector<DatedItem> beyondTheRange = {{&nearlyAll, {4}}, {&nearlyAll, {4}}};
+  EXPECT_EQ(itemsToFree(most, beyondTheRange), 2);
 }
 
 }  // namespace
