@@ -13,6 +13,7 @@ import urllib.parse
 
 TAG_ATTRIBUTE = "user.xdg.tags"
 TAG = b"Tidemar: Temporary"
+FAKETIME = "/usr/$LIB/faketime/libfaketime.so.1"
 SERVICE = "app.quernly.tidemar"
 
 
@@ -45,7 +46,7 @@ class Session:
         return self
 
     def __exit__(self, *_):
-        for process in reversed(self.processes + self._services):
+        for process in reversed(self._services + self.processes):
             if process.poll() is None:
                 process.terminate()
                 try:
@@ -53,6 +54,8 @@ class Session:
                 except subprocess.TimeoutExpired:
                     process.kill()
                     process.wait()
+            if process.stderr:
+                process.stderr.close()
         shutil.rmtree(self.root, ignore_errors=True)
 
     def _start_display(self):
@@ -65,9 +68,11 @@ class Session:
 
     def _start_bus(self):
         command = ["dbus-daemon", "--session", "--nofork", "--nopidfile", "--print-address=1"]
-        bus = subprocess.Popen(command, stdout=subprocess.PIPE, env=self.environment, text=True)
+        bus = subprocess.Popen(command, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL,
+                               env=self.environment, text=True)
         self._services.append(bus)
-        self.environment["DBUS_SESSION_BUS_ADDRESS"] = bus.stdout.readline().strip()
+        with bus.stdout:
+            self.environment["DBUS_SESSION_BUS_ADDRESS"] = bus.stdout.readline().strip()
 
     # The program.
 
@@ -76,8 +81,9 @@ class Session:
         environment = dict(self.environment)
         command = [*prefix, self.program, *urls]
         if days_ahead:
-            environment.update(FAKETIME_DONT_FAKE_MONOTONIC="1", NO_FAKE_STAT="1")
-            command = ["faketime", "-f", f"+{days_ahead}d", *command]
+            # Not by the command faketime, which would stand between the program and its signals.
+            environment.update(LD_PRELOAD=FAKETIME, FAKETIME=f"+{days_ahead}d", NO_FAKE_STAT="1",
+                               FAKETIME_DONT_FAKE_MONOTONIC="1")
         process = subprocess.Popen(command, env=environment, **options)
         self.processes.append(process)
         return process
@@ -88,7 +94,8 @@ class Session:
         return process.wait(patience)
 
     def call(self, method, *arguments):
-        """Calls the running program over the bus."""
+        """Calls the running program over the bus, once it is there."""
+        subprocess.run(["gdbus", "wait", "--session", "--timeout", "30", SERVICE], env=self.environment, check=True)
         subprocess.run(["gdbus", "call", "--session", "--dest", SERVICE, "--object-path", "/app/quernly/tidemar",
                         "--method", f"org.freedesktop.Application.{method}", *arguments],
                        env=self.environment, check=True, stdout=subprocess.DEVNULL)

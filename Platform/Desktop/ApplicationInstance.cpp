@@ -39,11 +39,9 @@ ApplicationInstance::Role ApplicationInstance::claim(const std::vector<std::stri
   QDBusConnection bus = QDBusConnection::sessionBus();
   if (!bus.isConnected()) return claimByLock();
 
-  // The object is there before the name, so that whoever sees the name finds it.
-  auto* application = new FreedesktopApplication(this);
-  connect(application, &FreedesktopApplication::activated, this, &ApplicationInstance::activated);
-  connect(application, &FreedesktopApplication::opened, this, &ApplicationInstance::opened);
-  connect(application, &FreedesktopApplication::actionActivated, this, &ApplicationInstance::actionActivated);
+  // The object, which Qt gives to this one, is there before the name: whoever sees the name finds
+  // it.
+  new FreedesktopApplication(this);
   bus.registerObject(objectPath, this);
   if (bus.registerService(serviceName)) return Role::first;
 

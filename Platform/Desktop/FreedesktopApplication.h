@@ -3,31 +3,31 @@
 #include <QDBusAbstractAdaptor>
 #include <QStringList>
 #include <QVariantMap>
-#include <string>
+
+#include "Platform/Desktop/ApplicationInstance.h"
 
 namespace tidemar {
 
-/// The bus interface org.freedesktop.Application of the Desktop Entry specification.
+/// The bus interface org.freedesktop.Application of the Desktop Entry specification; what it is asked for
+/// the instance tells.
 class FreedesktopApplication : public QDBusAbstractAdaptor {
   Q_OBJECT
   Q_CLASSINFO("D-Bus Interface", "org.freedesktop.Application")
  public:
-  explicit FreedesktopApplication(QObject* parent) : QDBusAbstractAdaptor(parent) {}
+  explicit FreedesktopApplication(ApplicationInstance* instance)
+      : QDBusAbstractAdaptor(instance), _instance(*instance) {}
 
  public slots:
-  void Activate(const QVariantMap&) { emit activated(); }
+  void Activate(const QVariantMap&) { emit _instance.activated(); }
   void Open(const QStringList& urls, const QVariantMap&) {
-    for (const QString& url : urls)
-      emit opened(url.toStdString());
+    for (const QString& url : urls) emit _instance.opened(url.toStdString());
   }
   void ActivateAction(const QString& name, const QVariantList& parameters, const QVariantMap&) {
-    emit actionActivated(name.toStdString(), parameters);
+    emit _instance.actionActivated(name.toStdString(), parameters);
   }
 
- signals:
-  void activated();
-  void opened(const std::string& url);
-  void actionActivated(const std::string& name, const QVariantList& parameters);
+ private:
+  ApplicationInstance& _instance;
 };
 
 }  // namespace tidemar

@@ -7,6 +7,15 @@
 #include "TidemarUI/State/SystemBin.h"
 
 namespace tidemar {
+namespace {
+
+/// The folder's row as it stands: a run, a move of the folder or another command may have changed
+/// it since the screen was drawn that the command came from.
+Folder currentRow(const Engine& engine, const Folder& shown) {
+  return shown.id ? engine.store().folder(*shown.id).value_or(shown) : shown;
+}
+
+}  // namespace
 
 QCoro::Task<std::optional<Folder>> AppModel::addFolder(FileURL url) {
   const auto add = [engine = _engine, url, now = _services.currentDate()] {
@@ -25,7 +34,7 @@ QCoro::Task<std::optional<Folder>> AppModel::addFolder(FileURL url) {
 
 QCoro::Task<void> AppModel::setTemporary(Folder folder, bool isTemporary) {
   const auto set = [engine = _engine, folder, isTemporary, now = _services.currentDate()] {
-    engine->setTemporary(folder, isTemporary, now);
+    engine->setTemporary(currentRow(*engine, folder), isTemporary, now);
   };
   try {
     co_await detached(set);
@@ -54,8 +63,7 @@ QCoro::Task<void> AppModel::removeFolder(Folder folder) {
 
 QCoro::Task<void> AppModel::changeSettings(Folder folder, TemporarySettings settings) {
   const auto change = [engine = _engine, folder, settings] {
-    // A run or a move of the folder may have changed its row since the screen was drawn.
-    Folder changed = folder.id ? engine->store().folder(*folder.id).value_or(folder) : folder;
+    Folder changed = currentRow(*engine, folder);
     changed.settings = settings;
     engine->store().update(changed);
   };

@@ -1,0 +1,277 @@
+#!/usr/bin/env python3
+"""Tests of the whole program from outside: real files, a private bus, a virtual display, a shifted clock.
+Usage: program_tests.py path/to/tidemar [unittest's arguments]"""
+
+import datetime
+import os
+import shutil
+import signal
+import subprocess
+import sys
+import time
+import unittest
+import urllib.parse
+
+sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..", "tools"))
+from session import Session, link, tags  # noqa: E402
+
+PROGRAM = sys.argv.pop(1)
+TAG = b"Tidemar: Temporary"
+DAYS = 100
+
+
+def write(path, content=b"x" * 100, days_ahead=0):
+    os.makedirs(os.path.dirname(path), exist_ok=True)
+    with open(path, "wb") as file:
+        file.write(content)
+    if days_ahead:
+        date = time.time() + days_ahead * 86400
+        os.utime(path, (date, date))
+
+
+class ProgramTest(unittest.TestCase):
+    def setUp(self):
+        self.session = self.enterContext(Session(PROGRAM))
+        self.folder = os.path.join(os.fsencode(self.session.home), b"Downloads")
+        os.mkdir(self.folder)
+
+    def path(self, name):
+        return os.path.join(self.folder, name)
+
+    def names(self):
+        return set(os.listdir(self.folder))
+
+    def make_temporary(self, **options):
+        """Starts the program with the folder's link and ends it once the folder is Temporary."""
+        program = self.session.start(link(self.folder), **options)
+        self.session.wait_for(lambda: TAG in tags(self.folder), "the folder is Temporary")
+        made = self.session.wait_for(lambda: self.session.last_run(self.folder), "the folder is known")
+        self.assertEqual(self.session.stop(program), 0)
+        return made
+
+    def set_rule(self, column, value):
+        subprocess.run(["sqlite3", self.session.database, f"UPDATE folder SET {column} = {value}"], check=True)
+
+
+class TheMainJob(ProgramTest):
+    def test_old_items_leave_by_age_and_only_they(self):
+        odd = b"a \n%#\xff.txt"
+        for name in [b"old.txt", odd, b".hidden-by-dot", b"hidden-by-list", b"build/logs/deep.log"]:
+            write(self.path(name))
+        write(self.path(b".hidden"), b"hidden-by-list\n")
+        write(self.path(b"new.txt"), days_ahead=DAYS - 1)
+        write(self.path(b"in-use/draft.txt"), days_ahead=DAYS - 1)
+        os.setxattr(self.folder, "user.xdg.tags", b"Work,Red")
+
+        made = self.make_temporary()
+        self.assertEqual(tags(self.folder), [b"Work", b"Red", TAG])
+        self.assertIn(b"old.txt", self.names())
+
+        program = self.session.start(days_ahead=DAYS)
+        performed = self.session.wait_for_run(self.folder, made)
+        stays = {b".hidden-by-dot", b"hidden-by-list", b".hidden", b"new.txt", b"in-use"}
+        self.assertEqual(self.names(), stays)
+
+        rows = self.session.rows("SELECT name, reasons, disposal, performedAt, binnedPath, undoneAt FROM journalEntry")
+        self.assertEqual({row[0] for row in rows}, {b"old.txt", odd, b"build"})
+        self.assertEqual({row[1:4] for row in rows}, {(b'["age"]', b"bin", performed)})
+        for name, _, _, _, binned, undone in rows:
+            self.assertTrue(os.path.lexists(binned), binned)
+            self.assertIsNone(undone)
+            self.check_trash_record(binned, self.path(name))
+        with open(os.path.join(self.session.trash, "files", "build", "logs", "deep.log"), "rb") as file:
+            self.assertEqual(file.read(), b"x" * 100)
+
+        # Taken off by hand, the tag stops the clearing at once, and the run is still remembered.
+        self.session.stop(program)
+        os.setxattr(self.folder, "user.xdg.tags", b"Work,Red")
+        self.session.start(days_ahead=2 * DAYS)
+        self.session.wait_for_run(self.folder, performed)
+        self.assertEqual(self.names(), stays)
+        self.assertEqual(len(self.session.rows("SELECT id FROM journalEntry")), 3)
+
+    def check_trash_record(self, binned, original):
+        """The record beside a binned item is what the freedesktop Trash specification wants."""
+        files, name = os.path.split(binned)
+        record = os.path.join(os.path.dirname(files), b"info", name + b".trashinfo")
+        with open(record, encoding="ascii") as file:
+            lines = file.read().split("\n")
+        self.assertEqual(lines[0], "[Trash Info]")
+        values = dict(line.split("=", 1) for line in lines[1:] if line)
+        self.assertEqual(urllib.parse.unquote_to_bytes(values["Path"]), original)
+        self.assertRegex(values["Path"], r"^[A-Za-z0-9/._~%!$&'()*+,;=:@-]+$")
+        datetime.datetime.strptime(values["DeletionDate"], "%Y-%m-%dT%H:%M:%S")
+
+    def test_an_item_comes_back_by_its_journal_entry(self):
+        write(self.path(b"old.txt"), b"precious")
+        made = self.make_temporary()
+        program = self.session.start(days_ahead=DAYS)
+        self.session.wait_for_run(self.folder, made)
+        self.assertEqual(self.names(), set())
+        self.session.call("ActivateAction", "put-back", "[<int64 1>]", "{}")
+        self.session.wait_for(lambda: self.session.rows("SELECT 1 FROM journalEntry WHERE undoneAt IS NOT NULL"),
+                              "the entry is undone")
+        with open(self.path(b"old.txt"), "rb") as file:
+            self.assertEqual(file.read(), b"precious")
+        for part in ["files", "info"]:
+            self.assertEqual(os.listdir(os.path.join(self.session.trash, part)), [])
+        self.assertEqual(self.session.stop(program), 0)
+
+    def test_a_renamed_folder_is_still_cleared(self):
+        write(self.path(b"old.txt"))
+        self.make_temporary()
+        moved = os.path.join(os.fsencode(self.session.home), b"Elsewhere")
+        os.rename(self.folder, moved)
+        self.session.start(days_ahead=DAYS)
+        self.session.wait_for(lambda: not os.path.exists(os.path.join(moved, b"old.txt")), "it was cleared")
+        self.session.wait_for(lambda: self.session.last_run(moved), "its row follows")
+
+    def test_a_clock_set_forward_is_no_restart_of_the_computer(self):
+        write(self.path(b"file.txt"))
+        made = self.make_temporary()
+        self.set_rule("emptyOnRestart", 1)
+        self.set_rule("maxAgeDays", "NULL")
+        self.session.start(days_ahead=DAYS)
+        self.session.wait_for_run(self.folder, made)
+        self.assertEqual(self.names(), {b"file.txt"})
+
+
+class OneProcess(ProgramTest):
+    def test_a_second_start_hands_its_link_to_the_first(self):
+        first = self.session.start()
+        self.session.wait_for(lambda: os.path.exists(self.session.database), "the first is there")
+        second = self.session.start(link(self.folder))
+        self.assertEqual(second.wait(20), 0)
+        self.session.wait_for(lambda: TAG in tags(self.folder), "the folder is Temporary")
+        self.assertIsNone(first.poll())
+        self.assertEqual(self.session.start().wait(20), 0)
+
+
+class TheEnd(ProgramTest):
+    COUNT = 1500
+
+    def clear_many(self):
+        """Begins to clear many items and answers the program once some have gone."""
+        for number in range(self.COUNT):
+            write(self.path(b"%d" % number), b"")
+        self.make_temporary()
+        program = self.session.start(days_ahead=DAYS)
+        self.session.wait_for(lambda: len(self.names()) < self.COUNT - 20, "some have gone")
+        return program
+
+    def journaled(self):
+        return {row[0] for row in self.session.rows("SELECT name FROM journalEntry")}
+
+    def removed(self):
+        return {b"%d" % number for number in range(self.COUNT)} - self.names()
+
+    def test_a_terminated_program_stops_between_two_items_and_writes_the_end_of_its_run(self):
+        for with_signal in [signal.SIGTERM, signal.SIGINT]:
+            with self.subTest(with_signal), Session(PROGRAM) as self.session:
+                self.folder = os.path.join(os.fsencode(self.session.home), b"Downloads")
+                os.mkdir(self.folder)
+                program = self.clear_many()
+                began = time.monotonic()
+                self.assertEqual(self.session.stop(program, with_signal), 0)
+                self.assertLess(time.monotonic() - began, 2)
+                self.assertGreater(len(self.names()), 0, "the run was over before it could be stopped")
+                self.assertEqual(self.journaled(), self.removed())
+                performed = self.session.rows("SELECT DISTINCT performedAt FROM journalEntry")
+                self.assertEqual(performed, [(self.session.last_run(self.folder),)])
+
+    def test_a_killed_program_has_journaled_all_but_the_item_in_hand(self):
+        program = self.clear_many()
+        self.session.stop(program, signal.SIGKILL)
+        # The next start rolls back what was half written.
+        self.session.stop(self.session.start())
+        missing = self.removed() - self.journaled()
+        self.assertLessEqual(len(missing), 1)
+        self.assertEqual(self.journaled() - self.removed(), set())
+
+
+class BadInput(ProgramTest):
+    def setUp(self):
+        super().setUp()
+        manager = subprocess.Popen(["openbox"], env=self.session.environment, stderr=subprocess.DEVNULL)
+        self.session.processes.append(manager)
+
+    def quit_alert(self):
+        """Waits for an alert of the program and presses its button."""
+        environment = self.session.environment
+        subprocess.run(["xdotool", "search", "--sync", "--onlyvisible", "--name", "Tidemar", "windowfocus", "--sync"],
+                       env=environment, check=True, stdout=subprocess.DEVNULL, timeout=30)
+        subprocess.run(["xdotool", "key", "Return"], env=environment, check=True)
+
+    def test_a_database_that_cannot_be_used_ends_the_start_and_stays_as_it_is(self):
+        self.make_temporary()
+        with open(self.session.database, "rb") as file:
+            whole = file.read()
+        damaged = {
+            "no database": b"These are not the bytes of a database. " * 50,
+            "cut off": whole[:5000],
+            "a damaged schema": whole[:100] + b"\xff" * 400 + whole[500:],
+        }
+        for name, content in damaged.items():
+            with self.subTest(name):
+                with open(self.session.database, "wb") as file:
+                    file.write(content)
+                program = self.session.start(stderr=subprocess.PIPE)
+                self.quit_alert()
+                self.assertEqual(program.wait(20), 1)
+                self.assertIn(b"fault: Couldn't start: ", program.stderr.read())
+                with open(self.session.database, "rb") as file:
+                    self.assertEqual(file.read(), content)
+
+    def test_a_trash_that_is_a_link_is_not_used_and_the_log_names_no_item(self):
+        canary = b"canary-5f1e.txt"
+        write(self.path(canary))
+        made = self.make_temporary()
+        elsewhere = os.path.join(self.session.root, "elsewhere")
+        os.mkdir(elsewhere)
+        os.symlink(elsewhere, self.session.trash)
+        program = self.session.start(days_ahead=DAYS, stderr=subprocess.PIPE)
+        self.session.wait_for_run(self.folder, made)
+        self.session.stop(program)
+        log = program.stderr.read()
+        self.assertEqual(self.names(), {canary})
+        self.assertEqual(os.listdir(elsewhere), [])
+        self.assertEqual(self.session.rows("SELECT * FROM journalEntry"), [])
+        if not os.path.exists("/run/systemd/journal/socket"):
+            self.assertIn(b"Couldn't remove <private>: ", log)
+        self.assertNotIn(canary, log)
+
+    def test_one_folder_that_cannot_be_found_leaves_the_others(self):
+        write(self.path(b"old.txt"))
+        self.make_temporary()
+        other = self.folder
+        self.folder = os.path.join(os.fsencode(self.session.home), b"Gone")
+        os.mkdir(self.folder)
+        self.make_temporary()
+        shutil.rmtree(self.folder)
+        made = self.session.last_run(other)
+        self.session.start(days_ahead=DAYS)
+        self.session.wait_for_run(other, made)
+        self.assertEqual(os.listdir(other), [])
+        self.assertEqual(len(self.session.rows("SELECT * FROM folder")), 2)
+
+    def test_a_journal_row_whose_name_is_no_name_puts_nothing_back(self):
+        write(self.path(b"old.txt"))
+        made = self.make_temporary()
+        program = self.session.start(days_ahead=DAYS)
+        self.session.wait_for_run(self.folder, made)
+        self.session.stop(program)
+        for name in ["..", "a/b", ""]:
+            with self.subTest(name):
+                subprocess.run(["sqlite3", self.session.database, f"UPDATE journalEntry SET name = '{name}'"],
+                               check=True)
+                program = self.session.start()
+                self.session.call("ActivateAction", "put-back", "[<int64 1>]", "{}")
+                self.quit_alert()
+                self.session.stop(program)
+                self.assertEqual(os.listdir(os.path.join(self.session.trash, "files")), ["old.txt"])
+                self.assertEqual(self.names(), set())
+                self.assertEqual(self.session.rows("SELECT undoneAt FROM journalEntry"), [(None,)])
+
+
+if __name__ == "__main__":
+    unittest.main(verbosity=2)
