@@ -63,7 +63,7 @@ class Search {
     EntryValues values{};
     if (!directory || !isOnFileSystem(directory)) return;
     if (readEntryValues(directory.get(), "", values) != 0) return;
-    _roots.push_back({std::move(directory), identityOf(values)});
+    _roots.push_back({std::move(directory), identityOf(values).device});
     _pending.push_back({_roots.size() - 1, "."});
   }
 
@@ -79,7 +79,7 @@ class Search {
  private:
   struct Root {
     FileDescriptor directory;
-    DirectoryIdentity identity;
+    std::uint64_t device;
   };
   struct Place {
     std::size_t root;
@@ -97,9 +97,7 @@ class Search {
       if (auto found = confirmed(directory)) return found;
     }
     const DirectoryIdentity identity = identityOf(values);
-    if (identity.device != root.identity.device || identity.mount != root.identity.mount) {
-      return std::nullopt;
-    }
+    if (identity.device != root.device) return std::nullopt;
     if (!_visited.emplace(identity.device, identity.inode).second) return std::nullopt;
     return lookThrough(place, directory);
   }

@@ -136,7 +136,12 @@ TEST_F(BookmarkTest, DoesNotFindADirectoryInATrash) {
   const std::string bookmark = makeBookmark(_home.url("folder"));
   const FileURL binned = trashItem(_home.url("folder"));
   EXPECT_EQ(whereFrom(bookmark), none);
-  EXPECT_EQ(whereFrom(makeBookmark(binned)), none) << "not even at its remembered path";
+  const std::string bookmarkInTrash = makeBookmark(binned);
+  EXPECT_EQ(whereFrom(bookmarkInTrash), none) << "not even at its remembered path";
+  const FileURL renamed(binned.path() + " renamed");
+  rename(binned, renamed);
+  EXPECT_EQ(whereFrom(bookmarkInTrash), none) << "nor beside it";
+  rename(renamed, binned);
 
   for (const char* place : {".Trash", ".Trash-1000"}) {
     makeTree(_home.url(), std::string(place) + "/");
@@ -288,6 +293,17 @@ TEST_F(BookmarkTest, FollowsASubvolumeAndTellsItFromOthers) {
   EXPECT_EQ(whereFrom(bookmark), none) << "every subvolume has the same inode number";
 }
 
+TEST_F(BookmarkTest, IsNotDeceivedByACopyOfTheDrive) {
+  TestFileSystem drive(TestFileSystem::Type::ext4);
+  if (!drive.isMounted()) GTEST_SKIP() << drive.reason();
+  makeTree(drive.url(), "folder/");
+  const std::string bookmark = makeBookmark(drive.url("folder"));
+  drive.unmount();
+  drive.changeUUID();
+  drive.mount();
+  EXPECT_EQ(whereFrom(bookmark), none);
+}
+
 TEST_F(BookmarkTest, DoesNotLookIntoAnotherMount) {
   const TestFileSystem drive(TestFileSystem::Type::ext4);
   if (!drive.isMounted()) GTEST_SKIP() << drive.reason();
@@ -295,7 +311,7 @@ TEST_F(BookmarkTest, DoesNotLookIntoAnotherMount) {
   const std::string bookmark = makeBookmark(drive.url("a/folder"));
   rename(drive.url("a/folder"), drive.url("b/inner/folder"));
   // The same directory can be reached through the second mount, and earlier.
-  const BindMount mount(drive.url("b/inner"), drive.url("view"));
+  const BindMount mount(drive.url("b/inner/folder"), drive.url("view"));
   ASSERT_TRUE(mount.isMounted()) << mount.reason();
   EXPECT_EQ(whereFrom(bookmark), drive.url("b/inner/folder").path() + " (stale)");
 }

@@ -277,6 +277,14 @@ TEST_F(TrashTest, RefusesATrashThatIsNotTheUsersOwn) {
   }
 }
 
+TEST_F(TrashTest, RefusesATrashThatIsALinkToAnotherDrive) {
+  const TestFileSystem drive(TestFileSystem::Type::tmpfs);
+  if (!drive.isMounted()) GTEST_SKIP() << drive.reason();
+  makeTree(_home.url(), ".local/\n  share/\n    Trash -> " + drive.url().path() + "\nitem 3");
+  EXPECT_EQ(codeOf([&] { trashItem(_home.url("item")); }), ELOOP);
+  EXPECT_TRUE(namesIn(drive.url()).empty());
+}
+
 TEST_F(TrashTest, RefusesWhatIsNoItem) {
   makeTree(_home.url(), "folder/");
   EXPECT_EQ(codeOf([&] { trashItem(_home.url("missing")); }), ENOENT);

@@ -77,6 +77,11 @@ void TestFileSystem::unmount() {
   _isMounted = false;
 }
 
+void TestFileSystem::changeUUID() {
+  const std::string image = _directory.path("image");
+  runCommand("e2fsck -f -p " + image + " && tune2fs -f -U random " + image);
+}
+
 void TestFileSystem::mountElsewhere() {
   _mountPoint = _directory.url("elsewhere");
   mkdir(_mountPoint.path().c_str(), 0755);

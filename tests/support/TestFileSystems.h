@@ -38,6 +38,9 @@ class TestFileSystem {
   /// Brings it back. A tmpfs comes back as a new one.
   void mount();
 
+  /// Gives an ext4 drive that is taken away another UUID: as if it were a copy of the drive.
+  void changeUUID();
+
   /// Brings it back at another mount point, which is its `url` from then on.
   void mountElsewhere();
 
