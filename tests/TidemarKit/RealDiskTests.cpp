@@ -1,0 +1,132 @@
+#include <memory>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "Platform/Files/DiskFileManager.h"
+#include "TidemarKit/Engine/Engine.h"
+#include "TidemarKit/TemporaryTag.h"
+#include "support/ScopedEnvironment.h"
+#include "support/TemporaryTree.h"
+#include "support/TestFileSystems.h"
+
+namespace tidemar {
+namespace {
+
+using namespace testing;
+
+/// An engine over the real disk, with a home of its own, that looks at it from the far future.
+struct RealWorld {
+  RealWorld() = default;
+  explicit RealWorld(const FileURL& place) : folderURL(place) {}
+
+  Folder temporaryFolder(const TemporarySettings& settings = {}) {
+    Folder folder = engine.addFolder(folderURL, Date{0});
+    folder.settings = settings;
+    engine.store().update(folder);
+    engine.setTemporary(folder, true, Date{0});
+    return folder;
+  }
+
+  RunResult run(const Folder& folder) {
+    RunGate gate;
+    return engine.run(*folder.id, farFuture, gate);
+  }
+
+  static constexpr Date farFuture{4'000'000'000};
+  TemporaryDirectory home;
+  ScopedHome scopedHome{home.url()};
+  FileURL folderURL = home.url("folder");
+  DiskFileManager disk;
+  Engine engine{std::make_unique<Store>(), disk};
+};
+
+TEST(RealDisk, ItemsOnEveryFileSystemGoToTheirOwnTrashAndComeBack) {
+  for (const auto type : {TestFileSystem::Type::ext4, TestFileSystem::Type::xfs,
+                          TestFileSystem::Type::btrfs, TestFileSystem::Type::tmpfs}) {
+    SCOPED_TRACE(nameOf(type));
+    const TestFileSystem volume(type);
+    if (!volume.isMounted()) GTEST_SKIP() << volume.reason();
+    makeTree(volume.url(),
+             "folder/\n  file 10\n  tree/\n    \"a\\n\\xff\"\n  link -> file\n  .hidden");
+    RealWorld world(volume.url("folder"));
+    const Folder folder = world.temporaryFolder();
+    const RunResult result = world.run(folder);
+    EXPECT_EQ(result.failures.size(), 0U);
+    ASSERT_EQ(result.journal.size(), 3U);
+    EXPECT_FALSE(exists(volume.url("folder/tree")));
+    EXPECT_TRUE(exists(volume.url("folder/.hidden")));
+    for (const JournalEntry& entry : result.journal) {
+      EXPECT_TRUE(entry.binnedPath->starts_with(volume.url().path() + "/.Trash-"))
+          << *entry.binnedPath;
+      world.engine.undo(*entry.id, RealWorld::farFuture);
+    }
+    EXPECT_TRUE(exists(volume.url("folder/tree/a\n\xff")));
+    EXPECT_EQ(readFile(volume.url("folder/file")), "xxxxxxxxxx");
+  }
+}
+
+TEST(RealDisk, AnItemThatHoldsAMountIsNeverPlannedAndAPackageThatDoesIsRefused) {
+  RealWorld world;
+  TemporaryDirectory elsewhere;
+  makeTree(elsewhere.url(), "precious");
+  makeTree(world.home.url(), R"(
+    folder/
+      a-plain/
+        mount/
+      b-package.app/
+        mount/
+        part
+      c-file)");
+  const BindMount inPlain(elsewhere.url(), world.home.url("folder/a-plain/mount"));
+  const BindMount inPackage(elsewhere.url(), world.home.url("folder/b-package.app/mount"));
+  if (!inPlain.isMounted()) GTEST_SKIP() << inPlain.reason();
+
+  for (const Disposal disposal : {Disposal::delete_, Disposal::bin}) {
+    TemporarySettings settings;
+    settings.disposal = disposal;
+    const Folder folder = world.temporaryFolder(settings);
+    const FolderStatus status = world.engine.status(*folder.id, RealWorld::farFuture);
+    for (const Removal& removal : status.dueNow) {
+      EXPECT_NE(removal.item.url.lastPathComponent(), "a-plain");
+    }
+    const RunResult result = world.run(folder);
+    ASSERT_EQ(result.failures.size(), 1U);
+    EXPECT_EQ(result.failures[0].item.url, world.home.url("folder/b-package.app"));
+    EXPECT_TRUE(exists(world.home.url("folder/b-package.app/part")));
+    EXPECT_TRUE(exists(elsewhere.url("precious")));
+    EXPECT_FALSE(exists(world.home.url("folder/c-file")));
+    writeFile(world.home.url("folder/c-file"), "");
+  }
+}
+
+TEST(RealDisk, TheTagStandsBesideForeignOnesByteForByte) {
+  RealWorld world;
+  makeTree(world.home.url(), "folder/");
+  const std::vector<std::string> foreign = {"Work", " Red", "", "parent/child", "\xff"};
+  world.disk.setTagNames(world.folderURL, foreign);
+  const Folder folder = world.temporaryFolder();
+  auto expected = foreign;
+  expected.emplace_back(TemporaryTag::name);
+  EXPECT_EQ(world.disk.tagNames(world.folderURL), expected);
+  world.engine.setTemporary(folder, false, Date{0});
+  EXPECT_EQ(world.disk.tagNames(world.folderURL), foreign);
+}
+
+TEST(RealDisk, ProtectedRootsAreTheHomeTheMountsAndWhatLinksLeadTo) {
+  RealWorld world;
+  makeTree(world.home.url(), "Documents/\nDownloads/\nlink -> Documents");
+  const auto isProtected = [&](const FileURL& url) {
+    const Folder folder = world.engine.addFolder(url, Date{0});
+    return world.engine.status(*folder.id, RealWorld::farFuture).isProtectedRoot;
+  };
+  EXPECT_TRUE(isProtected(world.home.url()));
+  EXPECT_TRUE(isProtected(world.home.url("Documents")));
+  EXPECT_TRUE(isProtected(world.home.url("link")));
+  EXPECT_FALSE(isProtected(world.home.url("Downloads")));
+  const TestFileSystem volume(TestFileSystem::Type::tmpfs);
+  if (volume.isMounted()) EXPECT_TRUE(isProtected(volume.url()));
+}
+
+}  // namespace
+}  // namespace tidemar
