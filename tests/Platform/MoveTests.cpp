@@ -205,6 +205,11 @@ TEST_F(MoveAcrossTest, DeletesNothingUntilTheCopyIsOnTheDisk) {
   });
   EXPECT_EQ(readFile(_home.url("item")), "content");
   EXPECT_EQ(namesIn(_drive.url()), std::set<std::string>{"lost+found"});
+
+  withFailingSystemCall(SYS_fsync, EIO, [&] {
+    EXPECT_EQ(codeOf([&] { moveItem(_home.url("item"), _drive.url("item")); }), EIO);
+  });
+  EXPECT_EQ(readFile(_home.url("item")), "content");
 }
 
 TEST_F(MoveAcrossTest, NeverReplacesWhatLiesAtTheNewPlace) {
