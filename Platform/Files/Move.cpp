@@ -52,6 +52,14 @@ EntryValues valuesAt(const Place& place) {
   throw PlatformError(operation, from.url, code);
 }
 
+/// Has the kernel write what it holds back: with syncfs of the whole file system, with fsync of the
+/// directory.
+void writeOut(const Place& place, int (*flush)(int)) {
+  const FileDescriptor directory(
+      openat(place.directory.get(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  if (!directory || flush(directory.get()) != 0) throw PlatformError(operation, place.url, errno);
+}
+
 /// The complete item under a hidden name beside its new place; deleted unless it has been put
 /// there.
 class TemporaryCopy {
@@ -77,7 +85,7 @@ class TemporaryCopy {
         addedDate(before) != addedDate(after)) {
       throw PlatformError(operation, from.url, EBUSY, "it changed while it was copied");
     }
-    writeOut();
+    writeOut(_to, syncfs);
   }
 
   int putInPlace() {
@@ -98,13 +106,6 @@ class TemporaryCopy {
     return name;
   }
 
-  /// The original may go only when the copy would outlive a loss of power.
-  void writeOut() const {
-    const FileDescriptor directory(
-        openat(_to.directory.get(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (!directory || syncfs(directory.get()) != 0) throw PlatformError(operation, _to.url, errno);
-  }
-
   const Place& _to;
   std::string _name;
   bool _isPending = true;
@@ -119,6 +120,8 @@ void moveByCopy(const Place& from, const Place& to) {
   TemporaryCopy copy(to);
   copy.make(from);
   if (const int placing = copy.putInPlace(); placing != 0) fail(from, to, placing);
+  // The original may go only when a loss of power can take neither the copy nor its name.
+  writeOut(to, fsync);
   removeItem(from.url);
 }
 

@@ -2,7 +2,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <optional>
 
 #include "Platform/Files/FileDescriptor.h"
 #include "TidemarCore/FileURL.h"

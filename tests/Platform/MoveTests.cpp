@@ -1,6 +1,4 @@
 #include <cerrno>
-#include <filesystem>
-#include <functional>
 #include <set>
 #include <string>
 
@@ -15,6 +13,7 @@
 #include "Platform/Files/Trash.h"
 #include "Platform/PlatformError.h"
 #include "support/FailingSystemCall.h"
+#include "support/FileExpectations.h"
 #include "support/ScopedEnvironment.h"
 #include "support/TemporaryTree.h"
 #include "support/TestFileSystems.h"
@@ -23,23 +22,6 @@ namespace tidemar {
 namespace {
 
 using namespace testing;
-
-std::set<std::string> namesIn(const FileURL& directory) {
-  std::set<std::string> names;
-  for (const auto& entry : std::filesystem::directory_iterator(directory.path())) {
-    names.insert(entry.path().filename().string());
-  }
-  return names;
-}
-
-int codeOf(const std::function<void()>& call) {
-  try {
-    call();
-    return 0;
-  } catch (const PlatformError& error) {
-    return error.code();
-  }
-}
 
 struct stat statusOf(const FileURL& url) {
   struct stat values {};
@@ -205,6 +187,11 @@ TEST_F(MoveAcrossTest, DeletesNothingUntilTheCopyIsOnTheDisk) {
   });
   EXPECT_EQ(readFile(_home.url("item")), "content");
   EXPECT_EQ(namesIn(_drive.url()), std::set<std::string>{"lost+found"});
+
+  withFailingSystemCall(SYS_fsync, EIO, [&] {
+    EXPECT_EQ(codeOf([&] { moveItem(_home.url("item"), _drive.url("item")); }), EIO);
+  });
+  EXPECT_EQ(readFile(_home.url("item")), "content");
 }
 
 TEST_F(MoveAcrossTest, NeverReplacesWhatLiesAtTheNewPlace) {
