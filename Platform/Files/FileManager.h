@@ -53,8 +53,8 @@ struct VolumeCapacity {
 };
 
 /// All access to the disk. Every operation is synchronous on the caller's thread, reentrant and
-/// without shared state; none follows a link in the last component of a URL, and none crosses into
-/// another mount or subvolume below it. Failures are thrown as `PlatformError`, and a change that
+/// without shared state; none but those under "Identity" follows a link in the last component of a
+/// URL, and none crosses into another mount or subvolume below it. Failures are thrown as `PlatformError`, and a change that
 /// failed has left the item where it was unless its comment says otherwise.
 class FileManager {
  public:

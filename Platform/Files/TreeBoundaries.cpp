@@ -1,13 +1,12 @@
 #include "Platform/Files/TreeBoundaries.h"
 
 #include <cerrno>
-#include <cstdlib>
-#include <memory>
 #include <optional>
 
 #include <linux/magic.h>
 #include <sys/vfs.h>
 
+#include "Platform/Files/DescriptorPath.h"
 #include "Platform/Files/EntryValues.h"
 #include "Platform/Files/FileDescriptor.h"
 #include "Platform/Files/MountTable.h"
@@ -18,15 +17,6 @@ namespace tidemar {
 namespace {
 
 constexpr long bcachefsMagic = 0xca451a4e;
-
-/// The path under which the kernel lists mounts below an item.
-std::string pathWithoutLinks(const FileURL& url, const std::string& operation) {
-  const FileURL parent = url.deletingLastPathComponent();
-  const std::unique_ptr<char, decltype(&std::free)> path(realpath(parent.path().c_str(), nullptr),
-                                                         &std::free);
-  if (!path) throw PlatformError(operation, url, errno);
-  return FileURL(path.get()).appendingPathComponent(url.lastPathComponent()).path();
-}
 
 /// Subvolumes stand in no table, so only a walk finds them.
 class BoundarySearch : public WalkHandler {
@@ -63,7 +53,9 @@ void refuseMounts(int parentDescriptor, const std::string& name, const FileURL& 
   if (isBoundary(values, identityOf(parent))) refuseBoundary(url, operation);
   if (!isDirectory(values)) return;
 
-  const std::string inside = pathWithoutLinks(url, operation) + "/";
+  // The kernel's own path of the directory, since links above it may have changed.
+  const FileURL parentPath = pathOfDescriptor(parentDescriptor, url, operation);
+  const std::string inside = parentPath.appendingPathComponent(name).path() + "/";
   for (const Mount& mount : readMountTable()) {
     if (mount.mountPoint.starts_with(inside)) refuseBoundary(url, operation);
   }

@@ -1,6 +1,7 @@
 #include "support/ScopedEnvironment.h"
 
 #include <cstdlib>
+#include <ctime>
 #include <utility>
 
 namespace tidemar::testing {
@@ -9,6 +10,7 @@ ScopedEnvironment::ScopedEnvironment(std::string name, const std::string& value)
     : _name(std::move(name)) {
   if (const char* former = std::getenv(_name.c_str())) _former = former;
   setenv(_name.c_str(), value.c_str(), 1);
+  tzset();
 }
 
 ScopedEnvironment::~ScopedEnvironment() {
@@ -17,6 +19,8 @@ ScopedEnvironment::~ScopedEnvironment() {
   } else {
     unsetenv(_name.c_str());
   }
+  // The C library remembers the zone until it is told.
+  tzset();
 }
 
 ScopedHome::ScopedHome(const FileURL& home)
