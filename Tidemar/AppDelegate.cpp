@@ -7,7 +7,7 @@
 #include <iostream>
 
 #include "Platform/Desktop/ApplicationInstance.h"
-#include "Platform/Desktop/MessageBoxAlerts.h"
+#include "Platform/Desktop/ModalAlerts.h"
 #include "Platform/Desktop/UnavailableServices.h"
 #include "Platform/Desktop/WakeNotifier.h"
 #include "Platform/Files/DiskFileManager.h"
@@ -41,7 +41,7 @@ struct PlatformServices {
   UnavailableNotificationCenter notifications;
   UnavailableLoginItem loginItem;
   UnavailableFinderExtension finderExtension;
-  MessageBoxAlerts alerts;
+  ModalAlerts alerts;
   UserDefaults standardDefaults = UserDefaults::standard();
   UserDefaults sharedDefaults = UserDefaults::shared();
   WakeNotifier wakeNotifier;
