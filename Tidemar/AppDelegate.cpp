@@ -1,14 +1,17 @@
 #include "Tidemar/AppDelegate.h"
 
 #include <QApplication>
+#include <QDBusConnection>
 #include <QWindow>
 #include <chrono>
 #include <cstdlib>
 #include <iostream>
 
 #include "Platform/Desktop/ApplicationInstance.h"
-#include "Platform/Desktop/MessageBoxAlerts.h"
-#include "Platform/Desktop/UnavailableServices.h"
+#include "Platform/Desktop/AutostartLoginItem.h"
+#include "Platform/Desktop/DesktopNotificationCenter.h"
+#include "Platform/Desktop/ModalAlerts.h"
+#include "Platform/Desktop/UnavailableFinderExtension.h"
 #include "Platform/Desktop/WakeNotifier.h"
 #include "Platform/Files/DiskFileManager.h"
 #include "Platform/UserDefaults.h"
@@ -38,10 +41,10 @@ std::vector<std::int64_t> integers(const QVariantList& values) {
 /// The real platform, in the order in which the model needs it.
 struct PlatformServices {
   DiskFileManager fileManager;
-  UnavailableNotificationCenter notifications;
-  UnavailableLoginItem loginItem;
+  DesktopNotificationCenter notifications{QDBusConnection::sessionBus()};
+  AutostartLoginItem loginItem{currentProgram()};
   UnavailableFinderExtension finderExtension;
-  MessageBoxAlerts alerts;
+  ModalAlerts alerts;
   UserDefaults standardDefaults = UserDefaults::standard();
   UserDefaults sharedDefaults = UserDefaults::shared();
   WakeNotifier wakeNotifier;
@@ -51,9 +54,11 @@ AppDelegate::AppDelegate() : _platform(std::make_unique<PlatformServices>()) {}
 
 AppDelegate::~AppDelegate() = default;
 
-bool AppDelegate::start(const std::vector<std::string>& urls, int& exitStatus) {
+bool AppDelegate::start(const CommandLine& commandLine, int& exitStatus) {
+  using Launch = ApplicationInstance::Launch;
   _instance = std::make_unique<ApplicationInstance>();
-  switch (_instance->claim(urls)) {
+  const Launch launch = commandLine.isLoginLaunch ? Launch::atLogin : Launch::byUser;
+  switch (_instance->claim(launch, commandLine.url)) {
     case ApplicationInstance::Role::first:
       break;
     case ApplicationInstance::Role::handedOver:
@@ -65,21 +70,21 @@ bool AppDelegate::start(const std::vector<std::string>& urls, int& exitStatus) {
       return false;
   }
   finishLaunching();
-  for (const std::string& url : urls)
-    _appModel->open(url);
+  if (commandLine.url) _appModel->open(*commandLine.url);
   return true;
 }
 
 void AppDelegate::finishLaunching() {
-  _appModel = std::make_unique<AppModel>(Services{.fileManager = _platform->fileManager,
-                                                  .notifications = _platform->notifications,
-                                                  .loginItem = _platform->loginItem,
-                                                  .finderExtension = _platform->finderExtension,
-                                                  .alerts = _platform->alerts,
-                                                  .standardDefaults = _platform->standardDefaults,
-                                                  .sharedDefaults = _platform->sharedDefaults,
-                                                  .currentDate = currentDate,
-                                                  .currentCalendar = [] { return Calendar(currentTimeZoneIdentifier()); }});
+  _appModel = std::make_unique<AppModel>(
+      Services{.fileManager = _platform->fileManager,
+               .notifications = _platform->notifications,
+               .loginItem = _platform->loginItem,
+               .finderExtension = _platform->finderExtension,
+               .alerts = _platform->alerts,
+               .standardDefaults = _platform->standardDefaults,
+               .sharedDefaults = _platform->sharedDefaults,
+               .currentDate = currentDate,
+               .currentCalendar = [] { return Calendar(currentTimeZoneIdentifier()); }});
   AppModel* model = _appModel.get();
   connect(_instance.get(), &ApplicationInstance::opened, model,
           [model](const std::string& url) { model->open(url); });

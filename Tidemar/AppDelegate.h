@@ -2,8 +2,8 @@
 
 #include <QObject>
 #include <memory>
-#include <string>
-#include <vector>
+
+#include "Tidemar/CommandLine.h"
 
 namespace tidemar {
 
@@ -19,9 +19,9 @@ class AppDelegate : public QObject {
   AppDelegate();
   ~AppDelegate() override;
 
-  /// Becomes the application, or hands the URLs to the one that runs already. Answers false where
+  /// Becomes the application, or hands the URL to the one that runs already. Answers false where
   /// this process has nothing more to do, with its exit status.
-  bool start(const std::vector<std::string>& urls, int& exitStatus);
+  bool start(const CommandLine& commandLine, int& exitStatus);
 
  private:
   void finishLaunching();

@@ -1,6 +1,8 @@
 #include <QApplication>
 #include <cstdlib>
 #include <iostream>
+#include <stdexcept>
+#include <vector>
 
 #include "Platform/Desktop/TerminationSignals.h"
 #include "Tidemar/AppDelegate.h"
@@ -8,24 +10,28 @@
 namespace {
 
 bool hasDisplay() {
-  for (const char* variable : {"WAYLAND_DISPLAY", "DISPLAY", "QT_QPA_PLATFORM"}) {
-    if (const char* value = std::getenv(variable); value != nullptr && *value != '\0') return true;
-  }
-  return false;
+  return !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY") ||
+         !qEnvironmentVariableIsEmpty("DISPLAY") || !qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM");
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
+  tidemar::CommandLine commandLine;
+  try {
+    // The bytes, before the toolkit takes its own arguments out and makes text of the others.
+    commandLine = tidemar::parseCommandLine(std::vector<std::string>(argv + 1, argv + argc));
+  } catch (const std::invalid_argument& error) {
+    std::cerr << error.what() << '\n';
+    return 2;
+  }
   if (!hasDisplay()) {
     std::cerr << "Tidemar needs a desktop session: there is no display.\n";
     return EXIT_FAILURE;
   }
-  // The bytes as they were given, before the toolkit takes its own arguments out and turns them
-  // into text.
-  const std::vector<std::string> urls(argv + 1, argv + argc);
-
   tidemar::TerminationSignals terminationSignals;
+  // The login item brings the program back, and without a window; a restored session would not.
+  QApplication::setAttribute(Qt::AA_DisableSessionManager);
   QApplication application(argc, argv);
   QApplication::setApplicationName(QStringLiteral("tidemar"));
   QApplication::setApplicationDisplayName(QStringLiteral("Tidemar"));
@@ -37,7 +43,7 @@ int main(int argc, char** argv) {
 
   tidemar::AppDelegate delegate;
   int status = EXIT_SUCCESS;
-  if (delegate.start(urls, status)) status = QApplication::exec();
+  if (delegate.start(commandLine, status)) status = QApplication::exec();
   // Nothing clears any more; what still reads a large folder need not be waited for.
   std::quick_exit(status);
 }

@@ -17,16 +17,11 @@ const QString serviceName = QStringLiteral("app.quernly.tidemar");
 const QString objectPath = QStringLiteral("/app/quernly/tidemar");
 const QString interfaceName = QStringLiteral("org.freedesktop.Application");
 
-QDBusMessage request(const std::vector<std::string>& urls) {
-  const QString method = urls.empty() ? QStringLiteral("Activate") : QStringLiteral("Open");
+QDBusMessage request(const std::optional<std::string>& url) {
   QDBusMessage message =
-      QDBusMessage::createMethodCall(serviceName, objectPath, interfaceName, method);
-  if (!urls.empty()) {
-    QStringList list;
-    for (const std::string& url : urls)
-      list << QString::fromStdString(urlForBus(url));
-    message << list;
-  }
+      QDBusMessage::createMethodCall(serviceName, objectPath, interfaceName,
+                                     url ? QStringLiteral("Open") : QStringLiteral("Activate"));
+  if (url) message << QStringList(QString::fromStdString(urlForBus(*url)));
   message << QVariantMap();
   return message;
 }
@@ -35,7 +30,8 @@ QDBusMessage request(const std::vector<std::string>& urls) {
 
 ApplicationInstance::ApplicationInstance(QObject* parent) : QObject(parent) {}
 
-ApplicationInstance::Role ApplicationInstance::claim(const std::vector<std::string>& urls) {
+ApplicationInstance::Role ApplicationInstance::claim(Launch launch,
+                                                     const std::optional<std::string>& url) {
   QDBusConnection bus = QDBusConnection::sessionBus();
   if (!bus.isConnected()) return claimByLock();
 
@@ -45,7 +41,8 @@ ApplicationInstance::Role ApplicationInstance::claim(const std::vector<std::stri
   bus.registerObject(objectPath, this);
   if (bus.registerService(serviceName)) return Role::first;
 
-  const QDBusMessage answer = bus.call(request(urls));
+  if (launch == Launch::atLogin) return Role::handedOver;
+  const QDBusMessage answer = bus.call(request(url));
   return answer.type() == QDBusMessage::ReplyMessage ? Role::handedOver : Role::refused;
 }
 

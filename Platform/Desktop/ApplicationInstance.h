@@ -2,9 +2,9 @@
 
 #include <QObject>
 #include <QVariantList>
+#include <optional>
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "Platform/Files/FileDescriptor.h"
 
@@ -19,14 +19,19 @@ class ApplicationInstance : public QObject {
  public:
   enum class Role {
     first,       ///< This process is the application.
-    handedOver,  ///< Another is, and took the request.
+    handedOver,  ///< Another is, and took the request, if there was one.
     refused,     ///< Another is, and can't be reached.
+  };
+
+  enum class Launch {
+    byUser,   ///< Brings an application that runs already forward, or has it open the URL.
+    atLogin,  ///< Asks nothing of an application that runs already.
   };
 
   explicit ApplicationInstance(QObject* parent = nullptr);
 
-  /// Call once. `urls` are the bytes of the command line.
-  Role claim(const std::vector<std::string>& urls);
+  /// Call once. `url` is the bytes of the command line.
+  Role claim(Launch launch, const std::optional<std::string>& url);
 
  signals:
   /// The user started the application again.

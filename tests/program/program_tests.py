@@ -147,6 +147,15 @@ class OneProcess(ProgramTest):
         self.assertEqual(self.session.start().wait(20), 0)
 
 
+    def test_arguments_that_mean_nothing_start_nothing(self):
+        for arguments in [["--help"], ["-style", "windows"], [link(self.folder), link(self.folder)]]:
+            with self.subTest(arguments):
+                program = self.session.start(*arguments, stderr=subprocess.PIPE)
+                self.assertEqual(program.wait(20), 2)
+                self.assertRegex(program.stderr.read(), b"^Tidemar [^\n]+\\.\n$")
+                self.assertFalse(os.path.exists(self.session.data))
+
+
 class TheEnd(ProgramTest):
     COUNT = 1500
 

@@ -1,0 +1,108 @@
+#include "Platform/Desktop/AutostartEntry.h"
+
+#include <algorithm>
+#include <cerrno>
+
+#include "Platform/PlatformError.h"
+#include "Platform/Text.h"
+
+namespace tidemar::AutostartEntry {
+namespace {
+
+/// One argument of a command line, in quotes where it needs them.
+std::string quoted(std::string_view argument) {
+  constexpr std::string_view reserved = " \t\n\"'\\><~|&;$*?#()`";
+  constexpr std::string_view escapedInQuotes = "\"`$\\";
+  const bool needsQuotes = argument.find_first_of(reserved) != argument.npos;
+  std::string result;
+  for (const char c : argument) {
+    if (escapedInQuotes.contains(c)) result += '\\';
+    result += c;
+  }
+  return needsQuotes ? '"' + result + '"' : result;
+}
+
+/// A value of the type string, as it stands in a file.
+std::string escaped(std::string_view value) {
+  std::string result;
+  for (const char c : value) {
+    switch (c) {
+      case '\\':
+        result += "\\\\";
+        break;
+      case '\n':
+        result += "\\n";
+        break;
+      case '\t':
+        result += "\\t";
+        break;
+      case '\r':
+        result += "\\r";
+        break;
+      default:
+        result += c;
+    }
+  }
+  return result;
+}
+
+std::string_view trimmed(std::string_view text) {
+  constexpr std::string_view blanks = " \t\r";
+  const std::size_t first = std::min(text.find_first_not_of(blanks), text.size());
+  text.remove_prefix(first);
+  return text.substr(0, text.find_last_not_of(blanks) + 1);
+}
+
+/// Whether a pair of key and value is a switch of a desktop's settings, and set to off. GNOME and
+/// what came of it, and MATE, have keys of their own; the others use the standard one.
+bool switchesOff(std::string_view key, std::string_view value) {
+  if (key == "Hidden") return value == "true";
+  return (key == "X-GNOME-Autostart-enabled" || key == "X-MATE-Autostart-enabled") &&
+         value == "false";
+}
+
+}  // namespace
+
+std::string text(const FileURL& program) {
+  const std::string& path = program.path();
+  if (!path.starts_with('/')) {
+    throw PlatformError("open at login", program, EINVAL, "its place on the disk isn't known");
+  }
+  // A percent sign could be doubled, but GLib and systemd look for the program under that name.
+  if (path.find_first_of("=%") != path.npos) {
+    throw PlatformError("open at login", program, EINVAL, "its path has “=” or “%” in it");
+  }
+  if (displayText(path) != path) {
+    throw PlatformError("open at login", program, EINVAL, "its path isn't in UTF-8");
+  }
+  return "[Desktop Entry]\n"
+         "Type=Application\n"
+         "Name=Tidemar\n"
+         "Icon=app.quernly.tidemar\n"
+         "Exec=" +
+         escaped(quoted(path)) + " " + std::string(loginArgument) +
+         "\n"
+         "StartupNotify=false\n";
+}
+
+LoginItem::Status status(std::string_view text) {
+  bool isInEntry = false;
+  bool startsSomething = false;
+  bool isSwitchedOff = false;
+  while (!text.empty()) {
+    const std::size_t end = std::min(text.find('\n'), text.size());
+    const std::string_view line = trimmed(text.substr(0, end));
+    text.remove_prefix(std::min(end + 1, text.size()));
+    if (line.starts_with('[')) isInEntry = line == "[Desktop Entry]";
+    const std::size_t equals = line.find('=');
+    if (!isInEntry || line.starts_with('#') || equals == line.npos) continue;
+    const std::string_view key = trimmed(line.substr(0, equals));
+    const std::string_view value = trimmed(line.substr(equals + 1));
+    if (key == "Exec" && !value.empty()) startsSomething = true;
+    if (switchesOff(key, value)) isSwitchedOff = true;
+  }
+  if (isSwitchedOff) return LoginItem::Status::requiresApproval;
+  return startsSomething ? LoginItem::Status::enabled : LoginItem::Status::off;
+}
+
+}  // namespace tidemar::AutostartEntry

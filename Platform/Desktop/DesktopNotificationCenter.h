@@ -1,0 +1,47 @@
+#pragma once
+
+#include <QDBusConnection>
+#include <QString>
+#include <chrono>
+#include <map>
+#include <string>
+
+#include "Platform/Desktop/NotificationCenter.h"
+
+namespace tidemar {
+
+/// Notifications by the bus interface org.freedesktop.Notifications. The server is asked for anew
+/// each time, and started by the bus where it can be: one that comes late or was restarted needs no
+/// care. Where a server answers, notifications count as authorized. Never waits on the main thread.
+/// Must outlive what was asked of it.
+class DesktopNotificationCenter : public NotificationCenter {
+ public:
+  /// `patience` is how long one answer may take.
+  explicit DesktopNotificationCenter(QDBusConnection bus,
+                                     std::chrono::milliseconds patience = std::chrono::seconds(5));
+
+  QCoro::Task<bool> isAuthorized() override;
+
+  /// There is nothing to ask the user here: the same as above, and throws nothing.
+  QCoro::Task<bool> requestAuthorization() override;
+
+  /// Throws std::runtime_error with a sentence without any of the texts in it.
+  QCoro::Task<void> add(std::string identifier, std::string title, std::string body) override;
+
+ private:
+  struct Server {
+    QString uniqueName;  ///< Names this very process, and no other as long as the bus lives.
+    bool readsMarkup = false;
+  };
+
+  QCoro::Task<Server> findServer();
+  QDBusPendingCall call(const QString& server, const QString& method,
+                        const QVariantList& arguments) const;
+
+  QDBusConnection _bus;
+  std::chrono::milliseconds _patience;
+  QString _server;                            ///< Gave the ids below.
+  std::map<std::string, quint32> _serverIDs;  ///< Of what was delivered, by identifier.
+};
+
+}  // namespace tidemar

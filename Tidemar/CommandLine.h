@@ -1,0 +1,21 @@
+#pragma once
+
+#include <optional>
+#include <span>
+#include <string>
+
+namespace tidemar {
+
+/// What a start of the program asks for.
+struct CommandLine {
+  bool isLoginLaunch = false;      ///< The desktop started the program at login, not the user.
+  std::optional<std::string> url;  ///< The bytes as they were given.
+
+  friend bool operator==(const CommandLine&, const CommandLine&) = default;
+};
+
+/// Reads the arguments behind the program's name: none, one URL, or "--launched-at-login" alone.
+/// Throws std::invalid_argument with a sentence for any others.
+CommandLine parseCommandLine(std::span<const std::string> arguments);
+
+}  // namespace tidemar

@@ -1,0 +1,169 @@
+#include <filesystem>
+
+#include <gtest/gtest.h>
+
+#include "Platform/Desktop/AutostartEntry.h"
+#include "Platform/Desktop/AutostartLoginItem.h"
+#include "Platform/PlatformError.h"
+#include "support/ScopedEnvironment.h"
+#include "support/TemporaryTree.h"
+
+namespace tidemar {
+namespace {
+
+using namespace testing;
+using Status = LoginItem::Status;
+
+TEST(AutostartEntry, IsReadAsTheDesktopsReadIt) {
+  const std::string whole = AutostartEntry::text(FileURL("/usr/bin/tidemar"));
+  const struct {
+    const char* title;
+    std::string text;
+    Status status;
+  } rows[] = {
+      {"our own", whole, Status::enabled},
+      {"hidden", whole + "Hidden=true\n", Status::requiresApproval},
+      {"not hidden", whole + "Hidden=false\n", Status::enabled},
+      {"switched off in GNOME", whole + "X-GNOME-Autostart-enabled=false\n",
+       Status::requiresApproval},
+      {"switched on in GNOME", whole + "X-GNOME-Autostart-enabled=true\n", Status::enabled},
+      {"switched off in MATE", whole + "X-MATE-Autostart-enabled=false\n",
+       Status::requiresApproval},
+      {"on by one key and off by another", whole + "X-GNOME-Autostart-enabled=true\nHidden=true",
+       Status::requiresApproval},
+      {"blanks around the equals sign", whole + "Hidden \t= true \r\n", Status::requiresApproval},
+      {"nothing but the switch", "[Desktop Entry]\nHidden=true", Status::requiresApproval},
+      {"another value in capitals", whole + "Hidden=True\nX-GNOME-Autostart-enabled=False\n",
+       Status::enabled},
+      {"a key in small letters", whole + "hidden=true\n", Status::enabled},
+      {"a key in a language", whole + "Hidden[de]=true\n", Status::enabled},
+      {"a longer key", whole + "XHidden=true\n", Status::enabled},
+      {"a comment", whole + "#Hidden=true\n # Hidden=true\n", Status::enabled},
+      {"the switch of an action", whole + "[Desktop Action x]\nHidden=true\n", Status::enabled},
+      {"the switch above the group", "Hidden=true\n" + whole, Status::enabled},
+      {"a group of a similar name", "[Desktop Entry X]\nHidden=true\n" + whole, Status::enabled},
+      {"a command of another group", "[Desktop Entry]\n[Desktop Action x]\nExec=x\n", Status::off},
+      {"an empty command", "[Desktop Entry]\nExec=\n", Status::off},
+      {"an empty file", "", Status::off},
+      {"no text at all", std::string("\0\xff\n[\n=\n", 7), Status::off},
+  };
+  for (const auto& row : rows)
+    EXPECT_EQ(AutostartEntry::status(row.text), row.status) << row.title;
+}
+
+TEST(AutostartEntry, NamesTheProgramSoThatItIsFoundAgain) {
+  const struct {
+    const char* path;
+    const char* command;
+  } rows[] = {
+      {"/usr/bin/tidemar", R"(/usr/bin/tidemar)"},
+      {"/o/a b'c/tidemar", R"("/o/a b'c/tidemar")"},
+      {"/o/a\"b`$c/tidemar", R"("/o/a\\"b\\`\\$c/tidemar")"},
+      {R"(/o/a\b/tidemar)", R"("/o/a\\\\b/tidemar")"},
+      {"/o/a\nb\tc/tidemar", R"("/o/a\nb\tc/tidemar")"},
+      {"/o/ä/tidemar", "/o/ä/tidemar"},
+  };
+  for (const auto& row : rows) {
+    const std::string line = std::string("\nExec=") + row.command + " --launched-at-login\n";
+    const std::string text = AutostartEntry::text(FileURL(row.path));
+    EXPECT_NE(text.find(line), text.npos) << row.path << "\n" << text;
+  }
+  for (const char* path : {"/o/a=b/tidemar", "/o/100%/tidemar", "/o/\xff/tidemar", "tidemar", ""})
+    EXPECT_THROW(AutostartEntry::text(FileURL(path)), PlatformError) << path;
+}
+
+class LoginItemTest : public ::testing::Test {
+ protected:
+  /// Whether registering fails with an error of the platform, for the user to read.
+  bool isRegisteringRefused() {
+    try {
+      item.registerItem();
+      return false;
+    } catch (const PlatformError&) {
+      return true;
+    }
+  }
+
+  TemporaryDirectory home;
+  ScopedHome scopedHome{home.url()};
+  FileURL file = home.url(".config/autostart/app.quernly.tidemar.desktop");
+  AutostartLoginItem item{FileURL("/usr/bin/tidemar")};
+};
+
+TEST_F(LoginItemTest, IsThereFromRegisteringToUnregistering) {
+  EXPECT_EQ(item.status(), Status::off);
+  EXPECT_FALSE(exists(home.url(".config"))) << "asking writes nothing";
+  item.unregisterItem();
+  item.registerItem();
+  EXPECT_EQ(item.status(), Status::enabled);
+  EXPECT_EQ(std::distance(std::filesystem::directory_iterator(home.path(".config/autostart")), {}),
+            1)
+      << "nothing is left beside it";
+  item.unregisterItem();
+  EXPECT_EQ(item.status(), Status::off);
+  EXPECT_FALSE(exists(file));
+}
+
+TEST_F(LoginItemTest, WhatTheUserChoseInTheSystemsSettingsStays) {
+  item.registerItem();
+  const std::string text = readFile(file);
+  for (const char* choice : {"Hidden=true\n", "X-GNOME-Autostart-Delay=5\n"}) {
+    writeFile(file, text + choice);
+    item.registerItem();
+    EXPECT_EQ(readFile(file), text + choice);
+  }
+  writeFile(file, text + "Hidden=true\n");
+  EXPECT_EQ(item.status(), Status::requiresApproval);
+  item.unregisterItem();
+  item.registerItem();
+  EXPECT_EQ(item.status(), Status::enabled);
+}
+
+TEST_F(LoginItemTest, WhatNoDesktopWouldStartIsOff) {
+  const std::string autostart = home.path(".config/autostart");
+  std::filesystem::create_directories(autostart);
+  const FileURL elsewhere = home.url("elsewhere.desktop");
+  const struct {
+    const char* title;
+    std::function<void()> make;
+    bool canRegister;
+  } rows[] = {
+      {"a damaged file", [&] { writeFile(file, "no entry"); }, true},
+      {"a link to nothing", [&] { std::filesystem::create_symlink(elsewhere.path(), file.path()); },
+       true},
+      {"a link to a device", [&] { std::filesystem::create_symlink("/dev/null", file.path()); },
+       false},
+      {"a FIFO", [&] { makeTree(FileURL(autostart), "app.quernly.tidemar.desktop |"); }, false},
+      {"a directory with something in it",
+       [&] { std::filesystem::create_directories(file.path() + "/x"); }, false},
+  };
+  for (const auto& row : rows) {
+    std::filesystem::remove_all(file.path());
+    row.make();
+    EXPECT_EQ(item.status(), Status::off) << row.title;
+    EXPECT_EQ(isRegisteringRefused(), !row.canRegister) << row.title;
+    EXPECT_EQ(item.status(), row.canRegister ? Status::enabled : Status::off) << row.title;
+  }
+  EXPECT_THROW(item.unregisterItem(), PlatformError) << "a directory isn't taken away";
+  EXPECT_TRUE(exists(FileURL(file.path() + "/x")));
+}
+
+TEST_F(LoginItemTest, ALinkToAnEntryIsReadAndTakenAwayAlone) {
+  item.registerItem();
+  const FileURL elsewhere = home.url("elsewhere.desktop");
+  std::filesystem::rename(file.path(), elsewhere.path());
+  std::filesystem::create_symlink(elsewhere.path(), file.path());
+  EXPECT_EQ(item.status(), Status::enabled);
+  item.unregisterItem();
+  EXPECT_FALSE(exists(file));
+  EXPECT_TRUE(exists(elsewhere));
+}
+
+TEST_F(LoginItemTest, AConfigurationThatIsNoDirectoryIsToldOf) {
+  writeFile(home.url(".config"), "");
+  EXPECT_EQ(item.status(), Status::off);
+  EXPECT_TRUE(isRegisteringRefused());
+}
+
+}  // namespace
+}  // namespace tidemar
