@@ -36,6 +36,14 @@ std::vector<std::int64_t> integers(const QVariantList& values) {
   return result;
 }
 
+/// When the display server goes, the toolkit calls exit() wherever the main thread stands; a run on
+/// another thread must not be cut off in the middle of an item by that either.
+AppModel* modelAtExit = nullptr;
+
+void stopClearingAtExit() {
+  if (modelAtExit != nullptr) modelAtExit->stopClearing();
+}
+
 }  // namespace
 
 /// The real platform, in the order in which the model needs it.
@@ -52,7 +60,9 @@ struct PlatformServices {
 
 AppDelegate::AppDelegate() : _platform(std::make_unique<PlatformServices>()) {}
 
-AppDelegate::~AppDelegate() = default;
+AppDelegate::~AppDelegate() {
+  modelAtExit = nullptr;
+}
 
 bool AppDelegate::start(const CommandLine& commandLine, int& exitStatus) {
   using Launch = ApplicationInstance::Launch;
@@ -86,6 +96,8 @@ void AppDelegate::finishLaunching() {
                .currentDate = currentDate,
                .currentCalendar = [] { return Calendar(currentTimeZoneIdentifier()); }});
   AppModel* model = _appModel.get();
+  modelAtExit = model;
+  std::atexit(stopClearingAtExit);
   connect(_instance.get(), &ApplicationInstance::opened, model,
           [model](const std::string& url) { model->open(url); });
   connect(_instance.get(), &ApplicationInstance::actionActivated, model,

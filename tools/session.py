@@ -74,6 +74,10 @@ class Session:
         with bus.stdout:
             self.environment["DBUS_SESSION_BUS_ADDRESS"] = bus.stdout.readline().strip()
 
+    def stop_display(self):
+        self._services[0].terminate()
+        self._services[0].wait(20)
+
     # The program.
 
     def start(self, *urls, days_ahead=0, prefix=(), **options):

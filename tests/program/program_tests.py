@@ -188,6 +188,15 @@ class TheEnd(ProgramTest):
                 performed = self.session.rows("SELECT DISTINCT performedAt FROM journalEntry")
                 self.assertEqual(performed, [(self.session.last_run(self.folder),)])
 
+    def test_the_end_of_the_display_cuts_no_item_off(self):
+        program = self.clear_many()
+        self.session.stop_display()
+        program.wait(20)
+        self.assertGreater(len(self.names()), 0, "the run was over before the display went")
+        self.assertEqual(self.journaled(), self.removed())
+        performed = self.session.rows("SELECT DISTINCT performedAt FROM journalEntry")
+        self.assertEqual(performed, [(self.session.last_run(self.folder),)])
+
     def test_a_killed_program_has_journaled_all_but_the_item_in_hand(self):
         program = self.clear_many()
         self.session.stop(program, signal.SIGKILL)
