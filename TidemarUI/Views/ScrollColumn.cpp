@@ -1,0 +1,39 @@
+#include "TidemarUI/Views/ScrollColumn.h"
+
+#include <QScrollBar>
+
+namespace tidemar {
+
+ScrollColumn::ScrollColumn(int maximumWidth, QWidget* parent)
+    : QScrollArea(parent), _column(new QVBoxLayout) {
+  setFrameShape(QFrame::NoFrame);
+  setWidgetResizable(true);
+  setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+  setFocusPolicy(Qt::NoFocus);
+
+  auto* ground = new QWidget;
+  auto* content = new QWidget;
+  content->setMaximumWidth(maximumWidth);
+  content->setLayout(_column);
+  auto* line = new QHBoxLayout(ground);
+  line->setContentsMargins(0, 0, 0, 0);
+  line->addWidget(content);
+  _column->setSpacing(0);
+  setWidget(ground);
+  // The window's own ground shows through.
+  viewport()->setAutoFillBackground(false);
+  ground->setAutoFillBackground(false);
+}
+
+void ScrollColumn::scrollToTop() {
+  verticalScrollBar()->setValue(0);
+}
+
+int ScrollColumn::heightForContent(int width) const {
+  QLayout& layout = *widget()->layout();
+  layout.activate();
+  return layout.hasHeightForWidth() ? layout.totalHeightForWidth(width)
+                                    : layout.totalSizeHint().height();
+}
+
+}  // namespace tidemar
