@@ -7,12 +7,19 @@
 #include <iostream>
 
 #include "Platform/Desktop/ApplicationInstance.h"
+#include "Platform/Desktop/FileViewer.h"
+#include "Platform/Desktop/LoginItemsSettings.h"
 #include "Platform/Desktop/MessageBoxAlerts.h"
 #include "Platform/Desktop/UnavailableServices.h"
+#include "Platform/Desktop/UpdateService.h"
 #include "Platform/Desktop/WakeNotifier.h"
 #include "Platform/Files/DiskFileManager.h"
 #include "Platform/UserDefaults.h"
+#include "Tidemar/MenuBarExtra.h"
 #include "Tidemar/Model/AppModel.h"
+#include "Tidemar/Updates.h"
+#include "Tidemar/WindowCoordinator.h"
+#include "TidemarUI/Views/QuietStyle.h"
 
 namespace tidemar {
 namespace {
@@ -45,6 +52,7 @@ struct PlatformServices {
   UserDefaults standardDefaults = UserDefaults::standard();
   UserDefaults sharedDefaults = UserDefaults::shared();
   WakeNotifier wakeNotifier;
+  UnavailableUpdateService updateService;
 };
 
 AppDelegate::AppDelegate() : _platform(std::make_unique<PlatformServices>()) {}
@@ -65,8 +73,10 @@ bool AppDelegate::start(const std::vector<std::string>& urls, int& exitStatus) {
       return false;
   }
   finishLaunching();
+  makeScreens();
+  _windows->showMain();
   for (const std::string& url : urls)
-    _appModel->open(url);
+    open(url);
   return true;
 }
 
@@ -81,8 +91,6 @@ void AppDelegate::finishLaunching() {
                                                   .currentDate = currentDate,
                                                   .currentCalendar = [] { return Calendar(currentTimeZoneIdentifier()); }});
   AppModel* model = _appModel.get();
-  connect(_instance.get(), &ApplicationInstance::opened, model,
-          [model](const std::string& url) { model->open(url); });
   connect(_instance.get(), &ApplicationInstance::actionActivated, model,
           [model](const std::string& name, const QVariantList& parameters) {
             if (name == "put-back") model->putBack(integers(parameters));
@@ -94,6 +102,32 @@ void AppDelegate::finishLaunching() {
   });
   connect(qApp, &QCoreApplication::aboutToQuit, model, &AppModel::stopClearing);
   model->startSchedule();
+}
+
+void AppDelegate::makeScreens() {
+  adoptQuietStyle();
+  _updates = std::make_unique<Updates>(_platform->updateService);
+  _windows = std::make_unique<WindowCoordinator>(ScreenContext{
+      .model = *_appModel,
+      .updates = *_updates,
+      .defaults = _platform->standardDefaults,
+      .currentDate = currentDate,
+      .currentFormats = currentFormats,
+      .showInFileManager = FileViewer::show,
+      .showExtensionManagement = [this] { _windows->showSetup(); },
+      .openLoginItemsSettings = LoginItemsSettings::open,
+      .quit = &QCoreApplication::quit});
+  _menuBarExtra = std::make_unique<MenuBarExtra>(*_windows);
+  connect(_instance.get(), &ApplicationInstance::activated, _windows.get(),
+          [this] { _windows->showMain(); });
+  connect(_instance.get(), &ApplicationInstance::opened, _windows.get(),
+          [this](const std::string& url) { open(url); });
+  connect(qApp, &QCoreApplication::aboutToQuit, _windows.get(), &WindowCoordinator::storeFrames);
+}
+
+QCoro::Task<void> AppDelegate::open(std::string url) {
+  if (const std::optional<FileURL> folder = co_await _appModel->open(std::move(url)))
+    _windows->showMain(*folder);
 }
 
 }  // namespace tidemar

@@ -31,6 +31,8 @@ class KeyedColumn : public QWidget {
       if (row == nullptr) row = make();
       if (_layout->indexOf(row) != index) {
         _layout->insertWidget(index, row);
+        // At once, so that the column's size counts it already.
+        row->QWidget::show();
         isChanged = true;
       }
       show(*row, value);

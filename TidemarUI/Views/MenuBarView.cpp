@@ -180,11 +180,12 @@ void MenuBarView::setState(const MenuBarState& state) {
   _recentRuns->setRuns(state.recentRuns);
   _recentRuns->setVisible(blocks.hasRecentRuns);
   restoreReadingOrder(*this);
+  _contentHeight = _scroll->measureHeight(contentWidth);
   updateGeometry();
 }
 
 QSize MenuBarView::sizeHint() const {
-  return {contentWidth, _scroll->heightForContent(contentWidth) + _footer->sizeHint().height()};
+  return {contentWidth, _contentHeight + _footer->sizeHint().height()};
 }
 
 void MenuBarView::keyPressEvent(QKeyEvent* event) {

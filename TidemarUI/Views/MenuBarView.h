@@ -31,7 +31,7 @@ class MenuBarView : public QWidget {
 
   void setState(const MenuBarState& state);
 
-  /// Its own width, and the height at which nothing scrolls.
+  /// Its own width, and the height at which nothing of the state scrolls.
   QSize sizeHint() const override;
 
  protected:
@@ -54,6 +54,7 @@ class MenuBarView : public QWidget {
   KeyedColumn<std::int64_t, FolderRow>* _folders;
   RecentRunList* _recentRuns;
   QWidget* _footer;
+  int _contentHeight = 0;
 };
 
 }  // namespace tidemar

@@ -11,6 +11,8 @@ namespace tidemar {
 MenuRow::MenuRow(QWidget* parent) : QPushButton(parent) {
   setAttribute(Qt::WA_Hover);
   setAutoDefault(false);
+  // A click acts and leaves nothing behind; a row that has the focus was reached by the keyboard.
+  setFocusPolicy(Qt::TabFocus);
   setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
 }
 
@@ -43,7 +45,7 @@ void MenuRow::paintEvent(QPaintEvent*) {
   } else if (underMouse() || hasFocus()) {
     look.highlight = RowHighlight::highlighted;
   }
-  look.hasFocusRing = hasFocus() && window()->testAttribute(Qt::WA_KeyboardFocusChange);
+  look.hasFocusRing = hasFocus();
   paintRow(painter, rect(), _content, look, *this);
 }
 

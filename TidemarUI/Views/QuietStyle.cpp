@@ -7,6 +7,7 @@
 #include <QStyleOption>
 #include <algorithm>
 
+#include "TidemarUI/Views/Icons.h"
 #include "TidemarUI/Views/Style.h"
 
 namespace tidemar {
@@ -16,6 +17,8 @@ constexpr double controlCorner = 7;
 constexpr int controlHeight = 28;
 constexpr int stepperWidth = 22;
 constexpr int scrollBarExtent = 10;
+constexpr int pickerPadding = 10;
+constexpr int pickerArrowWidth = 26;
 
 bool hasKeyboardFocus(const QStyleOption& option) {
   return option.state.testFlag(QStyle::State_HasFocus) &&
@@ -269,6 +272,15 @@ QRect QuietStyle::subControlRect(ComplexControl control, const QStyleOptionCompl
     if (const auto* spinBox = qstyleoption_cast<const QStyleOptionSpinBox*>(option))
       return numberFieldRect(*spinBox, subControl);
   }
+  if (control == CC_ComboBox && subControl == SC_ComboBoxEditField) {
+    const QRect text = option->rect.adjusted(pickerPadding, 0, -pickerArrowWidth, 0);
+    return visualRect(option->direction, option->rect, text);
+  }
+  if (control == CC_ComboBox && subControl == SC_ComboBoxArrow) {
+    const QRect arrow(option->rect.right() - pickerArrowWidth, option->rect.top(), pickerArrowWidth,
+                      option->rect.height());
+    return visualRect(option->direction, option->rect, arrow);
+  }
   return QProxyStyle::subControlRect(control, option, subControl, widget);
 }
 
@@ -288,6 +300,21 @@ QSize QuietStyle::sizeFromContents(ContentsType type, const QStyleOption* option
   }
 }
 
+QIcon QuietStyle::standardIcon(StandardPixmap pixmap, const QStyleOption* option,
+                               const QWidget* widget) const {
+  // A message is the application speaking; how grave it is, its words say.
+  if (pixmap == SP_MessageBoxWarning || pixmap == SP_MessageBoxCritical)
+    return icons::application();
+  return QProxyStyle::standardIcon(pixmap, option, widget);
+}
+
+void QuietStyle::polish(QWidget* widget) {
+  QProxyStyle::polish(widget);
+  // The toolkit's name for a message's first line.
+  if (widget->objectName() == QStringLiteral("qt_msgbox_label"))
+    widget->setFont(style::font(style::TextSize::sectionHeadline, QFont::DemiBold));
+}
+
 int QuietStyle::pixelMetric(PixelMetric metric, const QStyleOption* option,
                             const QWidget* widget) const {
   switch (metric) {
@@ -296,6 +323,8 @@ int QuietStyle::pixelMetric(PixelMetric metric, const QStyleOption* option,
       return 4 * style::grid;
     case PM_CheckBoxLabelSpacing:
       return 10;
+    case PM_MessageBoxIconSize:
+      return 12 * style::grid;
     case PM_ScrollBarExtent:
       return scrollBarExtent;
     case PM_ButtonShiftHorizontal:

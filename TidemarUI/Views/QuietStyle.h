@@ -20,6 +20,10 @@ class QuietStyle : public QProxyStyle {
                        SubControl subControl, const QWidget* widget) const override;
   QSize sizeFromContents(ContentsType type, const QStyleOption* option, const QSize& size,
                          const QWidget* widget) const override;
+  QIcon standardIcon(StandardPixmap pixmap, const QStyleOption* option,
+                     const QWidget* widget) const override;
+  void polish(QWidget* widget) override;
+  using QProxyStyle::polish;
   int pixelMetric(PixelMetric metric, const QStyleOption* option,
                   const QWidget* widget) const override;
 };

@@ -29,9 +29,11 @@ void ScrollColumn::scrollToTop() {
   verticalScrollBar()->setValue(0);
 }
 
-int ScrollColumn::heightForContent(int width) const {
-  QLayout& layout = *widget()->layout();
-  layout.activate();
+int ScrollColumn::measureHeight(int width) const {
+  // A layout learns of a change below it only by events, and while it is hidden not even then.
+  for (QLayout* layout : widget()->findChildren<QLayout*>())
+    layout->invalidate();
+  const QLayout& layout = *widget()->layout();
   return layout.hasHeightForWidth() ? layout.totalHeightForWidth(width)
                                     : layout.totalSizeHint().height();
 }

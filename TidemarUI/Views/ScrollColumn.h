@@ -15,8 +15,8 @@ class ScrollColumn : public QScrollArea {
   QVBoxLayout& column() noexcept { return *_column; }
   void scrollToTop();
 
-  /// The height at which nothing scrolls.
-  int heightForContent(int width) const;
+  /// The height at which nothing scrolls, by what stands in the column now.
+  int measureHeight(int width) const;
 
  private:
   QVBoxLayout* _column;

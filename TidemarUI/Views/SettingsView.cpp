@@ -62,6 +62,7 @@ SettingsView::SettingsView(QWidget* parent)
   column->setSpacing(4 * style::grid);
   column->addWidget(preferences);
   column->addWidget(setup);
+  column->addStretch();
 
   _openAtLogin->onToggle = [this](bool isOn) {
     if (onToggleOpenAtLogin) onToggleOpenAtLogin(isOn);

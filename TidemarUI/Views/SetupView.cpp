@@ -139,6 +139,7 @@ SetupView::SetupView(QWidget* parent) : QWidget(parent) {
     step->onAccept = [this](SetupOffer offer) { accept(offer); };
     column->addWidget(step);
   }
+  column->addStretch();
   setState({});
 }
 

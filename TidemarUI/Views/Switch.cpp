@@ -66,7 +66,8 @@ void Switch::followState(bool isOn) {
 void Switch::paintEvent(QPaintEvent*) {
   QPainter painter(this);
   painter.setRenderHint(QPainter::Antialiasing);
-  if (!isEnabled()) painter.setOpacity(style::disabledOpacity);
+  // Less faded than other controls: what it stands on has to be seen.
+  if (!isEnabled()) painter.setOpacity(0.6);
 
   const QRectF track(ringMargin, (height() - trackHeight) / 2.0, trackWidth, trackHeight);
   constexpr double radius = trackHeight / 2.0;
@@ -88,8 +89,8 @@ void Switch::paintEvent(QPaintEvent*) {
   const QRectF knob(track.left() + knobInset + way * travel, track.top() + knobInset,
                     trackHeight - 2 * knobInset, trackHeight - 2 * knobInset);
   painter.setPen(Qt::NoPen);
-  painter.setBrush(QColor(0, 0, 0, 40));
-  painter.drawEllipse(knob.translated(0, 1));
+  painter.setBrush(QColor(0, 0, 0, 60));
+  painter.drawEllipse(knob.adjusted(-0.5, 0, 0.5, 1));
   painter.setBrush(Qt::white);
   painter.drawEllipse(knob);
 }
