@@ -7,6 +7,7 @@
 #include <QDir>
 #include <QMessageBox>
 #include <QLabel>
+#include <QLayout>
 #include <functional>
 #include <memory>
 
@@ -133,6 +134,10 @@ std::vector<JournalEntry> someJournal() {
   return journal;
 }
 
+QSize fitting(const QWidget& view) {
+  return {view.width(), view.layout()->totalHeightForWidth(view.width())};
+}
+
 class Painter {
  public:
   explicit Painter(QString directory) : _directory(std::move(directory)) {}
@@ -194,17 +199,17 @@ void drawScreens(Painter& painter) {
   SettingsView settings;
   settings.setState(
       {.openAtLogin = true, .openAtLoginRequiresApproval = true, .showInMenuBar = false});
-  painter.draw(QStringLiteral("settings-approval"), settings, settings.sizeHint());
+  painter.draw(QStringLiteral("settings-approval"), settings, fitting(settings));
   settings.setState({.openAtLogin = true});
-  painter.draw(QStringLiteral("settings"), settings, settings.sizeHint());
+  painter.draw(QStringLiteral("settings"), settings, fitting(settings));
   SetupView setup;
-  painter.draw(QStringLiteral("setup-nothing-done"), setup, setup.sizeHint());
+  painter.draw(QStringLiteral("setup-nothing-done"), setup, fitting(setup));
   setup.setState(
       {.isExtensionEnabled = true, .isOpenAtLogin = true, .isOpenAtLoginRequiresApproval = true});
-  painter.draw(QStringLiteral("setup-approval"), setup, setup.sizeHint());
+  painter.draw(QStringLiteral("setup-approval"), setup, fitting(setup));
   setup.setState(
       {.isExtensionEnabled = true, .isOpenAtLogin = true, .isNotificationsEnabled = true});
-  painter.draw(QStringLiteral("setup-done"), setup, setup.sizeHint());
+  painter.draw(QStringLiteral("setup-done"), setup, fitting(setup));
 }
 
 void drawConfirmation(Painter& painter) {

@@ -76,7 +76,7 @@ MenuBarView::MenuBarView(QWidget* parent)
   _footer = makeFooter();
 
   QVBoxLayout& column = _scroll->column();
-  column.setContentsMargins(side, 3 * style::grid, side, style::grid);
+  column.setContentsMargins(side, 3 * style::grid, side, 2 * style::grid);
   column.setSpacing(3 * style::grid);
   column.addWidget(_warning);
   auto* headlines = new QVBoxLayout;

@@ -1,5 +1,6 @@
 #include "TidemarUI/Views/QuietStyle.h"
 
+#include <QAbstractSpinBox>
 #include <QApplication>
 #include <QPainter>
 #include <QPainterPath>
@@ -202,6 +203,12 @@ void QuietStyle::drawPrimitive(PrimitiveElement element, const QStyleOption* opt
     case PE_IndicatorCheckBox:
       drawCheckBox(*painter, *option);
       break;
+    case PE_PanelLineEdit:
+      // Within a number field the ground is the field's.
+      if (widget != nullptr && qobject_cast<QAbstractSpinBox*>(widget->parentWidget())) break;
+      painter->setOpacity(1);
+      QProxyStyle::drawPrimitive(element, option, painter, widget);
+      break;
     case PE_FrameFocusRect:
       // The controls that are drawn here show the focus by themselves.
       break;
@@ -255,6 +262,16 @@ void QuietStyle::drawComplexControl(ComplexControl control, const QStyleOptionCo
       if (const auto* slider = qstyleoption_cast<const QStyleOptionSlider*>(option))
         drawScrollBar(*painter, *slider, *this);
       break;
+    case CC_ToolButton:
+      painter->setOpacity(1);
+      if (const auto* button = qstyleoption_cast<const QStyleOptionToolButton*>(option)) {
+        // That a button opens a menu its picture says.
+        QStyleOptionToolButton plain(*button);
+        plain.features &= ~QStyleOptionToolButton::ToolButtonFeatures(
+            QStyleOptionToolButton::HasMenu | QStyleOptionToolButton::MenuButtonPopup);
+        QProxyStyle::drawComplexControl(control, &plain, painter, widget);
+      }
+      break;
     default:
       painter->setOpacity(1);
       QProxyStyle::drawComplexControl(control, option, painter, widget);
@@ -292,7 +309,7 @@ QSize QuietStyle::sizeFromContents(ContentsType type, const QStyleOption* option
     case CT_PushButton:
       return {size.width() + 6 * style::grid, height};
     case CT_ComboBox:
-      return {usual.width() + 2 * style::grid, height};
+      return {size.width() + pickerPadding + pickerArrowWidth + style::grid, height};
     case CT_SpinBox:
       return {usual.width(), height};
     default:

@@ -1,6 +1,7 @@
 #include "TidemarUI/Views/ScrollColumn.h"
 
 #include <QScrollBar>
+#include <algorithm>
 
 namespace tidemar {
 
@@ -31,11 +32,14 @@ void ScrollColumn::scrollToTop() {
 
 int ScrollColumn::measureHeight(int width) const {
   // A layout learns of a change below it only by events, and while it is hidden not even then.
-  for (QLayout* layout : widget()->findChildren<QLayout*>())
-    layout->invalidate();
+  for (QWidget* inner : widget()->findChildren<QWidget*>()) {
+    if (inner->layout() != nullptr) inner->layout()->invalidate();
+    inner->updateGeometry();
+  }
   const QLayout& layout = *widget()->layout();
-  return layout.hasHeightForWidth() ? layout.totalHeightForWidth(width)
-                                    : layout.totalSizeHint().height();
+  const int preferred = layout.hasHeightForWidth() ? layout.totalHeightForWidth(width)
+                                                   : layout.totalSizeHint().height();
+  return std::max(preferred, layout.totalMinimumSize().height());
 }
 
 }  // namespace tidemar

@@ -13,7 +13,7 @@ TextLabel::TextLabel(style::TextSize size, QFont::Weight weight, Tone tone, Over
   setFont(style::font(size, weight));
   if (overflow == Overflow::wrap) {
     setWordWrap(true);
-    QSizePolicy policy(QSizePolicy::Preferred, QSizePolicy::Minimum);
+    QSizePolicy policy(QSizePolicy::Preferred, QSizePolicy::Preferred);
     policy.setHeightForWidth(true);
     setSizePolicy(policy);
   } else {
