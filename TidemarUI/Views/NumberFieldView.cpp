@@ -35,8 +35,8 @@ void NumberFieldView::show(const NumberField& field) {
 void NumberFieldView::finishEdit() {
   _stepPause.stop();
   if (!_isEdited) return;
-  _isEdited = false;
   const std::int64_t value = editedValue();
+  _isEdited = false;
   showValue(value);
   if (onChange) onChange(value);
 }

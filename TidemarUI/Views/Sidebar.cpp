@@ -103,6 +103,12 @@ void Sidebar::currentChanged(const QModelIndex& current, const QModelIndex& prev
   if (const auto selection = _model.row(current).selection) onSelect(*selection);
 }
 
+void Sidebar::focusInEvent(QFocusEvent* event) {
+  // A list without a current row takes its first one when the focus comes, which nobody chose.
+  const QScopedValueRollback following(_isFollowing, true);
+  QListView::focusInEvent(event);
+}
+
 void Sidebar::contextMenuEvent(QContextMenuEvent* event) {
   const bool isByKeyboard = event->reason() == QContextMenuEvent::Keyboard;
   const QModelIndex index =
