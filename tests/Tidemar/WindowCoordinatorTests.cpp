@@ -1,6 +1,7 @@
 #include <QApplication>
 #include <QCloseEvent>
 #include <QMenu>
+#include <QThreadPool>
 
 #include <gtest/gtest.h>
 
@@ -23,12 +24,21 @@ struct HandedUpdateService : UpdateService {
 class WindowCoordinatorTest : public ::testing::Test {
  protected:
   WindowCoordinatorTest() {
-    world.disk.makeDirectory("/home/ada/Downloads");
-    world.disk.makeDirectory("/home/ada/Scratch");
+    // The disk in memory serves one thread at a time.
+    QThreadPool::globalInstance()->setMaxThreadCount(1);
+    world.disk.draw("/home/ada/Downloads/");
+    world.disk.draw("/home/ada/Scratch/");
     first = world.makeTemporary("/home/ada/Downloads");
     second = world.makeTemporary("/home/ada/Scratch");
     QObject::connect(world.model.get(), &AppModel::isRunningChanged,
                      [this] { cycles += world.model->isRunning() ? 1 : 0; });
+  }
+
+  ~WindowCoordinatorTest() override {
+    waitForCycle();
+    QThreadPool::globalInstance()->waitForDone();
+    QApplication::processEvents();
+    QThreadPool::globalInstance()->setMaxThreadCount(QThread::idealThreadCount());
   }
 
   ScreenContext context() {
@@ -139,7 +149,7 @@ TEST_F(WindowCoordinatorTest, AFailedAddLeavesTheSelection) {
   QCoro::waitFor(container->addFolder(FileURL("/home/ada/Nowhere")));
   EXPECT_EQ(world.alerts.told.size(), 1U);
   EXPECT_EQ(windows.mainWindowState().selection(), MainSelection::folder(first));
-  world.disk.makeDirectory("/home/ada/New");
+  world.disk.draw("/home/ada/New/");
   QCoro::waitFor(container->addFolder(FileURL("/home/ada/New")));
   EXPECT_NE(windows.mainWindowState().selection(), MainSelection::folder(first));
   waitForCycle();
@@ -156,9 +166,7 @@ TEST_F(WindowCoordinatorTest, AnEditOnTopOfOneThatIsBeingWrittenLosesNeither) {
   mainView().onChangeSettings(first, restarting);
   TemporarySettings both = aged;
   both.emptyOnRestart = true;
-  const auto stored = [this] {
-    return world.model->reportForFolderAt(FileURL("/home/ada/Downloads"))->folder.settings;
-  };
+  const auto stored = [this] { return world.model->reports().front().folder.settings; };
   for (int turn = 0; turn < 100 && stored() != both; ++turn)
     QApplication::processEvents(QEventLoop::WaitForMoreEvents);
   EXPECT_EQ(stored(), both);
