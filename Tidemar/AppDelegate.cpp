@@ -10,12 +10,19 @@
 #include "Platform/Desktop/ApplicationInstance.h"
 #include "Platform/Desktop/AutostartLoginItem.h"
 #include "Platform/Desktop/DesktopNotificationCenter.h"
+#include "Platform/Desktop/FileViewer.h"
+#include "Platform/Desktop/LoginItemsSettings.h"
 #include "Platform/Desktop/ModalAlerts.h"
 #include "Platform/Desktop/UnavailableFinderExtension.h"
+#include "Platform/Desktop/UpdateService.h"
 #include "Platform/Desktop/WakeNotifier.h"
 #include "Platform/Files/DiskFileManager.h"
 #include "Platform/UserDefaults.h"
+#include "Tidemar/MenuBarExtra.h"
 #include "Tidemar/Model/AppModel.h"
+#include "Tidemar/Updates.h"
+#include "Tidemar/WindowCoordinator.h"
+#include "TidemarUI/Views/QuietStyle.h"
 
 namespace tidemar {
 namespace {
@@ -56,6 +63,7 @@ struct PlatformServices {
   UserDefaults standardDefaults = UserDefaults::standard();
   UserDefaults sharedDefaults = UserDefaults::shared();
   WakeNotifier wakeNotifier;
+  UnavailableUpdateService updateService;
 };
 
 AppDelegate::AppDelegate() : _platform(std::make_unique<PlatformServices>()) {}
@@ -80,7 +88,9 @@ bool AppDelegate::start(const CommandLine& commandLine, int& exitStatus) {
       return false;
   }
   finishLaunching();
-  if (commandLine.url) _appModel->open(*commandLine.url);
+  makeScreens();
+  if (!commandLine.isLoginLaunch) _windows->showMain();
+  if (commandLine.url) open(*commandLine.url);
   return true;
 }
 
@@ -98,8 +108,6 @@ void AppDelegate::finishLaunching() {
   AppModel* model = _appModel.get();
   modelAtExit = model;
   std::atexit(stopClearingAtExit);
-  connect(_instance.get(), &ApplicationInstance::opened, model,
-          [model](const std::string& url) { model->open(url); });
   connect(_instance.get(), &ApplicationInstance::actionActivated, model,
           [model](const std::string& name, const QVariantList& parameters) {
             if (name == "put-back") model->putBack(integers(parameters));
@@ -111,6 +119,32 @@ void AppDelegate::finishLaunching() {
   });
   connect(qApp, &QCoreApplication::aboutToQuit, model, &AppModel::stopClearing);
   model->startSchedule();
+}
+
+void AppDelegate::makeScreens() {
+  adoptQuietStyle();
+  _updates = std::make_unique<Updates>(_platform->updateService);
+  _windows = std::make_unique<WindowCoordinator>(ScreenContext{
+      .model = *_appModel,
+      .updates = *_updates,
+      .defaults = _platform->standardDefaults,
+      .currentDate = currentDate,
+      .currentFormats = currentFormats,
+      .showInFileManager = FileViewer::show,
+      .showExtensionManagement = [this] { _windows->showSetup(); },
+      .openLoginItemsSettings = LoginItemsSettings::open,
+      .quit = &QCoreApplication::quit});
+  _menuBarExtra = std::make_unique<MenuBarExtra>(*_windows);
+  connect(_instance.get(), &ApplicationInstance::activated, _windows.get(),
+          [this] { _windows->showMain(); });
+  connect(_instance.get(), &ApplicationInstance::opened, _windows.get(),
+          [this](const std::string& url) { open(url); });
+  connect(qApp, &QCoreApplication::aboutToQuit, _windows.get(), &WindowCoordinator::storeFrames);
+}
+
+QCoro::Task<void> AppDelegate::open(std::string url) {
+  if (const std::optional<FileURL> folder = co_await _appModel->open(std::move(url)))
+    _windows->showMain(*folder);
 }
 
 }  // namespace tidemar

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QCoroTask>
 #include <QObject>
 #include <memory>
 
@@ -9,6 +10,9 @@ namespace tidemar {
 
 class ApplicationInstance;
 class AppModel;
+class MenuBarExtra;
+class Updates;
+class WindowCoordinator;
 struct PlatformServices;
 
 /// Starts the application, owns its one model and hands it what comes in from the desktop. Main
@@ -25,10 +29,15 @@ class AppDelegate : public QObject {
 
  private:
   void finishLaunching();
+  void makeScreens();
+  QCoro::Task<void> open(std::string url);
 
   std::unique_ptr<PlatformServices> _platform;
   std::unique_ptr<ApplicationInstance> _instance;
   std::unique_ptr<AppModel> _appModel;
+  std::unique_ptr<Updates> _updates;
+  std::unique_ptr<WindowCoordinator> _windows;
+  std::unique_ptr<MenuBarExtra> _menuBarExtra;
 };
 
 }  // namespace tidemar

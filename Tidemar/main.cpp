@@ -34,7 +34,6 @@ int main(int argc, char** argv) {
   QApplication::setAttribute(Qt::AA_DisableSessionManager);
   QApplication application(argc, argv);
   QApplication::setApplicationName(QStringLiteral("tidemar"));
-  QApplication::setApplicationDisplayName(QStringLiteral("Tidemar"));
   QApplication::setDesktopFileName(QStringLiteral("app.quernly.tidemar"));
   QApplication::setQuitOnLastWindowClosed(false);
   QObject::connect(&terminationSignals, &tidemar::TerminationSignals::received, &application,

@@ -28,6 +28,7 @@ inline constexpr std::string_view addAFolder = "Add a folder";
 inline constexpr std::string_view overviewInvitation =
     "Add a folder with + or right-click one in Finder and choose Tidemar: Make Temporary…";
 inline constexpr std::string_view addPrompt = "Add";
+inline constexpr std::string_view menu = "Menu";
 
 // A folder's detail screen
 inline constexpr std::string_view temporary = "Temporary";

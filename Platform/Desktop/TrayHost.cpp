@@ -1,0 +1,100 @@
+#include "Platform/Desktop/TrayHost.h"
+
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QDBusPendingCallWatcher>
+#include <QDBusPendingReply>
+#include <QDBusServiceWatcher>
+#include <QDBusVariant>
+#include <QGuiApplication>
+#include <cstdlib>
+#include <memory>
+#include <string_view>
+
+#include <xcb/xcb.h>
+
+namespace tidemar {
+namespace {
+
+const QString watcherService = QStringLiteral("org.kde.StatusNotifierWatcher");
+const QString watcherPath = QStringLiteral("/StatusNotifierWatcher");
+
+xcb_connection_t* x11Connection() {
+  const auto* x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
+  return x11 == nullptr ? nullptr : x11->connection();
+}
+
+template <class Reply>
+using OwnedReply = std::unique_ptr<Reply, decltype(&std::free)>;
+
+xcb_atom_t atom(xcb_connection_t* connection, std::string_view name) {
+  const auto cookie =
+      xcb_intern_atom(connection, 0, static_cast<std::uint16_t>(name.size()), name.data());
+  const OwnedReply<xcb_intern_atom_reply_t> reply(
+      xcb_intern_atom_reply(connection, cookie, nullptr), &std::free);
+  return reply ? reply->atom : xcb_atom_t{XCB_ATOM_NONE};
+}
+
+bool hasEmbeddingTray() {
+  xcb_connection_t* connection = x11Connection();
+  if (connection == nullptr) return false;
+  const auto cookie = xcb_get_selection_owner(connection, atom(connection, "_NET_SYSTEM_TRAY_S0"));
+  const OwnedReply<xcb_get_selection_owner_reply_t> reply(
+      xcb_get_selection_owner_reply(connection, cookie, nullptr), &std::free);
+  return reply && reply->owner != XCB_WINDOW_NONE;
+}
+
+}  // namespace
+
+TrayHost::TrayHost(QObject* parent) : QObject(parent) {
+  QDBusConnection bus = QDBusConnection::sessionBus();
+  auto* watcher =
+      new QDBusServiceWatcher(watcherService, bus, QDBusServiceWatcher::WatchForRegistration, this);
+  connect(watcher, &QDBusServiceWatcher::serviceRegistered, this, &TrayHost::askForNotifierHost);
+  bus.connect(watcherService, watcherPath, watcherService,
+              QStringLiteral("StatusNotifierHostRegistered"), this, SLOT(askForNotifierHost()));
+  qGuiApp->installNativeEventFilter(this);
+  if (hasEmbeddingTray()) {
+    becomeAvailable();
+  } else {
+    askForNotifierHost();
+  }
+}
+
+TrayHost::~TrayHost() {
+  qGuiApp->removeNativeEventFilter(this);
+}
+
+void TrayHost::askForNotifierHost() {
+  if (_isAvailable) return;
+  QDBusMessage call = QDBusMessage::createMethodCall(
+      watcherService, watcherPath, QStringLiteral("org.freedesktop.DBus.Properties"),
+      QStringLiteral("Get"));
+  call.setAutoStartService(false);
+  call << watcherService << QStringLiteral("IsStatusNotifierHostRegistered");
+  auto* pending = new QDBusPendingCallWatcher(QDBusConnection::sessionBus().asyncCall(call), this);
+  connect(pending, &QDBusPendingCallWatcher::finished, this, [this, pending] {
+    const QDBusPendingReply<QDBusVariant> reply = *pending;
+    if (reply.isValid() && reply.value().variant().toBool()) becomeAvailable();
+    pending->deleteLater();
+  });
+}
+
+bool TrayHost::nativeEventFilter(const QByteArray& type, void* message, qintptr*) {
+  if (_isAvailable || type != "xcb_generic_event_t") return false;
+  const auto* event = static_cast<const xcb_generic_event_t*>(message);
+  // A tray that comes up announces itself to all clients.
+  if ((event->response_type & 0x7F) != XCB_CLIENT_MESSAGE) return false;
+  const auto* announcement = reinterpret_cast<const xcb_client_message_event_t*>(event);
+  if (announcement->type == atom(x11Connection(), "MANAGER") && hasEmbeddingTray())
+    becomeAvailable();
+  return false;
+}
+
+void TrayHost::becomeAvailable() {
+  if (_isAvailable) return;
+  _isAvailable = true;
+  emit becameAvailable();
+}
+
+}  // namespace tidemar

@@ -1,0 +1,91 @@
+#include "Tidemar/MainContainerView.h"
+
+#include <QFileDialog>
+#include <QVBoxLayout>
+#include <algorithm>
+
+#include "TidemarUI/State/Labels.h"
+#include "TidemarUI/State/SystemBin.h"
+#include "TidemarUI/Views/MainView.h"
+#include "TidemarUI/Views/TextLabel.h"
+
+namespace tidemar {
+
+MainContainerView::MainContainerView(const ScreenContext& context, MainWindowState& windowState,
+                                     SettingsWriter& settingsWriter)
+    : _context(context),
+      _windowState(windowState),
+      _settingsWriter(settingsWriter),
+      _view(new MainView(context.currentFormats(), SystemBin::name())),
+      _observer(context.model, [this] { refresh(); }) {
+  auto* column = new QVBoxLayout(this);
+  column->setContentsMargins(0, 0, 0, 0);
+  column->addWidget(_view);
+  connectClosures();
+  connect(&windowState, &MainWindowState::selectionChanged, this,
+          &MainContainerView::selectionChanged);
+  refresh();
+  _view->setSelection(windowState.selection());
+}
+
+void MainContainerView::connectClosures() {
+  _view->onSelect = [this](const auto& selection) { _windowState.select(selection); };
+  _view->onAddFolder = [this] { chooseFolder(); };
+  _view->onRemoveFolder = [this](std::int64_t id) { removeFolder(id); };
+  _view->onSetTemporary = [this](std::int64_t id, bool isTemporary) {
+    if (const FolderReport* found = report(id))
+      _context.model.setTemporary(found->folder, isTemporary);
+  };
+  _view->onChangeSettings = [this](std::int64_t id, const TemporarySettings& settings) {
+    if (const FolderReport* found = report(id)) _settingsWriter.write(found->folder, settings);
+  };
+  _view->onPutBack = [this](const RecentRun& run) { _context.model.putBack(run.journalEntryIDs); };
+  _view->onShowInFinder = _context.showInFileManager;
+}
+
+void MainContainerView::refresh() {
+  const AppModel& model = _context.model;
+  _view->setState(mainState(model.reports(), model.journal(), model.freeSpace(),
+                            model.isFinderExtensionOff(), _context.currentDate(),
+                            _context.currentFormats(), SystemBin::name()));
+}
+
+void MainContainerView::chooseFolder() {
+  QFileDialog panel(window(), textOf(labels::addAFolder));
+  panel.setFileMode(QFileDialog::Directory);
+  panel.setOption(QFileDialog::ShowDirsOnly);
+  panel.setLabelText(QFileDialog::Accept, textOf(labels::addPrompt));
+  if (panel.exec() != QDialog::Accepted || panel.selectedFiles().isEmpty()) return;
+  addFolder(FileURL(panel.selectedFiles().constFirst().toStdString()));
+}
+
+QCoro::Task<void> MainContainerView::addFolder(FileURL url) {
+  // The window may be closed before the answer; what it needs after that outlives it.
+  MainWindowState& windowState = _windowState;
+  const std::optional<Folder> folder = co_await _context.model.addFolder(url);
+  if (folder && folder->id) windowState.select(MainSelection::folder(*folder->id));
+}
+
+void MainContainerView::removeFolder(std::int64_t id) {
+  const FolderReport* found = report(id);
+  if (found == nullptr) return;
+  const Folder folder = found->folder;
+  if (_windowState.selection() == MainSelection::folder(id))
+    _windowState.select(MainSelection::overview());
+  _context.model.removeFolder(folder);
+}
+
+void MainContainerView::selectionChanged(const MainWindowState::Selection& before) {
+  // Shown first, so that an edit that ends with it is on its way before the cycle.
+  _view->setSelection(_windowState.selection());
+  if (before && before->folderID) _context.model.runBackgroundCycle();
+}
+
+const FolderReport* MainContainerView::report(std::int64_t id) const {
+  const auto& reports = _context.model.reports();
+  const auto found =
+      std::ranges::find(reports, id, [](const FolderReport& report) { return report.folder.id; });
+  return found == reports.end() ? nullptr : &*found;
+}
+
+}  // namespace tidemar

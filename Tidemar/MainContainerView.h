@@ -1,0 +1,42 @@
+#pragma once
+
+#include <QWidget>
+
+#include "Tidemar/MainWindowState.h"
+#include "Tidemar/ModelObserver.h"
+#include "Tidemar/ScreenContext.h"
+#include "Tidemar/SettingsWriter.h"
+
+namespace tidemar {
+
+class MainView;
+
+/// The main window's content over the model. Leaving a folder's page starts a cycle, so that a
+/// change of its rules takes effect. Main thread.
+class MainContainerView : public QWidget {
+  Q_OBJECT
+ public:
+  MainContainerView(const ScreenContext& context, MainWindowState& windowState,
+                    SettingsWriter& settingsWriter);
+
+  MainView& view() noexcept { return *_view; }
+
+  /// Makes a folder known and selects it.
+  QCoro::Task<void> addFolder(FileURL url);
+
+ private:
+  void connectClosures();
+  void refresh();
+  void chooseFolder();
+  void removeFolder(std::int64_t id);
+  void selectionChanged(const MainWindowState::Selection& before);
+  const FolderReport* report(std::int64_t id) const;
+
+  const ScreenContext& _context;
+  MainWindowState& _windowState;
+  SettingsWriter& _settingsWriter;
+  MainView* _view;
+  ModelObserver _observer;
+};
+
+}  // namespace tidemar

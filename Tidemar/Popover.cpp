@@ -1,0 +1,143 @@
+#include "Tidemar/Popover.h"
+
+#include <QCursor>
+#include <QGuiApplication>
+#include <QKeyEvent>
+#include <QPainter>
+#include <QScreen>
+#include <QShortcut>
+#include <QVBoxLayout>
+#include <algorithm>
+
+#include "Tidemar/WindowCoordinator.h"
+#include "TidemarUI/State/Labels.h"
+#include "TidemarUI/State/SystemBin.h"
+#include "TidemarUI/Views/MenuBarView.h"
+#include "TidemarUI/Views/Style.h"
+#include "TidemarUI/Views/TextLabel.h"
+
+namespace tidemar {
+namespace {
+
+/// A click on the icon takes the focus away from the popover before it is told as a click. What
+/// closed less than this many milliseconds ago was closed by that click.
+constexpr qint64 sameClick = 300;
+
+constexpr int screenMargin = 2 * style::grid;
+
+bool canBePlaced() {
+  return !QGuiApplication::platformName().startsWith(QStringLiteral("wayland"));
+}
+
+}  // namespace
+
+QRect popoverFrame(const QRect& icon, const QSize& size, const QRect& available) {
+  const QRect room = available.adjusted(screenMargin, screenMargin, -screenMargin, -screenMargin);
+  QRect frame({}, size.boundedTo(room.size()));
+  const int x = icon.center().x() - frame.width() / 2;
+  // A panel at the top has the popover under it, one at the bottom over it.
+  const bool isInUpperHalf = icon.center().y() < available.center().y();
+  const int y =
+      isInUpperHalf ? icon.bottom() + 1 + style::grid : icon.top() - style::grid - frame.height();
+  frame.moveTo(std::clamp(x, room.left(), room.right() + 1 - frame.width()),
+               std::clamp(y, room.top(), room.bottom() + 1 - frame.height()));
+  return frame;
+}
+
+Popover::Popover(WindowCoordinator& windows)
+    : QWidget(nullptr, canBePlaced() ? Qt::Tool | Qt::FramelessWindowHint : Qt::Window),
+      _windows(windows),
+      _view(new MenuBarView),
+      _observer(windows.context().model, [this] { refresh(); }) {
+  setWindowTitle(textOf(labels::tidemar));
+  auto* column = new QVBoxLayout(this);
+  column->setContentsMargins(1, 1, 1, 1);
+  column->addWidget(_view);
+  auto* quit = new QShortcut(QKeySequence(Qt::CTRL | Qt::Key_Q), this);
+  connect(quit, &QShortcut::activated, this, [this] { _view->onQuit(); });
+  connectClosures();
+}
+
+void Popover::connectClosures() {
+  const ScreenContext& context = _windows.context();
+  _view->onTurnOnFinderExtension = [this, &context] {
+    hide();
+    context.showExtensionManagement();
+  };
+  _view->onSelectFolder = [this](const FolderSummary& summary) {
+    const FileURL url(summary.path);
+    hide();
+    _windows.showMain(url);
+  };
+  _view->onUndo = [&context](const RecentRun& run) { context.model.putBack(run.journalEntryIDs); };
+  _view->onShowInFinder = context.showInFileManager;
+  _view->onOpen = [this] {
+    hide();
+    _windows.showMain();
+  };
+  _view->onQuit = [&context] { context.quit(); };
+}
+
+void Popover::toggle(const QRect& icon) {
+  if (isVisible()) {
+    hide();
+    return;
+  }
+  if (_sinceFocusLoss.isValid() && _sinceFocusLoss.elapsed() < sameClick) return;
+  _icon = icon.isEmpty() ? QRect(QCursor::pos(), QSize(1, 1)) : icon;
+  show();
+  refresh();
+  raise();
+  activateWindow();
+  _view->setFocus();
+}
+
+void Popover::refresh() {
+  // What nobody sees is built once it is shown.
+  if (!isVisible()) return;
+  const ScreenContext& context = _windows.context();
+  const AppModel& model = context.model;
+  _view->setState(menuBarState(model.reports(), model.journal(), model.freeSpace(),
+                               model.isFinderExtensionOff(), context.currentDate(),
+                               context.currentFormats(), SystemBin::name()));
+  place();
+}
+
+void Popover::place() {
+  const QScreen* screen = QGuiApplication::screenAt(_icon.center());
+  if (screen == nullptr) screen = QGuiApplication::primaryScreen();
+  if (screen == nullptr) return;
+  const QSize size = _view->sizeHint() + QSize(2, 2);
+  const QRect frame = popoverFrame(_icon, size, screen->availableGeometry());
+  if (canBePlaced()) {
+    setFixedSize(frame.size());
+    move(frame.topLeft());
+  } else {
+    resize(frame.size());
+  }
+}
+
+bool Popover::event(QEvent* event) {
+  if (event->type() == QEvent::WindowDeactivate && isVisible()) {
+    hide();
+    _sinceFocusLoss.start();
+  }
+  return QWidget::event(event);
+}
+
+void Popover::keyPressEvent(QKeyEvent* event) {
+  if (event->key() == Qt::Key_Escape) {
+    hide();
+    return;
+  }
+  QWidget::keyPressEvent(event);
+}
+
+void Popover::paintEvent(QPaintEvent*) {
+  QPainter painter(this);
+  painter.setPen(style::mixed(style::windowFill(palette()), style::text(palette()), 0.25));
+  painter.setBrush(style::windowFill(palette()));
+  painter.drawRect(rect().adjusted(0, 0, -1, -1));
+}
+
+}  // namespace tidemar

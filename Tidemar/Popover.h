@@ -1,0 +1,48 @@
+#pragma once
+
+#include <QElapsedTimer>
+#include <QWidget>
+#include <functional>
+
+#include "Tidemar/ModelObserver.h"
+#include "Tidemar/ScreenContext.h"
+
+namespace tidemar {
+
+class MenuBarView;
+class WindowCoordinator;
+
+/// The window of the menu bar icon, with the popover's content over the model. It closes when it
+/// loses the focus. On Wayland, where no program may place its windows, it is an ordinary small
+/// window. Main thread.
+class Popover : public QWidget {
+  Q_OBJECT
+ public:
+  explicit Popover(WindowCoordinator& windows);
+
+  /// Opens it at the icon, or closes it. `icon` is where that stands on the screen; an empty
+  /// rectangle if that isn't known.
+  void toggle(const QRect& icon);
+
+ protected:
+  bool event(QEvent* event) override;
+  void keyPressEvent(QKeyEvent* event) override;
+  void paintEvent(QPaintEvent* event) override;
+
+ private:
+  void connectClosures();
+  void refresh();
+  void place();
+
+  WindowCoordinator& _windows;
+  MenuBarView* _view;
+  QRect _icon;
+  QElapsedTimer _sinceFocusLoss;
+  ModelObserver _observer;
+};
+
+/// Where a popover of that size stands: at the icon, within what is available of its screen, on the
+/// side of the icon where there is room.
+QRect popoverFrame(const QRect& icon, const QSize& size, const QRect& available);
+
+}  // namespace tidemar

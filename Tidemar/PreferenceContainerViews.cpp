@@ -1,0 +1,58 @@
+#include "Tidemar/PreferenceContainerViews.h"
+
+#include <utility>
+
+#include "Platform/PlatformError.h"
+#include "Tidemar/Model/ApplicationLog.h"
+
+namespace tidemar {
+
+SettingsContainerView::SettingsContainerView(const ScreenContext& context,
+                                             std::function<void()> openSetup,
+                                             std::function<void()> onChangeShowInMenuBar)
+    : _context(context), _observer(context.model, [this] { refresh(); }) {
+  onToggleOpenAtLogin = [this](bool isOn) {
+    _context.model.setOpensAtLogin(isOn);
+    refresh();
+  };
+  onToggleShowInMenuBar = [this, changed = std::move(onChangeShowInMenuBar)](bool isOn) {
+    try {
+      _context.defaults.setBoolean(showInMenuBarKey, isOn);
+    } catch (const std::exception& error) {
+      // The switch stays where it was, which tells the user as much.
+      applicationLog().log(LogLevel::error, "Couldn't store a setting: %{public}s",
+                           textWithoutPath(error));
+    }
+    refresh();
+    changed();
+  };
+  onOpenLoginItemsSettings = context.openLoginItemsSettings;
+  onOpenSetup = std::move(openSetup);
+  refresh();
+}
+
+void SettingsContainerView::refresh() {
+  const AppModel& model = _context.model;
+  setState({.openAtLogin = model.isLoginItemEnabled(),
+            .openAtLoginRequiresApproval = model.loginItemNeedsApproval(),
+            .showInMenuBar = _context.defaults.boolean(showInMenuBarKey).value_or(true)});
+}
+
+SetupContainerView::SetupContainerView(const ScreenContext& context)
+    : _context(context), _observer(context.model, [this] { refresh(); }) {
+  onOpenExtensionManagement = context.showExtensionManagement;
+  onToggleOpenAtLogin = [this](bool isOn) { _context.model.setOpensAtLogin(isOn); };
+  onOpenLoginItemsSettings = context.openLoginItemsSettings;
+  onRequestNotifications = [this] { _context.model.requestNotificationPermission(); };
+  refresh();
+}
+
+void SetupContainerView::refresh() {
+  const AppModel& model = _context.model;
+  setState({.isExtensionEnabled = !model.isFinderExtensionOff(),
+            .isOpenAtLogin = model.isLoginItemEnabled(),
+            .isOpenAtLoginRequiresApproval = model.loginItemNeedsApproval(),
+            .isNotificationsEnabled = model.isNotificationAuthorized()});
+}
+
+}  // namespace tidemar

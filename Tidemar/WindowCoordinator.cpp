@@ -1,0 +1,151 @@
+#include "Tidemar/WindowCoordinator.h"
+
+#include <QCloseEvent>
+#include <QLayout>
+#include <QVBoxLayout>
+#include <algorithm>
+#include <utility>
+
+#include "Tidemar/MainContainerView.h"
+#include "Tidemar/PreferenceContainerViews.h"
+#include "Tidemar/WindowFrame.h"
+#include "TidemarUI/State/Labels.h"
+#include "TidemarUI/Views/Icons.h"
+#include "TidemarUI/Views/MainView.h"
+#include "TidemarUI/Views/TextLabel.h"
+
+namespace tidemar {
+namespace {
+
+constexpr QSize mainWindowSize(820, 560);
+constexpr QSize smallestMainWindow(640, 420);
+constexpr const char* mainIdentifier = "main";
+
+QAction* makeSeparator(QObject* parent) {
+  auto* separator = new QAction(parent);
+  separator->setSeparator(true);
+  return separator;
+}
+
+}  // namespace
+
+WindowCoordinator::WindowCoordinator(ScreenContext context)
+    : _context(std::move(context)), _settingsWriter(_context.model) {
+  _checkForUpdates.setText(textOf(labels::checkForUpdates));
+  connect(&_checkForUpdates, &QAction::triggered, this,
+          [this] { _context.updates.checkForUpdates(); });
+  const auto followUpdates = [this] { _checkForUpdates.setEnabled(_context.updates.canCheck()); };
+  connect(&_context.updates, &Updates::canCheckChanged, this, followUpdates);
+  followUpdates();
+
+  _openSettings.setText(textOf(labels::settings));
+  _openSettings.setShortcut(Qt::CTRL | Qt::Key_Comma);
+  connect(&_openSettings, &QAction::triggered, this, &WindowCoordinator::showSettings);
+  _quit.setText(textOf(labels::quitTidemar));
+  _quit.setShortcut(Qt::CTRL | Qt::Key_Q);
+  connect(&_quit, &QAction::triggered, this, [this] { _context.quit(); });
+}
+
+WindowCoordinator::~WindowCoordinator() {
+  for (const auto& [identifier, window] : _windows)
+    delete window;
+}
+
+void WindowCoordinator::showMain(const std::optional<FileURL>& folderURL) {
+  if (folderURL) {
+    const FolderReport* report = _context.model.reportForFolderAt(*folderURL);
+    if (report != nullptr && report->folder.id)
+      _mainWindowState.select(MainSelection::folder(*report->folder.id));
+  }
+  openWindow(mainIdentifier, [this] { return makeMainWindow(); });
+}
+
+void WindowCoordinator::showSettings() {
+  openWindow("settings", [this] {
+    return makeFittingWindow(labels::settingsTitle, new SettingsContainerView(
+                                                        _context, [this] { showSetup(); },
+                                                        [this] { emit showInMenuBarChanged(); }));
+  });
+}
+
+void WindowCoordinator::showSetup() {
+  openWindow("setup", [this] {
+    return makeFittingWindow(labels::setupWindowTitle, new SetupContainerView(_context));
+  });
+}
+
+void WindowCoordinator::openWindow(const std::string& identifier,
+                                   const std::function<QWidget*()>& makeWindow) {
+  QWidget* window = this->window(identifier);
+  const bool isFirst = _windows.empty();
+  if (window == nullptr) {
+    window = makeWindow();
+    window->installEventFilter(this);
+    window->setWindowIcon(icons::application());
+    window->addActions({&_openSettings, &_quit});
+    _windows[identifier] = window;
+  }
+  window->setWindowState(window->windowState() & ~Qt::WindowMinimized);
+  window->show();
+  window->raise();
+  window->activateWindow();
+  if (isFirst) emit hasOpenWindowsChanged();
+}
+
+QWidget* WindowCoordinator::window(const std::string& identifier) const {
+  const auto found = _windows.find(identifier);
+  return found == _windows.end() ? nullptr : found->second;
+}
+
+void WindowCoordinator::storeFrames() {
+  if (const QWidget* main = window(mainIdentifier)) WindowFrame::store(*main, _context.defaults);
+}
+
+bool WindowCoordinator::eventFilter(QObject* object, QEvent* event) {
+  if (event->type() == QEvent::Close) forget(static_cast<QWidget&>(*object));
+  return QObject::eventFilter(object, event);
+}
+
+void WindowCoordinator::forget(QWidget& window) {
+  const auto found =
+      std::ranges::find(_windows, &window, [](const auto& entry) { return entry.second; });
+  if (found == _windows.end()) return;
+  if (found->first == mainIdentifier) storeFrames();
+  _windows.erase(found);
+  window.deleteLater();
+  if (_windows.empty()) emit hasOpenWindowsChanged();
+}
+
+QWidget* WindowCoordinator::makeMainWindow() {
+  auto* content = new MainContainerView(_context, _mainWindowState, _settingsWriter);
+  auto* window = new QWidget;
+  auto* column = new QVBoxLayout(window);
+  column->setContentsMargins(0, 0, 0, 0);
+  column->addWidget(content);
+  content->view().setMenuActions(
+      {&_checkForUpdates, &_openSettings, makeSeparator(window), &_quit});
+  window->setObjectName(QStringLiteral("TidemarMain"));
+  window->setWindowTitle(textOf(labels::tidemar));
+  window->setMinimumSize(smallestMainWindow);
+  if (!WindowFrame::restore(*window, _context.defaults)) {
+    window->resize(mainWindowSize);
+    WindowFrame::center(*window);
+  }
+  return window;
+}
+
+QWidget* WindowCoordinator::makeFittingWindow(std::string_view title, QWidget* content) {
+  auto* window = new QWidget(nullptr, Qt::Window | Qt::CustomizeWindowHint | Qt::WindowTitleHint |
+                                          Qt::WindowSystemMenuHint | Qt::WindowCloseButtonHint);
+  window->setWindowTitle(textOf(title));
+  auto* column = new QVBoxLayout(window);
+  column->setContentsMargins(0, 0, 0, 0);
+  column->addWidget(content);
+  // The window follows as rows come and go; its upper edge stays.
+  column->setSizeConstraint(QLayout::SetFixedSize);
+  column->activate();
+  WindowFrame::center(*window);
+  return window;
+}
+
+}  // namespace tidemar

@@ -1,0 +1,64 @@
+#pragma once
+
+#include <QAction>
+#include <QWidget>
+#include <functional>
+#include <map>
+#include <optional>
+#include <string>
+
+#include "Tidemar/MainWindowState.h"
+#include "Tidemar/ScreenContext.h"
+#include "Tidemar/SettingsWriter.h"
+
+namespace tidemar {
+
+/// Makes and tracks the windows, at most one of a kind. With none open Tidemar goes on in the
+/// background. Main thread.
+class WindowCoordinator : public QObject {
+  Q_OBJECT
+ public:
+  explicit WindowCoordinator(ScreenContext context);
+  ~WindowCoordinator() override;
+
+  /// Brings up the main window, on that folder if one is given and known.
+  void showMain(const std::optional<FileURL>& folderURL = std::nullopt);
+  void showSettings();
+  void showSetup();
+
+  /// Brings up the window with that identifier and makes it if there is none.
+  void openWindow(const std::string& identifier, const std::function<QWidget*()>& makeWindow);
+
+  /// The open window with that identifier, or null.
+  QWidget* window(const std::string& identifier) const;
+  bool hasOpenWindows() const noexcept { return !_windows.empty(); }
+
+  MainWindowState& mainWindowState() noexcept { return _mainWindowState; }
+  const ScreenContext& context() const noexcept { return _context; }
+
+  /// Remembers where the main window stands. Closing it does so too.
+  void storeFrames();
+
+ signals:
+  /// The first window opened or the last one closed.
+  void hasOpenWindowsChanged();
+  void showInMenuBarChanged();
+
+ protected:
+  bool eventFilter(QObject* object, QEvent* event) override;
+
+ private:
+  QWidget* makeMainWindow();
+  QWidget* makeFittingWindow(std::string_view title, QWidget* content);
+  void forget(QWidget& window);
+
+  ScreenContext _context;
+  MainWindowState _mainWindowState;
+  SettingsWriter _settingsWriter;
+  QAction _checkForUpdates;
+  QAction _openSettings;
+  QAction _quit;
+  std::map<std::string, QWidget*> _windows;
+};
+
+}  // namespace tidemar

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <QComboBox>
+#include <QMessageBox>
+#include <QPointer>
+#include <functional>
+#include <string>
+
+#include "TidemarCore/TemporarySettings.h"
+#include "TidemarUI/Views/Card.h"
+
+namespace tidemar {
+
+/// What becomes of cleared items. The picker shows what is stored, also while the question whether
+/// to delete is open.
+class DisposalSection : public FormSection {
+ public:
+  explicit DisposalSection(std::string binName);
+
+  /// The folder's settings with another disposal; for deleting only after the user confirmed it.
+  std::function<void(const TemporarySettings&)> onChangeSettings;
+
+  void setSettings(const TemporarySettings& settings);
+
+  /// Takes the question back as if it had been cancelled.
+  void cancelConfirmation();
+
+ private:
+  void choose(Disposal disposal);
+  void confirmDelete();
+  void send(Disposal disposal) const;
+
+  std::string _binName;
+  TemporarySettings _settings;
+  QComboBox* _picker;
+  QPointer<QMessageBox> _confirmation;
+};
+
+}  // namespace tidemar

@@ -1,0 +1,154 @@
+#include "TidemarUI/Views/FolderDetailView.h"
+
+#include "TidemarUI/State/FolderDetail.h"
+#include "TidemarUI/State/Labels.h"
+#include "TidemarUI/Views/DisposalSection.h"
+#include "TidemarUI/Views/Icons.h"
+#include "TidemarUI/Views/ReadingOrder.h"
+#include "TidemarUI/Views/RulesSection.h"
+
+namespace tidemar {
+namespace {
+
+constexpr int iconSize = 32;
+constexpr int columnWidth = 720;
+constexpr int cardPadding = 14;
+
+TextLabel* makeLabel(style::TextSize size, QFont::Weight weight, TextLabel::Tone tone,
+                     TextLabel::Overflow overflow) {
+  return new TextLabel(size, weight, tone, overflow);
+}
+
+}  // namespace
+
+FolderDetailView::FolderDetailView(const Formats& formats, const std::string& binName)
+    : _scroll(new ScrollColumn(columnWidth)),
+      _rules(new RulesSection(formats, binName)),
+      _disposal(new DisposalSection(binName)) {
+  auto* whole = new QVBoxLayout(this);
+  whole->setContentsMargins(0, 0, 0, 0);
+  whole->addWidget(_scroll);
+
+  QVBoxLayout& column = _scroll->column();
+  column.setContentsMargins(7 * style::grid, 6 * style::grid, 7 * style::grid, 6 * style::grid);
+  column.setSpacing(5 * style::grid);
+  column.addLayout(makeHeader());
+  _temporarySection = makeTemporarySection();
+  column.addWidget(_temporarySection);
+  _previewSection = makePreviewSection();
+  column.addWidget(_previewSection);
+  column.addWidget(_rules);
+  column.addWidget(_disposal);
+  column.addStretch();
+
+  const auto changeSettings = [this](const TemporarySettings& settings) {
+    if (onChangeSettings) onChangeSettings(_folder.id, settings);
+  };
+  _rules->onChangeSettings = changeSettings;
+  _disposal->onChangeSettings = changeSettings;
+}
+
+QLayout* FolderDetailView::makeHeader() {
+  _icon = new QLabel;
+  _name = makeLabel(style::TextSize::folderName, QFont::DemiBold, TextLabel::Tone::primary,
+                    TextLabel::Overflow::elideInMiddle);
+  _path = makeLabel(style::TextSize::secondary, QFont::Normal, TextLabel::Tone::secondary,
+                    TextLabel::Overflow::elideInMiddle);
+  auto* show = new QPushButton(textOf(labels::showInFinder));
+  show->setAutoDefault(false);
+  connect(show, &QPushButton::clicked, this, [this] {
+    if (onShowInFinder) onShowInFinder({FileURL(_folder.path)});
+  });
+
+  auto* line = new QHBoxLayout;
+  line->setSpacing(3 * style::grid);
+  auto* texts = new QVBoxLayout;
+  texts->setSpacing(0);
+  texts->addWidget(_name);
+  texts->addWidget(_path);
+  line->addWidget(_icon);
+  line->addLayout(texts, 1);
+  line->addWidget(show);
+  return line;
+}
+
+FormSection* FolderDetailView::makeTemporarySection() {
+  auto* title = makeLabel(style::TextSize::body, QFont::Normal, TextLabel::Tone::primary,
+                          TextLabel::Overflow::wrap);
+  title->show(labels::temporary);
+  auto* explanation = makeLabel(style::TextSize::secondary, QFont::Normal,
+                                TextLabel::Tone::secondary, TextLabel::Overflow::wrap);
+  explanation->show(labels::temporaryExplanation);
+  _temporary = new Switch;
+  _temporary->setAccessibleName(textOf(labels::temporary));
+  _temporary->setAccessibleDescription(textOf(labels::temporaryExplanation));
+  _temporary->onToggle = [this](bool isOn) {
+    if (onSetTemporary) onSetTemporary(_folder.id, isOn);
+  };
+  title->setBuddy(_temporary);
+
+  auto* section = new FormSection;
+  auto* row = new FormRow;
+  auto* texts = new QVBoxLayout;
+  texts->setSpacing(1);
+  texts->addWidget(title);
+  texts->addWidget(explanation);
+  row->line().addLayout(texts, 1);
+  row->line().addWidget(_temporary);
+  section->card().addRow(row);
+  return section;
+}
+
+FormSection* FolderDetailView::makePreviewSection() {
+  _previewHeadline = makeLabel(style::TextSize::sectionHeadline, QFont::DemiBold,
+                               TextLabel::Tone::primary, TextLabel::Overflow::wrap);
+  _previewHeadline->setContentsMargins(style::rowOutset, 0, style::rowOutset, 0);
+  _forecast = new ForecastList;
+  _forecast->onShowInFinder = [this](const std::vector<FileURL>& items) {
+    if (onShowInFinder) onShowInFinder(items);
+  };
+
+  auto* section = new FormSection(labels::whatGoes);
+  auto* content = new QWidget;
+  auto* column = new QVBoxLayout(content);
+  const int side = cardPadding - style::rowOutset;
+  column->setContentsMargins(side, 3 * style::grid, side, 3 * style::grid);
+  column->setSpacing(2 * style::grid);
+  column->addWidget(_previewHeadline);
+  column->addWidget(_forecast);
+  section->card().addRow(content);
+  return section;
+}
+
+void FolderDetailView::setFolder(const MainFolder& folder) {
+  if (folder == _folder) return;
+  const bool isOther = folder.id != _folder.id;
+  if (isOther) {
+    _rules->finishEdits();
+    _disposal->cancelConfirmation();
+  }
+  if (isOther || folder.path != _folder.path)
+    _icon->setPixmap(
+        icons::folder(folder.path).pixmap(QSize(iconSize, iconSize), devicePixelRatio()));
+  _folder = folder;
+
+  _name->show(folder.name);
+  _path->show(folder.path);
+  _temporary->show(folder.isTemporary);
+  _temporary->setEnabled(canSetTemporary(folder));
+  _temporarySection->setFooter(temporaryFooter(folder).value_or(std::string_view()));
+
+  _previewHeadline->show(folder.preview.headline);
+  _forecast->setGroups(folder.preview.forecast);
+  _forecast->setVisible(!folder.preview.forecast.empty());
+  _rules->setSettings(folder.settings);
+  _disposal->setSettings(folder.settings);
+  if (!folder.isTemporary) _disposal->cancelConfirmation();
+  for (QWidget* section : std::initializer_list<QWidget*>{_previewSection, _rules, _disposal})
+    section->setVisible(folder.isTemporary);
+
+  restoreReadingOrder(*this);
+  if (isOther) _scroll->scrollToTop();
+}
+
+}  // namespace tidemar

@@ -1,0 +1,57 @@
+#pragma once
+
+#include <QLabel>
+#include <QPushButton>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "Platform/Locale/Formats.h"
+#include "TidemarCore/FileURL.h"
+#include "TidemarUI/State/MainState.h"
+#include "TidemarUI/Views/Card.h"
+#include "TidemarUI/Views/ForecastList.h"
+#include "TidemarUI/Views/ScrollColumn.h"
+#include "TidemarUI/Views/Switch.h"
+
+namespace tidemar {
+
+class DisposalSection;
+class RulesSection;
+
+/// The screen of one folder: whether it is Temporary, what goes, the rules, what becomes of cleared
+/// items. It shows what the folder says and never what was clicked; an edit shows once it comes
+/// back as the folder's.
+class FolderDetailView : public QWidget {
+ public:
+  FolderDetailView(const Formats& formats, const std::string& binName);
+
+  // All of them tell the folder by its row id, since an edit can end just as another one is shown.
+  std::function<void(std::int64_t id, bool isTemporary)> onSetTemporary;
+  std::function<void(std::int64_t id, const TemporarySettings&)> onChangeSettings;
+  std::function<void(const std::vector<FileURL>&)> onShowInFinder;
+
+  /// Another folder than the one before begins at the top, without an edit or a question of that
+  /// one's.
+  void setFolder(const MainFolder& folder);
+
+ private:
+  QLayout* makeHeader();
+  FormSection* makeTemporarySection();
+  FormSection* makePreviewSection();
+
+  MainFolder _folder;
+  ScrollColumn* _scroll;
+  QLabel* _icon;
+  TextLabel* _name;
+  TextLabel* _path;
+  Switch* _temporary;
+  FormSection* _temporarySection;
+  FormSection* _previewSection;
+  TextLabel* _previewHeadline;
+  ForecastList* _forecast;
+  RulesSection* _rules;
+  DisposalSection* _disposal;
+};
+
+}  // namespace tidemar

@@ -1,0 +1,83 @@
+#include "TidemarUI/Views/ForecastList.h"
+
+#include "TidemarUI/State/ForecastRows.h"
+#include "TidemarUI/State/Labels.h"
+#include "TidemarUI/Views/MenuRow.h"
+#include "TidemarUI/Views/TextLabel.h"
+
+namespace tidemar {
+namespace {
+
+class ForecastRow : public MenuRow {
+ public:
+  explicit ForecastRow(const ForecastList& list) {
+    setToolTip(textOf(labels::showInFinder));
+    connect(this, &QPushButton::clicked, this, [this, &list] {
+      if (list.onShowInFinder) list.onShowInFinder(_items);
+    });
+  }
+
+  void show(const ForecastGroup& group) {
+    _items = group.items;
+    setContent({.title = textOf(group.when),
+                .isTitleStrong = true,
+                .trailing = textOf(rowSummary(group)),
+                .detail = textOf(rowNames(group))});
+  }
+
+ private:
+  std::vector<FileURL> _items;
+};
+
+}  // namespace
+
+/// The groups of one action under its title.
+class ForecastSectionView : public QWidget {
+ public:
+  explicit ForecastSectionView(const ForecastList& list)
+      : _list(list), _title(makeBlockTitle({})), _rows(new KeyedColumn<std::string, ForecastRow>) {
+    auto* column = new QVBoxLayout(this);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(style::grid);
+    column->addWidget(_title);
+    column->addWidget(_rows);
+  }
+
+  void show(const ForecastSection& section) {
+    _title->show(section.title);
+    _title->setTone(section.isPermanent ? TextLabel::Tone::warning : TextLabel::Tone::secondary);
+    _rows->update(
+        section.groups, [](const ForecastGroup& group) { return group.id(); },
+        [this] { return new ForecastRow(_list); },
+        [](ForecastRow& row, const ForecastGroup& group) { row.show(group); });
+  }
+
+ private:
+  const ForecastList& _list;
+  TextLabel* _title;
+  KeyedColumn<std::string, ForecastRow>* _rows;
+};
+
+ForecastList::ForecastList(QWidget* parent)
+    : QWidget(parent),
+      _sections(new KeyedColumn<std::string, ForecastSectionView>(4 * style::grid)) {
+  auto* column = new QVBoxLayout(this);
+  column->setContentsMargins(0, 0, 0, 0);
+  column->addWidget(_sections);
+}
+
+void ForecastList::setGroups(std::span<const ForecastGroup> groups) {
+  const std::vector<ForecastSection> sections = forecastSections(groups);
+  // An action can come up again further down; its first group tells the sections apart then.
+  _sections->update(
+      sections,
+      [&](const ForecastSection& section) {
+        const bool isFirst =
+            &*std::ranges::find(sections, section.title, &ForecastSection::title) == &section;
+        return isFirst ? section.title : section.title + section.groups.front().id();
+      },
+      [this] { return new ForecastSectionView(*this); },
+      [](ForecastSectionView& view, const ForecastSection& section) { view.show(section); });
+}
+
+}  // namespace tidemar

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <QWidget>
+#include <functional>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "TidemarCore/FileURL.h"
+#include "TidemarUI/State/ForecastGroup.h"
+#include "TidemarUI/Views/KeyedColumn.h"
+
+namespace tidemar {
+
+class ForecastSectionView;
+
+/// What goes when: a section for each way in which items go, a row for each moment. The texts begin
+/// `style::rowOutset` inside of the widget.
+class ForecastList : public QWidget {
+ public:
+  explicit ForecastList(QWidget* parent = nullptr);
+
+  /// Asks the file manager to show all items of a row.
+  std::function<void(const std::vector<FileURL>&)> onShowInFinder;
+
+  void setGroups(std::span<const ForecastGroup> groups);
+
+ private:
+  KeyedColumn<std::string, ForecastSectionView>* _sections;
+};
+
+}  // namespace tidemar

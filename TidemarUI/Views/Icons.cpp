@@ -1,0 +1,127 @@
+#include "TidemarUI/Views/Icons.h"
+
+#include <QGuiApplication>
+#include <QIconEngine>
+#include <QPainter>
+#include <QPalette>
+#include <QStandardPaths>
+#include <array>
+#include <utility>
+
+#include "TidemarUI/Views/Style.h"
+
+// A static library's resources are there only once they are asked for, which has to be done outside
+// of any namespace.
+static void loadTidemarIcons() {
+  Q_INIT_RESOURCE(icons);
+}
+
+namespace tidemar::icons {
+namespace {
+
+QIcon shipped(const QString& name) {
+  loadTidemarIcons();
+  return QIcon(QStringLiteral(":/tidemar/%1.svg").arg(name));
+}
+
+QIcon themed(const QString& themeName, const QString& shippedName) {
+  return QIcon::hasThemeIcon(themeName) ? QIcon::fromTheme(themeName) : shipped(shippedName);
+}
+
+/// Takes the shape of a picture and fills it with one colour.
+class SymbolEngine : public QIconEngine {
+ public:
+  SymbolEngine(QIcon shape, QColor color) : _shape(std::move(shape)), _color(std::move(color)) {}
+
+  QIconEngine* clone() const override { return new SymbolEngine(*this); }
+
+  void paint(QPainter* painter, const QRect& rect, QIcon::Mode mode, QIcon::State) override {
+    painter->drawPixmap(
+        rect, scaledPixmap(rect.size(), mode, QIcon::Off, painter->device()->devicePixelRatio()));
+  }
+
+  QPixmap pixmap(const QSize& size, QIcon::Mode mode, QIcon::State state) override {
+    return scaledPixmap(size, mode, state, 1);
+  }
+
+  QPixmap scaledPixmap(const QSize& size, QIcon::Mode mode, QIcon::State, qreal scale) override {
+    QPixmap filled = _shape.pixmap(size, scale);
+    QPainter painter(&filled);
+    painter.setCompositionMode(QPainter::CompositionMode_SourceIn);
+    painter.fillRect(filled.rect(), color(mode));
+    return filled;
+  }
+
+  bool isNull() override { return _shape.isNull(); }
+
+ private:
+  QColor color(QIcon::Mode mode) const {
+    if (_color.isValid()) return _color;
+    const QPalette palette = QGuiApplication::palette();
+    if (mode == QIcon::Selected) return style::onAccent(palette);
+    QColor color = style::text(palette);
+    if (mode == QIcon::Disabled) color.setAlphaF(static_cast<float>(style::disabledOpacity));
+    return color;
+  }
+
+  QIcon _shape;
+  QColor _color;  ///< Invalid to follow the palette.
+};
+
+}  // namespace
+
+QIcon symbol(Symbol symbol) {
+  const auto names = [symbol]() -> std::pair<const char*, const char*> {
+    switch (symbol) {
+      case Symbol::calendar:
+        return {"x-office-calendar-symbolic", "calendar"};
+      case Symbol::plus:
+        return {"list-add-symbolic", "plus"};
+      case Symbol::minus:
+        return {"list-remove-symbolic", "minus"};
+      case Symbol::menu:
+        return {"open-menu-symbolic", "menu"};
+      case Symbol::warning:
+        return {"dialog-warning-symbolic", "warning"};
+    }
+    return {};
+  }();
+  const QIcon shape = themed(QString::fromLatin1(names.first), QString::fromLatin1(names.second));
+  return QIcon(new SymbolEngine(shape, {}));
+}
+
+QIcon folder(const std::string& path) {
+  using Place = QStandardPaths::StandardLocation;
+  static const std::array places = {
+      std::pair(Place::DownloadLocation, "folder-download"),
+      std::pair(Place::DocumentsLocation, "folder-documents"),
+      std::pair(Place::PicturesLocation, "folder-pictures"),
+      std::pair(Place::MusicLocation, "folder-music"),
+      std::pair(Place::MoviesLocation, "folder-videos"),
+      std::pair(Place::DesktopLocation, "user-desktop"),
+      std::pair(Place::HomeLocation, "user-home"),
+  };
+  const QIcon plain = themed(QStringLiteral("folder"), QStringLiteral("folder"));
+  for (const auto& [place, name] : places) {
+    const QString themeName = QString::fromLatin1(name);
+    if (path == QStandardPaths::writableLocation(place).toStdString() &&
+        QIcon::hasThemeIcon(themeName))
+      return QIcon::fromTheme(themeName);
+  }
+  return plain;
+}
+
+QIcon application() {
+  return themed(QStringLiteral("app.quernly.tidemar"), QStringLiteral("app.quernly.tidemar"));
+}
+
+QIcon menuBar() {
+  // A host that gets the name colours the picture to suit its panel. Others show it as it is, on a
+  // panel whose colour can't be asked for: this grey has a contrast of 4 to 1 to white and to a
+  // nearly black one alike.
+  const QString name = QStringLiteral("app.quernly.tidemar-symbolic");
+  if (QIcon::hasThemeIcon(name)) return QIcon::fromTheme(name);
+  return QIcon(new SymbolEngine(shipped(QStringLiteral("MenuBarIcon")), QColor(0x7d, 0x7d, 0x7d)));
+}
+
+}  // namespace tidemar::icons

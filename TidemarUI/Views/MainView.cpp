@@ -1,0 +1,165 @@
+#include "TidemarUI/Views/MainView.h"
+
+#include <QHBoxLayout>
+#include <QMenu>
+#include <QPainter>
+#include <QVBoxLayout>
+#include <algorithm>
+
+#include "TidemarUI/State/Labels.h"
+#include "TidemarUI/Views/FolderDetailView.h"
+#include "TidemarUI/Views/Icons.h"
+#include "TidemarUI/Views/OverviewView.h"
+#include "TidemarUI/Views/Sidebar.h"
+#include "TidemarUI/Views/Style.h"
+
+namespace tidemar {
+namespace {
+
+constexpr int barButtonSize = 28;
+constexpr int barIconSize = 16;
+constexpr int widestSidebar = 232;
+constexpr int narrowestSidebar = 184;
+
+/// The ground of the sidebar, with a hairline on its inner side and one over the bar.
+class SidebarPane : public QWidget {
+ public:
+  QWidget* bar = nullptr;
+
+ protected:
+  void paintEvent(QPaintEvent*) override {
+    QPainter painter(this);
+    painter.fillRect(rect(), style::sidebarFill(palette()));
+    const QColor line = style::hairline(palette());
+    const int edge = layoutDirection() == Qt::RightToLeft ? 0 : width() - 1;
+    painter.fillRect(QRect(edge, 0, 1, height()), line);
+    painter.fillRect(QRect(0, bar->geometry().top(), width(), 1), line);
+  }
+};
+
+QToolButton* makeBarButton(icons::Symbol symbol, std::string_view name) {
+  auto* button = new QToolButton;
+  button->setIcon(icons::symbol(symbol));
+  button->setIconSize({barIconSize, barIconSize});
+  button->setFixedSize(barButtonSize, barButtonSize);
+  button->setAutoRaise(true);
+  button->setToolTip(textOf(name));
+  button->setAccessibleName(textOf(name));
+  button->setFocusPolicy(Qt::StrongFocus);
+  return button;
+}
+
+}  // namespace
+
+MainView::MainView(const Formats& formats, const std::string& binName, QWidget* parent)
+    : QWidget(parent),
+      _sidebar(new Sidebar),
+      _add(makeBarButton(icons::Symbol::plus, labels::addAFolder)),
+      _remove(makeBarButton(icons::Symbol::minus, labels::removeFromTidemar)),
+      _menu(makeBarButton(icons::Symbol::menu, labels::menu)),
+      _detail(new QStackedWidget),
+      _overview(new OverviewView),
+      _folder(new FolderDetailView(formats, binName)) {
+  _sidebarPane = makeSidebarPane();
+  _detail->addWidget(_overview);
+  _detail->addWidget(_folder);
+  auto* line = new QHBoxLayout(this);
+  line->setContentsMargins(0, 0, 0, 0);
+  line->setSpacing(0);
+  line->addWidget(_sidebarPane);
+  line->addWidget(_detail, 1);
+  connectClosures();
+  showState();
+}
+
+QWidget* MainView::makeSidebarPane() {
+  auto* pane = new SidebarPane;
+  pane->bar = makeBar();
+  auto* column = new QVBoxLayout(pane);
+  column->setContentsMargins(0, 0, 0, 0);
+  column->setSpacing(0);
+  column->addWidget(_sidebar, 1);
+  column->addWidget(pane->bar);
+  return pane;
+}
+
+QWidget* MainView::makeBar() {
+  auto* bar = new QWidget;
+  auto* line = new QHBoxLayout(bar);
+  line->setContentsMargins(2 * style::grid, style::grid + 1, 2 * style::grid, style::grid);
+  line->setSpacing(2);
+  line->addWidget(_add);
+  line->addWidget(_remove);
+  line->addStretch();
+  line->addWidget(_menu);
+  return bar;
+}
+
+void MainView::connectClosures() {
+  _sidebar->onSelect = [this](const MainSelection& selection) {
+    if (onSelect) onSelect(selection);
+  };
+  const auto removeFolder = [this](std::int64_t id) {
+    if (onRemoveFolder) onRemoveFolder(id);
+  };
+  const auto showInFinder = [this](const std::vector<FileURL>& items) {
+    if (onShowInFinder) onShowInFinder(items);
+  };
+  _sidebar->onRemoveFolder = removeFolder;
+  _sidebar->onShowInFinder = showInFinder;
+  connect(_add, &QToolButton::clicked, this, [this] {
+    if (onAddFolder) onAddFolder();
+  });
+  connect(_remove, &QToolButton::clicked, this, [this, removeFolder] {
+    if (const auto id = removableFolderID(_selection)) removeFolder(*id);
+  });
+  _overview->onPutBack = [this](const RecentRun& run) {
+    if (onPutBack) onPutBack(run);
+  };
+  _overview->onShowInFinder = showInFinder;
+  _folder->onShowInFinder = showInFinder;
+  _folder->onSetTemporary = [this](std::int64_t id, bool isTemporary) {
+    if (onSetTemporary) onSetTemporary(id, isTemporary);
+  };
+  _folder->onChangeSettings = [this](std::int64_t id, const TemporarySettings& settings) {
+    if (onChangeSettings) onChangeSettings(id, settings);
+  };
+}
+
+void MainView::setState(const MainState& state) {
+  if (state == _state) return;
+  _state = state;
+  showState();
+}
+
+void MainView::setSelection(const std::optional<MainSelection>& selection) {
+  if (selection == _selection) return;
+  _selection = selection;
+  showState();
+}
+
+void MainView::setMenuActions(const QList<QAction*>& actions) {
+  auto* menu = new QMenu(_menu);
+  menu->addActions(actions);
+  _menu->setMenu(menu);
+  _menu->setPopupMode(QToolButton::InstantPopup);
+}
+
+void MainView::showState() {
+  _sidebar->setState(_state, _selection);
+  _remove->setEnabled(removableFolderID(_selection).has_value());
+  _overview->setState(_state);
+  if (const MainFolder* folder = shownFolder(_state, _selection)) {
+    _folder->setFolder(*folder);
+    _detail->setCurrentWidget(_folder);
+  } else {
+    _detail->setCurrentWidget(_overview);
+  }
+}
+
+void MainView::resizeEvent(QResizeEvent* event) {
+  QWidget::resizeEvent(event);
+  _sidebarPane->setFixedWidth(std::clamp(width() * 2 / 7, narrowestSidebar, widestSidebar));
+}
+
+}  // namespace tidemar

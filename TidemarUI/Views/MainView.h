@@ -1,0 +1,63 @@
+#pragma once
+
+#include <QAction>
+#include <QStackedWidget>
+#include <QToolButton>
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "Platform/Locale/Formats.h"
+#include "TidemarCore/FileURL.h"
+#include "TidemarUI/State/MainState.h"
+
+namespace tidemar {
+
+class FolderDetailView;
+class OverviewView;
+class Sidebar;
+
+/// The main window's content: the sidebar with its bar, and beside it the overview or a folder's
+/// screen.
+class MainView : public QWidget {
+ public:
+  MainView(const Formats& formats, const std::string& binName, QWidget* parent = nullptr);
+
+  std::function<void(const std::optional<MainSelection>&)> onSelect;
+  std::function<void()> onAddFolder;
+  std::function<void(std::int64_t id)> onRemoveFolder;
+  std::function<void(std::int64_t id, bool isTemporary)> onSetTemporary;
+  std::function<void(std::int64_t id, const TemporarySettings&)> onChangeSettings;
+  std::function<void(const RecentRun&)> onPutBack;
+  std::function<void(const std::vector<FileURL>&)> onShowInFinder;
+
+  void setState(const MainState& state);
+  void setSelection(const std::optional<MainSelection>& selection);
+
+  /// What the menu button at the end of the bar opens.
+  void setMenuActions(const QList<QAction*>& actions);
+
+ protected:
+  void resizeEvent(QResizeEvent* event) override;
+
+ private:
+  QWidget* makeSidebarPane();
+  QWidget* makeBar();
+  void connectClosures();
+  void showState();
+
+  MainState _state;
+  std::optional<MainSelection> _selection;
+  QWidget* _sidebarPane;
+  Sidebar* _sidebar;
+  QToolButton* _add;
+  QToolButton* _remove;
+  QToolButton* _menu;
+  QStackedWidget* _detail;
+  OverviewView* _overview;
+  FolderDetailView* _folder;
+};
+
+}  // namespace tidemar

@@ -1,0 +1,202 @@
+#include "TidemarUI/Views/MenuBarView.h"
+
+#include <QKeyEvent>
+#include <QKeySequence>
+#include <QPainter>
+
+#include "TidemarUI/State/Labels.h"
+#include "TidemarUI/Views/Icons.h"
+#include "TidemarUI/Views/ReadingOrder.h"
+#include "TidemarUI/Views/Style.h"
+
+namespace tidemar {
+namespace {
+
+constexpr int contentWidth = 348;
+constexpr int warningIconSize = 16;
+constexpr int folderIconSize = 18;
+
+/// From the edge of the popover to its rows; their texts stand further in.
+constexpr int side = 14 - style::rowOutset;
+
+class Divider : public QWidget {
+ public:
+  Divider() { setFixedHeight(1); }
+
+ protected:
+  void paintEvent(QPaintEvent*) override {
+    QPainter(this).fillRect(rect().adjusted(style::rowOutset, 0, -style::rowOutset, 0),
+                            style::hairline(palette()));
+  }
+};
+
+}  // namespace
+
+/// A folder's way into the main window.
+class MenuBarView::FolderRow : public MenuRow {
+ public:
+  explicit FolderRow(const MenuBarView& view) {
+    connect(this, &QPushButton::clicked, this, [this, &view] {
+      if (view.onSelectFolder) view.onSelectFolder(_summary);
+    });
+  }
+
+  void show(const FolderSummary& summary) {
+    if (summary == _summary) return;
+    // An icon is another one each time it is made, so a row that stays keeps its own.
+    const QIcon icon = summary.path == _summary.path ? content().icon : icons::folder(summary.path);
+    _summary = summary;
+    setToolTip(textOf(summary.rules));
+    setContent({.icon = icon,
+                .iconSize = folderIconSize,
+                .title = textOf(summary.name),
+                .trailing = textOf(summary.distanceToGoing)});
+  }
+
+ private:
+  FolderSummary _summary;
+};
+
+MenuBarView::MenuBarView(QWidget* parent)
+    : QWidget(parent),
+      _scroll(new ScrollColumn(contentWidth)),
+      _headline(new TextLabel(style::TextSize::sectionHeadline, QFont::DemiBold,
+                              TextLabel::Tone::primary, TextLabel::Overflow::wrap)),
+      _subheadline(new TextLabel(style::TextSize::body, QFont::Normal, TextLabel::Tone::secondary,
+                                 TextLabel::Overflow::wrap)),
+      _invitation(new TextLabel(style::TextSize::body, QFont::Normal, TextLabel::Tone::secondary,
+                                TextLabel::Overflow::wrap)),
+      _forecast(new ForecastList),
+      _recentRuns(new RecentRunList) {
+  for (TextLabel* label : {_headline, _subheadline, _invitation})
+    label->setContentsMargins(style::rowOutset, 0, style::rowOutset, 0);
+  _invitation->show(labels::menuBarInvitation);
+  _warning = makeWarning();
+  _foldersBlock = makeFolders();
+  _footer = makeFooter();
+
+  QVBoxLayout& column = _scroll->column();
+  column.setContentsMargins(side, 3 * style::grid, side, 2 * style::grid);
+  column.setSpacing(3 * style::grid);
+  column.addWidget(_warning);
+  auto* headlines = new QVBoxLayout;
+  headlines->setSpacing(0);
+  headlines->addWidget(_headline);
+  headlines->addWidget(_subheadline);
+  column.addLayout(headlines);
+  for (QWidget* block :
+       std::initializer_list<QWidget*>{_invitation, _forecast, _foldersBlock, _recentRuns})
+    column.addWidget(block);
+  column.addStretch();
+
+  auto* whole = new QVBoxLayout(this);
+  whole->setContentsMargins(0, 0, 0, 0);
+  whole->setSpacing(0);
+  whole->addWidget(_scroll, 1);
+  whole->addWidget(_footer);
+
+  _forecast->onShowInFinder = [this](const std::vector<FileURL>& items) {
+    if (onShowInFinder) onShowInFinder(items);
+  };
+  _recentRuns->onPutBack = [this](const RecentRun& run) {
+    if (onUndo) onUndo(run);
+  };
+}
+
+QWidget* MenuBarView::makeWarning() {
+  auto* icon = new QLabel;
+  icon->setPixmap(icons::symbol(icons::Symbol::warning)
+                      .pixmap(QSize(warningIconSize, warningIconSize), devicePixelRatio()));
+  auto* text = new TextLabel(style::TextSize::body, QFont::Normal, TextLabel::Tone::primary,
+                             TextLabel::Overflow::wrap);
+  text->show(labels::finderExtensionIsOff);
+  auto* turnOn = new QPushButton(textOf(labels::turnOn));
+  turnOn->setAutoDefault(false);
+  connect(turnOn, &QPushButton::clicked, this, [this] {
+    if (onTurnOnFinderExtension) onTurnOnFinderExtension();
+  });
+
+  auto* line = new QHBoxLayout;
+  line->setContentsMargins(style::rowOutset, 0, style::rowOutset, 0);
+  line->setSpacing(2 * style::grid);
+  line->addWidget(icon);
+  line->addWidget(text, 1);
+  line->addWidget(turnOn);
+  auto* block = new QWidget;
+  auto* column = new QVBoxLayout(block);
+  column->setContentsMargins(0, 0, 0, 0);
+  column->setSpacing(3 * style::grid);
+  column->addLayout(line);
+  column->addWidget(new Divider);
+  return block;
+}
+
+QWidget* MenuBarView::makeFolders() {
+  _folders = new KeyedColumn<std::int64_t, FolderRow>;
+  auto* block = new QWidget;
+  auto* column = new QVBoxLayout(block);
+  column->setContentsMargins(0, 0, 0, 0);
+  column->setSpacing(style::grid);
+  column->addWidget(makeBlockTitle(labels::folders));
+  column->addWidget(_folders);
+  return block;
+}
+
+QWidget* MenuBarView::makeFooter() {
+  const auto makeRow = [this](std::string_view title, const QString& shortcut,
+                              const std::function<void()>& closure) {
+    auto* row = new MenuRow;
+    row->setContent({.title = textOf(title), .trailing = shortcut});
+    connect(row, &QPushButton::clicked, this, [&closure] {
+      if (closure) closure();
+    });
+    return row;
+  };
+  const QKeySequence quit(Qt::CTRL | Qt::Key_Q);
+  auto* footer = new QWidget;
+  auto* column = new QVBoxLayout(footer);
+  column->setContentsMargins(side, 0, side, side);
+  column->setSpacing(0);
+  column->addWidget(new Divider);
+  column->addSpacing(style::grid);
+  column->addWidget(makeRow(labels::openTidemar, {}, onOpen));
+  column->addWidget(makeRow(labels::quitTidemar, quit.toString(QKeySequence::NativeText), onQuit));
+  return footer;
+}
+
+void MenuBarView::setState(const MenuBarState& state) {
+  const MenuBarBlocks blocks = menuBarBlocks(state);
+  _warning->setVisible(blocks.hasExtensionWarning);
+  _headline->show(state.headline);
+  _subheadline->show(state.subheadline);
+  _invitation->setVisible(blocks.hasInvitation);
+  _forecast->setGroups(state.forecast);
+  _forecast->setVisible(blocks.hasForecast);
+  _folders->update(
+      state.folders, [](const FolderSummary& summary) { return summary.id; },
+      [this] { return new FolderRow(*this); },
+      [](FolderRow& row, const FolderSummary& summary) { row.show(summary); });
+  _foldersBlock->setVisible(blocks.hasFolders);
+  _recentRuns->setRuns(state.recentRuns);
+  _recentRuns->setVisible(blocks.hasRecentRuns);
+  restoreReadingOrder(*this);
+  _contentHeight = _scroll->measureHeight(contentWidth);
+  updateGeometry();
+}
+
+QSize MenuBarView::sizeHint() const {
+  return {contentWidth, _contentHeight + _footer->sizeHint().height()};
+}
+
+void MenuBarView::keyPressEvent(QKeyEvent* event) {
+  // Rows are walked through as in a menu.
+  if (event->key() == Qt::Key_Down) {
+    focusNextPrevChild(true);
+  } else if (event->key() == Qt::Key_Up) {
+    focusNextPrevChild(false);
+  } else {
+    QWidget::keyPressEvent(event);
+  }
+}
+
+}  // namespace tidemar

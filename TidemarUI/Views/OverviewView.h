@@ -1,0 +1,35 @@
+#pragma once
+
+#include <QStackedWidget>
+#include <functional>
+#include <vector>
+
+#include "TidemarCore/FileURL.h"
+#include "TidemarUI/State/MainState.h"
+#include "TidemarUI/Views/ForecastList.h"
+#include "TidemarUI/Views/RecentRunList.h"
+#include "TidemarUI/Views/ScrollColumn.h"
+#include "TidemarUI/Views/TextLabel.h"
+
+namespace tidemar {
+
+/// What goes when out of all folders, and what went; without any folder an invitation.
+class OverviewView : public QStackedWidget {
+ public:
+  OverviewView();
+
+  std::function<void(const RecentRun&)> onPutBack;
+  std::function<void(const std::vector<FileURL>&)> onShowInFinder;
+
+  void setState(const MainState& state);
+
+ private:
+  QWidget* _invitation;
+  ScrollColumn* _summary;
+  TextLabel* _headline;
+  TextLabel* _subheadline;
+  ForecastList* _forecast;
+  RecentRunList* _recentRuns;
+};
+
+}  // namespace tidemar

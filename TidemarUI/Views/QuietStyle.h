@@ -1,0 +1,35 @@
+#pragma once
+
+#include <QProxyStyle>
+
+namespace tidemar {
+
+/// Fusion's controls drawn flat, in the colours and corners of `style`: push buttons, check boxes,
+/// number fields, pickers, scroll bars. For desktops that bring no style of their own.
+class QuietStyle : public QProxyStyle {
+ public:
+  QuietStyle();
+
+  void drawPrimitive(PrimitiveElement element, const QStyleOption* option, QPainter* painter,
+                     const QWidget* widget) const override;
+  void drawControl(ControlElement element, const QStyleOption* option, QPainter* painter,
+                   const QWidget* widget) const override;
+  void drawComplexControl(ComplexControl control, const QStyleOptionComplex* option,
+                          QPainter* painter, const QWidget* widget) const override;
+  QRect subControlRect(ComplexControl control, const QStyleOptionComplex* option,
+                       SubControl subControl, const QWidget* widget) const override;
+  QSize sizeFromContents(ContentsType type, const QStyleOption* option, const QSize& size,
+                         const QWidget* widget) const override;
+  QIcon standardIcon(StandardPixmap pixmap, const QStyleOption* option,
+                     const QWidget* widget) const override;
+  void polish(QWidget* widget) override;
+  using QProxyStyle::polish;
+  int pixelMetric(PixelMetric metric, const QStyleOption* option,
+                  const QWidget* widget) const override;
+};
+
+/// Gives the application that style where the desktop left it with Fusion. Call it once, after the
+/// application exists.
+void adoptQuietStyle();
+
+}  // namespace tidemar

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <functional>
+#include <string>
+
+#include "Platform/Locale/Formats.h"
+#include "TidemarCore/TemporarySettings.h"
+#include "TidemarUI/Views/Card.h"
+
+namespace tidemar {
+
+class RuleRow;
+
+/// The rules by which a folder is cleared: a check box each, two of them with a number.
+class RulesSection : public FormSection {
+ public:
+  RulesSection(const Formats& formats, const std::string& binName);
+
+  /// The folder's settings with just what was edited changed.
+  std::function<void(const TemporarySettings&)> onChangeSettings;
+
+  void setSettings(const TemporarySettings& settings);
+
+  /// Hands out a number that is being edited.
+  void finishEdits();
+
+ private:
+  RuleRow* addRule(std::string_view label,
+                   TemporarySettings (*edit)(TemporarySettings settings, bool isOn));
+  void addNumber(RuleRow& row, const Formats& formats, std::string_view label,
+                 TemporarySettings (*edit)(TemporarySettings settings, std::int64_t number));
+  void send(const TemporarySettings& settings) const;
+
+  TemporarySettings _settings;
+  RuleRow* _age;
+  RuleRow* _size;
+  RuleRow* _automatic;
+  RuleRow* _restart;
+};
+
+}  // namespace tidemar

@@ -1,0 +1,131 @@
+#include "TidemarUI/Views/Sidebar.h"
+
+#include <QContextMenuEvent>
+#include <QMenu>
+#include <QPainter>
+#include <QScopedValueRollback>
+#include <QStyledItemDelegate>
+
+#include "TidemarUI/State/Labels.h"
+#include "TidemarUI/Views/Icons.h"
+#include "TidemarUI/Views/RowPainting.h"
+#include "TidemarUI/Views/Style.h"
+#include "TidemarUI/Views/TextLabel.h"
+
+namespace tidemar {
+namespace {
+
+constexpr int iconSize = 16;
+constexpr int margin = 2 * style::grid;
+constexpr int titleTop = 3 * style::grid;
+constexpr int titleBottom = style::grid;
+
+RowContent contentOf(const SidebarRow& row) {
+  return {.icon = row.isFolder() ? icons::folder(row.path) : icons::symbol(icons::Symbol::calendar),
+          .iconSize = iconSize,
+          .isIconSymbolic = !row.isFolder(),
+          .title = textOf(row.name),
+          .detail = textOf(row.detail)};
+}
+
+QFont titleFont() {
+  return style::font(style::TextSize::secondary, QFont::DemiBold);
+}
+
+class SidebarDelegate : public QStyledItemDelegate {
+ public:
+  SidebarDelegate(const SidebarModel& model, QObject* parent)
+      : QStyledItemDelegate(parent), _model(model) {}
+
+  QSize sizeHint(const QStyleOptionViewItem&, const QModelIndex& index) const override {
+    const SidebarRow& row = _model.row(index);
+    // Rows fill the list, whose width isn't theirs to ask for.
+    if (!row.selection) return {0, titleTop + QFontMetrics(titleFont()).height() + titleBottom};
+    return {0, rowSize(contentOf(row)).height()};
+  }
+
+  void paint(QPainter* painter, const QStyleOptionViewItem& option,
+             const QModelIndex& index) const override {
+    const SidebarRow& row = _model.row(index);
+    painter->save();
+    if (row.selection) {
+      RowLook look{.inset = margin};
+      if (option.state.testFlag(QStyle::State_Selected)) {
+        look.highlight = RowHighlight::selected;
+      } else if (option.state.testFlag(QStyle::State_MouseOver)) {
+        look.highlight = RowHighlight::highlighted;
+      }
+      look.hasFocusRing = option.state.testFlag(QStyle::State_HasFocus) &&
+                          option.widget->window()->testAttribute(Qt::WA_KeyboardFocusChange);
+      paintRow(*painter, option.rect, contentOf(row), look, *option.widget);
+    } else {
+      painter->setFont(titleFont());
+      painter->setPen(style::secondaryText(option.palette));
+      painter->drawText(option.rect.adjusted(margin, titleTop, -margin, -titleBottom),
+                        static_cast<int>(QStyle::visualAlignment(option.direction, Qt::AlignLeft)),
+                        textOf(row.name));
+    }
+    painter->restore();
+  }
+
+ private:
+  const SidebarModel& _model;
+};
+
+}  // namespace
+
+Sidebar::Sidebar(QWidget* parent) : QListView(parent) {
+  setModel(&_model);
+  setItemDelegate(new SidebarDelegate(_model, this));
+  setFrameShape(QFrame::NoFrame);
+  setMouseTracking(true);
+  viewport()->setAttribute(Qt::WA_Hover);
+  viewport()->setAutoFillBackground(false);
+  setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+  setVerticalScrollMode(ScrollPerPixel);
+  setResizeMode(Adjust);
+  setViewportMargins(margin, margin, margin, margin);
+  setAccessibleName(textOf(labels::folders));
+}
+
+void Sidebar::setState(const MainState& state, const std::optional<MainSelection>& selection) {
+  const QScopedValueRollback following(_isFollowing, true);
+  _model.setRows(sidebarRows(state));
+  const QModelIndex index = _model.indexOf(selection);
+  if (index == currentIndex()) return;
+  setCurrentIndex(index);
+  if (!index.isValid()) clearSelection();
+}
+
+void Sidebar::currentChanged(const QModelIndex& current, const QModelIndex& previous) {
+  QListView::currentChanged(current, previous);
+  if (_isFollowing || !current.isValid() || !onSelect) return;
+  if (const auto selection = _model.row(current).selection) onSelect(*selection);
+}
+
+void Sidebar::focusInEvent(QFocusEvent* event) {
+  // A list without a current row takes its first one when the focus comes, which nobody chose.
+  const QScopedValueRollback following(_isFollowing, true);
+  QListView::focusInEvent(event);
+}
+
+void Sidebar::contextMenuEvent(QContextMenuEvent* event) {
+  const bool isByKeyboard = event->reason() == QContextMenuEvent::Keyboard;
+  const QModelIndex index =
+      isByKeyboard ? currentIndex() : indexAt(viewport()->mapFrom(this, event->pos()));
+  if (!index.isValid() || !_model.row(index).isFolder()) return;
+  const SidebarRow row = _model.row(index);
+
+  auto* menu = new QMenu(this);
+  menu->setAttribute(Qt::WA_DeleteOnClose);
+  menu->addAction(textOf(labels::showInFinder), this, [this, row] {
+    if (onShowInFinder) onShowInFinder({FileURL(row.path)});
+  });
+  menu->addAction(textOf(labels::removeFromTidemar), this, [this, row] {
+    if (onRemoveFolder) onRemoveFolder(*row.selection->folderID);
+  });
+  menu->popup(isByKeyboard ? viewport()->mapToGlobal(visualRect(index).center())
+                           : event->globalPos());
+}
+
+}  // namespace tidemar

@@ -1,0 +1,232 @@
+#include <QApplication>
+#include <QCloseEvent>
+#include <QMenu>
+#include <QThreadPool>
+
+#include <gtest/gtest.h>
+
+#include "FakeServices.h"
+#include "Tidemar/MainContainerView.h"
+#include "Tidemar/Popover.h"
+#include "Tidemar/WindowCoordinator.h"
+#include "TidemarUI/Views/MainView.h"
+
+namespace tidemar::testing {
+namespace {
+
+struct HandedUpdateService : UpdateService {
+  bool canCheckForUpdates() const override { return canCheck; }
+  void checkForUpdates() override { ++checks; }
+  bool canCheck = false;
+  int checks = 0;
+};
+
+class WindowCoordinatorTest : public ::testing::Test {
+ protected:
+  WindowCoordinatorTest() {
+    // The disk in memory serves one thread at a time.
+    QThreadPool::globalInstance()->setMaxThreadCount(1);
+    world.disk.draw("/home/ada/Downloads/");
+    world.disk.draw("/home/ada/Scratch/");
+    first = world.makeTemporary("/home/ada/Downloads");
+    second = world.makeTemporary("/home/ada/Scratch");
+    QObject::connect(world.model.get(), &AppModel::isRunningChanged,
+                     [this] { cycles += world.model->isRunning() ? 1 : 0; });
+  }
+
+  ~WindowCoordinatorTest() override {
+    waitForCycle();
+    QThreadPool::globalInstance()->waitForDone();
+    QApplication::processEvents();
+    QThreadPool::globalInstance()->setMaxThreadCount(QThread::idealThreadCount());
+  }
+
+  ScreenContext context() {
+    return {.model = *world.model,
+            .updates = updates,
+            .defaults = world.standardDefaults,
+            .currentDate = [this] { return Date{world.now}; },
+            .currentFormats = [] { return Formats("en_US", "UTC"); },
+            .showInFileManager = [](const std::vector<FileURL>&) {},
+            .showExtensionManagement = [] {},
+            .openLoginItemsSettings = [] {},
+            .quit = [] {}};
+  }
+
+  MainView& mainView() {
+    for (QWidget* widget : windows.window("main")->findChildren<QWidget*>()) {
+      if (auto* view = dynamic_cast<MainView*>(widget)) return *view;
+    }
+    throw std::runtime_error("there is no main window");
+  }
+
+  void waitForCycle() {
+    while (world.model->isRunning())
+      QApplication::processEvents(QEventLoop::WaitForMoreEvents);
+  }
+
+  void select(const std::optional<MainSelection>& selection) {
+    windows.mainWindowState().select(selection);
+    waitForCycle();
+  }
+
+  ModelWorld world;
+  HandedUpdateService service;
+  Updates updates{service};
+  WindowCoordinator windows{context()};
+  std::int64_t first = 0;
+  std::int64_t second = 0;
+  int cycles = 0;
+};
+
+TEST_F(WindowCoordinatorTest, OpensOneWindowOfAKindAndIsInTheBackgroundWithoutAny) {
+  int changes = 0;
+  QObject::connect(&windows, &WindowCoordinator::hasOpenWindowsChanged, [&] { ++changes; });
+  windows.showMain();
+  QWidget* main = windows.window("main");
+  windows.showMain();
+  EXPECT_EQ(windows.window("main"), main);
+  windows.showSettings();
+  main->close();
+  EXPECT_TRUE(windows.hasOpenWindows());
+  EXPECT_EQ(changes, 1);
+  windows.window("settings")->close();
+  EXPECT_FALSE(windows.hasOpenWindows());
+  EXPECT_EQ(changes, 2);
+  windows.showMain();
+  EXPECT_TRUE(windows.window("main")->isVisible());
+}
+
+TEST_F(WindowCoordinatorTest, ShowsTheFolderThatItIsGivenAndElseWhatItShowed) {
+  windows.showMain(FileURL("/home/ada/Downloads"));
+  EXPECT_EQ(windows.mainWindowState().selection(), MainSelection::folder(first));
+  windows.showMain(FileURL("/home/ada/Nowhere"));
+  EXPECT_EQ(windows.mainWindowState().selection(), MainSelection::folder(first));
+  windows.window("main")->close();
+  windows.showMain();
+  EXPECT_EQ(windows.mainWindowState().selection(), MainSelection::folder(first));
+}
+
+TEST_F(WindowCoordinatorTest, LeavingAFoldersPageStartsACycle) {
+  windows.showMain();
+  struct Row {
+    const char* name;
+    std::optional<MainSelection> from;
+    std::optional<MainSelection> to;
+    int cycles;
+  };
+  const Row rows[] = {
+      {"from the overview to a folder", MainSelection::overview(), MainSelection::folder(first), 0},
+      {"from a folder to the overview", MainSelection::folder(first), MainSelection::overview(), 1},
+      {"from a folder to another", MainSelection::folder(first), MainSelection::folder(second), 1},
+      {"from a folder to itself", MainSelection::folder(first), MainSelection::folder(first), 0},
+      {"from a folder to nothing", MainSelection::folder(first), std::nullopt, 1},
+      {"from nothing to a folder", std::nullopt, MainSelection::folder(first), 0},
+      {"from the overview to nothing", MainSelection::overview(), std::nullopt, 0},
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.name);
+    select(row.from);
+    cycles = 0;
+    select(row.to);
+    EXPECT_EQ(cycles, row.cycles);
+  }
+}
+
+TEST_F(WindowCoordinatorTest, RemovingTheShownFolderLeavesItBeforeTheRemovalIsDone) {
+  windows.showMain(FileURL("/home/ada/Downloads"));
+  mainView().onRemoveFolder(first);
+  EXPECT_EQ(windows.mainWindowState().selection(), MainSelection::overview());
+  EXPECT_EQ(world.model->reports().size(), 2U);
+  while (world.model->reports().size() == 2)
+    QApplication::processEvents(QEventLoop::WaitForMoreEvents);
+  waitForCycle();
+}
+
+TEST_F(WindowCoordinatorTest, AFailedAddLeavesTheSelection) {
+  windows.showMain(FileURL("/home/ada/Downloads"));
+  auto* container = dynamic_cast<MainContainerView*>(mainView().parentWidget());
+  QCoro::waitFor(container->addFolder(FileURL("/home/ada/Nowhere")));
+  EXPECT_EQ(world.alerts.told.size(), 1U);
+  EXPECT_EQ(windows.mainWindowState().selection(), MainSelection::folder(first));
+  world.disk.draw("/home/ada/New/");
+  QCoro::waitFor(container->addFolder(FileURL("/home/ada/New")));
+  EXPECT_NE(windows.mainWindowState().selection(), MainSelection::folder(first));
+  waitForCycle();
+}
+
+TEST_F(WindowCoordinatorTest, AnEditOnTopOfOneThatIsBeingWrittenLosesNeither) {
+  windows.showMain(FileURL("/home/ada/Downloads"));
+  // The screen still shows the stored settings when the second edit is made.
+  TemporarySettings aged;
+  aged.maxAgeDays = 30;
+  TemporarySettings restarting;
+  restarting.emptyOnRestart = true;
+  mainView().onChangeSettings(first, aged);
+  mainView().onChangeSettings(first, restarting);
+  TemporarySettings both = aged;
+  both.emptyOnRestart = true;
+  const auto stored = [this] { return world.model->reports().front().folder.settings; };
+  for (int turn = 0; turn < 100 && stored() != both; ++turn)
+    QApplication::processEvents(QEventLoop::WaitForMoreEvents);
+  EXPECT_EQ(stored(), both);
+}
+
+TEST_F(WindowCoordinatorTest, UpdatesCanBeCheckedForOnceTheServiceSaysSo) {
+  windows.showMain();
+  const auto action = [&] {
+    for (QAction* candidate : windows.window("main")->findChild<QMenu*>()->actions()) {
+      if (candidate->text() == "Check for Updates…") return candidate;
+    }
+    throw std::runtime_error("there is no such action");
+  }();
+  action->trigger();
+  EXPECT_EQ(service.checks, 0);
+  service.canCheck = true;
+  emit service.canCheckForUpdatesChanged();
+  action->trigger();
+  EXPECT_EQ(service.checks, 1);
+}
+
+TEST_F(WindowCoordinatorTest, TheMainWindowComesBackWhereItWas) {
+  windows.showMain();
+  windows.window("main")->setGeometry(60, 70, 700, 500);
+  windows.window("main")->close();
+  windows.showMain();
+  EXPECT_EQ(windows.window("main")->size(), QSize(700, 500));
+  windows.window("main")->close();
+  for (const char* stored : {"", "1 2 3", "99999 99999 700 500", "0 0 -5 -5"}) {
+    SCOPED_TRACE(stored);
+    world.standardDefaults.setString("windowFrame.TidemarMain", stored);
+    windows.showMain();
+    EXPECT_EQ(windows.window("main")->size(), QSize(820, 560));
+    windows.window("main")->close();
+  }
+}
+
+TEST(PopoverFrame, StandsAtTheIconWithinTheScreen) {
+  const QRect screen(0, 0, 1000, 800);
+  struct Row {
+    const char* name;
+    QRect icon;
+    QSize size;
+    QRect frame;
+  };
+  const Row rows[] = {
+      {"under a panel at the top", {500, 0, 24, 24}, {300, 400}, {361, 28, 300, 400}},
+      {"over a panel at the bottom", {500, 776, 24, 24}, {300, 400}, {361, 372, 300, 400}},
+      {"not beyond the right edge", {970, 776, 24, 24}, {300, 400}, {692, 372, 300, 400}},
+      {"not beyond the left edge", {0, 0, 24, 24}, {300, 400}, {8, 28, 300, 400}},
+      {"no higher than the screen", {500, 0, 24, 24}, {300, 4000}, {361, 8, 300, 784}},
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.name);
+    const QRect frame = popoverFrame(row.icon, row.size, screen);
+    EXPECT_EQ(frame.size(), row.frame.size());
+    EXPECT_LE(std::abs(frame.x() - row.frame.x()), 1);
+    EXPECT_LE(std::abs(frame.y() - row.frame.y()), 1);
+  }
+}
+
+}  // namespace
+}  // namespace tidemar::testing

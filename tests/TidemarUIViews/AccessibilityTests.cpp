@@ -1,0 +1,107 @@
+#include <QAbstractButton>
+#include <QAbstractSpinBox>
+#include <QComboBox>
+#include <QLabel>
+#include <set>
+
+#include <gtest/gtest.h>
+
+#include "TidemarUI/State/Labels.h"
+#include "TidemarUI/Views/MainView.h"
+#include "TidemarUI/Views/MenuBarView.h"
+#include "TidemarUI/Views/SettingsView.h"
+#include "TidemarUI/Views/SetupView.h"
+#include "ViewSamples.h"
+
+namespace tidemar::testing {
+namespace {
+
+/// Every visible control that can have the focus, as "role name".
+std::multiset<std::string> spokenControls(const QWidget& view) {
+  std::multiset<std::string> spoken;
+  for (QWidget* widget : view.findChildren<QWidget*>()) {
+    const bool takesFocus = widget->focusPolicy() & Qt::TabFocus;
+    if (!widget->isVisible() || !takesFocus || widget->focusProxy() != nullptr) continue;
+    QAccessibleInterface* interface = QAccessible::queryAccessibleInterface(widget);
+    std::string role = "other";
+    switch (interface->role()) {
+      case QAccessible::PushButton:
+      case QAccessible::ButtonMenu:
+        role = "button";
+        break;
+      case QAccessible::CheckBox:
+        role = interface->state().checked ? "checked box" : "box";
+        break;
+      case QAccessible::SpinBox:
+        role = "number";
+        break;
+      case QAccessible::ComboBox:
+        role = "picker";
+        break;
+      case QAccessible::List:
+        role = "list";
+        break;
+      default:
+        role = "role " + std::to_string(interface->role());
+    }
+    spoken.insert(role + " " + spokenName(*widget));
+  }
+  return spoken;
+}
+
+TEST(Accessibility, EveryControlHasARoleANameAndAState) {
+  MainView main(viewFormats(), "Bin");
+  main.setState(sampleState({sampleFolder(1)}));
+  main.setSelection(MainSelection::folder(1));
+  present(main, {820, 900});
+  EXPECT_EQ(
+      spokenControls(main),
+      (std::multiset<std::string>{
+          "list Folders", "button Add a folder", "button Remove from Tidemar", "button Menu",
+          "button Show in Finder", "checked box Temporary", "button Now, 2 items · 1 MB, a, b",
+          "checked box Not added or changed for", "number Not added or changed for",
+          "box The folder is over", "number The folder is over", "box The disk is nearly full",
+          "box The Mac restarts", "picker Move to Bin"}));
+
+  SettingsView settings;
+  settings.setState(
+      {.openAtLogin = false, .openAtLoginRequiresApproval = true, .showInMenuBar = true});
+  present(settings, {420, 300});
+  EXPECT_EQ(spokenControls(settings),
+            (std::multiset<std::string>{"box Open at login", "button Open Login Items…",
+                                        "checked box Show in menu bar", "button Set Up…"}));
+}
+
+TEST(Accessibility, AStepSaysWhetherItIsDone) {
+  SetupView setup;
+  setup.setState({.isExtensionEnabled = true,
+                  .isOpenAtLogin = true,
+                  .isOpenAtLoginRequiresApproval = true,
+                  .isNotificationsEnabled = false});
+  present(setup, {420, 400});
+  std::vector<std::string> marks;
+  for (QLabel* label : setup.findChildren<QLabel*>()) {
+    const std::string name = spokenName(*label);
+    if (name == "Completed" || name == "Not completed") marks.push_back(name);
+  }
+  EXPECT_EQ(marks, (std::vector<std::string>{"Completed", "Completed", "Not completed"}));
+  EXPECT_EQ(spokenControls(setup),
+            (std::multiset<std::string>{"button Open Login Items…", "button Allow Notifications"}));
+}
+
+TEST(Accessibility, ASwitchOfTheSettingsAsksForTheOtherValue) {
+  SettingsView settings;
+  std::vector<bool> asked;
+  settings.onToggleOpenAtLogin = [&](bool isOn) { asked.push_back(isOn); };
+  settings.onToggleShowInMenuBar = settings.onToggleOpenAtLogin;
+  settings.setState(
+      {.openAtLogin = false, .openAtLoginRequiresApproval = false, .showInMenuBar = true});
+  present(settings, {420, 300});
+  QTest::keyClick(child<QCheckBox>(settings, "Open at login"), Qt::Key_Space);
+  QTest::keyClick(child<QCheckBox>(settings, "Show in menu bar"), Qt::Key_Return);
+  EXPECT_EQ(asked, (std::vector<bool>{true, false}));
+  EXPECT_FALSE(child<QCheckBox>(settings, "Open at login")->isChecked());
+}
+
+}  // namespace
+}  // namespace tidemar::testing

@@ -1,0 +1,116 @@
+#include <QLineEdit>
+#include <QPointer>
+#include <QScrollArea>
+#include <QScrollBar>
+
+#include <gtest/gtest.h>
+
+#include "TidemarUI/State/Labels.h"
+#include "TidemarUI/Views/FolderDetailView.h"
+#include "TidemarUI/Views/MainView.h"
+#include "TidemarUI/Views/MenuBarView.h"
+#include "TidemarUI/Views/NumberFieldView.h"
+#include "TidemarUI/Views/Sidebar.h"
+#include "ViewSamples.h"
+
+namespace tidemar::testing {
+namespace {
+
+/// Twenty folders, everything about which differs from one round to the next.
+MainState busyState(int round) {
+  std::vector<MainFolder> folders;
+  for (std::int64_t id = 1; id <= 20; ++id) {
+    MainFolder folder = sampleFolder(id);
+    folder.distanceToGoing = std::to_string(round) + " items go now";
+    folder.preview.headline = std::to_string(round) + " items go this week";
+    folder.preview.forecast = {sampleGroup("Now"), sampleGroup("Tomorrow")};
+    if (round % 2 == 1)
+      folder.preview.forecast.insert(folder.preview.forecast.begin(), sampleGroup("Today"));
+    folder.preview.forecast.push_back(sampleGroup("On restart", "Delete Permanently"));
+    folders.push_back(folder);
+  }
+  return sampleState(std::move(folders));
+}
+
+TEST(Refresh, AHundredOfThemLoseNoKeystrokeNoFocusAndNoPlace) {
+  MainView view(viewFormats(), "Bin");
+  std::vector<std::int64_t> written;
+  view.onChangeSettings = [&](std::int64_t, const TemporarySettings& settings) {
+    written.push_back(*settings.maxAgeDays);
+  };
+  view.setState(busyState(0));
+  view.setSelection(MainSelection::folder(3));
+  present(view, {640, 420});
+
+  auto* age = child<NumberFieldView>(view, std::string(labels::ageRule));
+  age->setFocus();
+  age->selectAll();
+  QScrollBar* bar = child<ScrollColumn>(*child<FolderDetailView>(view))->verticalScrollBar();
+  auto* sidebar = child<Sidebar>(view);
+  ASSERT_GT(bar->maximum(), 100);
+  bar->setValue(90);
+  sidebar->verticalScrollBar()->setValue(40);
+
+  const std::string typed = "1234567890";
+  for (int round = 1; round <= 100; ++round) {
+    if (round % 10 == 0) QTest::keyClick(age, typed[static_cast<std::size_t>(round / 10 - 1)]);
+    view.setState(busyState(round));
+    QApplication::processEvents();
+    ASSERT_EQ(QApplication::focusWidget(), age) << "round " << round;
+    ASSERT_EQ(bar->value(), 90) << "round " << round;
+    ASSERT_EQ(sidebar->verticalScrollBar()->value(), 40) << "round " << round;
+  }
+  EXPECT_EQ(age->text().toStdString(), typed);
+  EXPECT_TRUE(written.empty());
+  QTest::keyClick(age, Qt::Key_Return);
+  EXPECT_EQ(written, std::vector<std::int64_t>{3650});
+}
+
+TEST(Refresh, ARowKeepsTheFocusWhileOthersComeAndGoBesideIt) {
+  MenuBarView view;
+  MenuBarState state = busyState(0).overview;
+  view.setState(state);
+  present(view, view.sizeHint());
+  const QPointer<MenuRow> fourth = child<MenuRow>(view, "folder 4, 0 items go now");
+  ASSERT_NE(fourth, nullptr);
+  fourth->setFocus();
+
+  state.forecast.insert(state.forecast.begin(), sampleGroup("Today"));
+  state.folders.erase(state.folders.begin() + 1);
+  std::swap(state.folders[0], state.folders[1]);
+  state.folders[2].distanceToGoing = "1 item goes now";
+  view.setState(state);
+  QApplication::processEvents();
+  EXPECT_EQ(QApplication::focusWidget(), fourth);
+  EXPECT_EQ(fourth->accessibleName(), "folder 4, 1 item goes now");
+}
+
+TEST(Refresh, TheFocusGoesThroughRowsThatCameLaterInReadingOrder) {
+  MenuBarView view;
+  MenuBarState state = sampleState({sampleFolder(2)}).overview;
+  state.forecast.clear();
+  view.setState(state);
+  present(view, view.sizeHint());
+  state.forecast = {sampleGroup("Now"), sampleGroup("On restart", "Delete Permanently")};
+  state.folders.insert(
+      state.folders.begin(),
+      FolderSummary{.id = 1, .path = "/a", .name = "first", .rules = "", .distanceToGoing = ""});
+  state.isFinderExtensionOff = true;
+  view.setState(state);
+  QApplication::processEvents();
+
+  std::vector<std::string> order;
+  view.setFocus();
+  for (int step = 0; step < 8; ++step) {
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+    order.push_back(spokenName(*QApplication::focusWidget()));
+  }
+  const std::vector<std::string> expected = {
+      "Turn On",      "Now, 2 items · 1 MB, a, b",  "On restart, 2 items · 1 MB, a, b",
+      "first",        "folder 2, Nothing to clear", "Put 2 items back",
+      "Open Tidemar", "Quit Tidemar, Ctrl+Q"};
+  EXPECT_EQ(order, expected);
+}
+
+}  // namespace
+}  // namespace tidemar::testing

@@ -1,0 +1,91 @@
+#pragma once
+
+#include <QAccessible>
+#include <QApplication>
+#include <QTest>
+#include <QWidget>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "Platform/Locale/Formats.h"
+#include "TidemarUI/State/MainState.h"
+
+namespace tidemar::testing {
+
+inline Formats viewFormats() {
+  return Formats("en_US", "UTC");
+}
+
+inline ForecastGroup sampleGroup(const std::string& when,
+                                 const std::string& action = "Move to Bin") {
+  return {.when = when,
+          .action = action,
+          .isPermanent = action != "Move to Bin",
+          .isAtRestart = false,
+          .items = {FileURL("/home/ada/a"), FileURL("/home/ada/b")},
+          .totalSize = "1 MB"};
+}
+
+/// A folder that is Temporary and can be read.
+inline MainFolder sampleFolder(std::int64_t id = 1, TemporarySettings settings = {}) {
+  return {.id = id,
+          .name = "folder " + std::to_string(id),
+          .path = "/home/ada/folder " + std::to_string(id),
+          .isTemporary = true,
+          .isProtectedRoot = false,
+          .isReadable = true,
+          .distanceToGoing = "Nothing to clear",
+          .settings = settings,
+          .preview = {.headline = "2 items go now", .forecast = {sampleGroup("Now")}}};
+}
+
+inline MainState sampleState(std::vector<MainFolder> folders) {
+  MainState state;
+  state.overview.headline = "2 items go now";
+  for (const MainFolder& folder : folders)
+    state.overview.folders.push_back({.id = folder.id,
+                                      .path = folder.path,
+                                      .name = folder.name,
+                                      .rules = "90 days · Bin",
+                                      .distanceToGoing = folder.distanceToGoing});
+  state.overview.forecast = {sampleGroup("Now")};
+  state.overview.recentRuns = {{.id = 7,
+                                .summary = "2 items to the Bin",
+                                .detail = "folder 1 · 9:12",
+                                .journalEntryIDs = {7, 8},
+                                .canPutBack = true,
+                                .putBackLabel = "Put 2 items back"}};
+  state.folders = std::move(folders);
+  return state;
+}
+
+/// Shows a view as the active window, so that it can have the focus.
+inline void present(QWidget& view, QSize size) {
+  view.resize(size);
+  view.show();
+  view.activateWindow();
+  QApplication::setActiveWindow(&view);
+  QApplication::processEvents();
+}
+
+/// What a screen reader calls a widget.
+inline std::string spokenName(QWidget& widget) {
+  QAccessibleInterface* interface = QAccessible::queryAccessibleInterface(&widget);
+  return interface == nullptr ? "" : interface->text(QAccessible::Name).toStdString();
+}
+
+/// The first widget of a type below a view, or the first that also has this accessible name; null
+/// if there is none.
+template <class Widget>
+Widget* child(const QWidget& view, const std::optional<std::string>& name = std::nullopt) {
+  // The toolkit's own search doesn't tell apart types that it has no meta-object of.
+  for (QWidget* candidate : view.findChildren<QWidget*>()) {
+    auto* widget = dynamic_cast<Widget*>(candidate);
+    if (widget != nullptr && (!name || spokenName(*widget) == *name)) return widget;
+  }
+  return nullptr;
+}
+
+}  // namespace tidemar::testing
