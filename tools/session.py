@@ -60,7 +60,7 @@ class Session:
 
     def _start_display(self):
         reader, writer = os.pipe()
-        command = ["Xvfb", "-displayfd", str(writer), "-screen", "0", "1400x1000x24", "-nolisten", "tcp"]
+        command = ["Xvfb", "-displayfd", str(writer), "-screen", "0", "1400x1000x24", "-nolisten", "tcp", "-noreset"]
         self._services.append(subprocess.Popen(command, pass_fds=[writer], stderr=subprocess.DEVNULL))
         os.close(writer)
         with os.fdopen(reader) as display:

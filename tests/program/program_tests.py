@@ -282,7 +282,7 @@ class BadInput(ProgramTest):
             with self.subTest(name):
                 subprocess.run(["sqlite3", self.session.database, f"UPDATE journalEntry SET name = '{name}'"],
                                check=True)
-                program = self.session.start()
+                program = self.session.start("--launched-at-login")
                 self.session.call("ActivateAction", "put-back", "[<int64 1>]", "{}")
                 self.quit_alert()
                 self.session.stop(program)
