@@ -5,9 +5,9 @@
 #include <QApplication>
 #include <QComboBox>
 #include <QDir>
-#include <QMessageBox>
 #include <QLabel>
 #include <QLayout>
+#include <QMessageBox>
 #include <functional>
 #include <memory>
 
@@ -34,6 +34,11 @@ QPalette makePalette(bool isDark) {
                    isDark ? QColor(0x5b, 0x9b, 0xff) : QColor(0x1f, 0x6f, 0xeb));
   palette.setColor(QPalette::HighlightedText,
                    isDark ? QColor(0x0d, 0x14, 0x20) : QColor(Qt::white));
+  for (const auto role : {QPalette::Text, QPalette::WindowText, QPalette::ButtonText}) {
+    QColor faded = text;
+    faded.setAlphaF(0.42F);
+    palette.setColor(QPalette::Disabled, role, faded);
+  }
   palette.setColor(QPalette::ToolTipBase, window);
   palette.setColor(QPalette::ToolTipText, text);
   return palette;

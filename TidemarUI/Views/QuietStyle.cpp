@@ -62,9 +62,12 @@ void drawChevron(QPainter& painter, const QPointF& center, double size, bool isU
 void drawCheckBox(QPainter& painter, const QStyleOption& option) {
   const QPalette& palette = option.palette;
   const bool isOn = option.state.testFlag(QStyle::State_On);
+  if (hasKeyboardFocus(option)) {
+    drawBox(painter, option.rect.adjusted(-3, -3, 3, 3), 6.5, Qt::transparent,
+            style::accent(palette), 2);
+  }
   drawBox(painter, option.rect, 4.5, isOn ? style::accent(palette) : style::fieldFill(palette),
-          isOn || hasKeyboardFocus(option) ? style::accent(palette) : style::secondaryText(palette),
-          1.4);
+          isOn ? style::accent(palette) : style::secondaryText(palette), 1.4);
   if (option.state.testFlag(QStyle::State_Enabled) &&
       option.state & (QStyle::State_MouseOver | QStyle::State_Sunken)) {
     drawBox(painter, option.rect, 4.5, style::highlightFill(palette), Qt::transparent);
@@ -222,7 +225,7 @@ void QuietStyle::drawPrimitive(PrimitiveElement element, const QStyleOption* opt
 void QuietStyle::drawControl(ControlElement element, const QStyleOption* option, QPainter* painter,
                              const QWidget* widget) const {
   if (element == CE_CheckBox) {
-    // Without a text the focus has no other place to show than around the box, which has it.
+    // The focus shows around the box alone.
     const auto* button = qstyleoption_cast<const QStyleOptionButton*>(option);
     if (button != nullptr) {
       QStyleOptionButton indicator(*button);
@@ -265,11 +268,9 @@ void QuietStyle::drawComplexControl(ComplexControl control, const QStyleOptionCo
     case CC_ToolButton:
       painter->setOpacity(1);
       if (const auto* button = qstyleoption_cast<const QStyleOptionToolButton*>(option)) {
-        // That a button opens a menu its picture says.
-        QStyleOptionToolButton plain(*button);
-        plain.features &= ~QStyleOptionToolButton::ToolButtonFeatures(
-            QStyleOptionToolButton::HasMenu | QStyleOptionToolButton::MenuButtonPopup);
-        QProxyStyle::drawComplexControl(control, &plain, painter, widget);
+        // That a button opens a menu its picture says; there is no arrow beside it.
+        drawPrimitive(PE_PanelButtonTool, button, painter, widget);
+        drawControl(CE_ToolButtonLabel, button, painter, widget);
       }
       break;
     default:
@@ -277,6 +278,24 @@ void QuietStyle::drawComplexControl(ComplexControl control, const QStyleOptionCo
       QProxyStyle::drawComplexControl(control, option, painter, widget);
   }
   painter->restore();
+}
+
+void QuietStyle::drawItemText(QPainter* painter, const QRect& rect, int flags,
+                              const QPalette& palette, bool isEnabled, const QString& text,
+                              QPalette::ColorRole role) const {
+  const Qt::LayoutDirection before = painter->layoutDirection();
+  painter->setLayoutDirection(Qt::LayoutDirectionAuto);
+  QProxyStyle::drawItemText(painter, rect, flags, palette, isEnabled, text, role);
+  painter->setLayoutDirection(before);
+}
+
+QRect QuietStyle::subElementRect(SubElement element, const QStyleOption* option,
+                                 const QWidget* widget) const {
+  const QRect usual = QProxyStyle::subElementRect(element, option, widget);
+  if (element != SE_CheckBoxIndicator && element != SE_CheckBoxContents) return usual;
+  // The ring of the focus needs room at the edge.
+  const bool isMirrored = option->direction == Qt::RightToLeft;
+  return usual.translated(isMirrored ? -style::checkBoxRing : style::checkBoxRing, 0);
 }
 
 QRect QuietStyle::subControlRect(ComplexControl control, const QStyleOptionComplex* option,
@@ -308,6 +327,8 @@ QSize QuietStyle::sizeFromContents(ContentsType type, const QStyleOption* option
   switch (type) {
     case CT_PushButton:
       return {size.width() + 6 * style::grid, height};
+    case CT_CheckBox:
+      return usual + QSize(style::checkBoxRing, 2 * style::checkBoxRing);
     case CT_ComboBox:
       return {size.width() + pickerPadding + pickerArrowWidth + style::grid, height};
     case CT_SpinBox:

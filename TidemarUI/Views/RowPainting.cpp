@@ -89,6 +89,8 @@ void paintRow(QPainter& painter, const QRect& rect, const RowContent& content, c
               const QWidget& widget) {
   const QPalette& palette = widget.palette();
   const Qt::LayoutDirection direction = widget.layoutDirection();
+  // Where texts stand follows the screen; how they run, their own language.
+  painter.setLayoutDirection(Qt::LayoutDirectionAuto);
   paintGround(painter, rect, look, palette);
 
   const bool isSelected = look.highlight == RowHighlight::selected;

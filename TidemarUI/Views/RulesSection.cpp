@@ -48,6 +48,9 @@ RuleRow* RulesSection::addRule(std::string_view label,
   auto* row = new RuleRow;
   row->checkBox = new RequestingCheckBox(textOf(label));
   row->checkBox->onToggle = [this, edit](bool isOn) { send(edit(_settings, isOn)); };
+  QMargins margins = row->line().contentsMargins();
+  margins.setLeft(margins.left() - style::checkBoxRing);
+  row->line().setContentsMargins(margins);
   row->line().addWidget(row->checkBox, 1);
   card().addRow(row);
   return row;

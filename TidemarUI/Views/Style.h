@@ -19,6 +19,9 @@ inline constexpr int cardCorner = 10;
 /// between them begin on one line.
 inline constexpr int rowOutset = 10;
 
+/// How far a check box stands in from the edge of its widget, for the ring of the focus.
+inline constexpr int checkBoxRing = 4;
+
 /// How much of something that can't be used is left to see.
 inline constexpr double disabledOpacity = 0.42;
 

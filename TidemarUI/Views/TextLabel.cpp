@@ -53,6 +53,8 @@ void TextLabel::paintEvent(QPaintEvent*) {
       painter.setPen(style::warning(palette()));
       break;
   }
+  // Where the text stands follows the screen; how it runs, its own language.
+  painter.setLayoutDirection(Qt::LayoutDirectionAuto);
   const int place = QStyle::visualAlignment(layoutDirection(), alignment());
   const int flags = place | (_overflow == Overflow::wrap ? Qt::TextWordWrap : Qt::TextSingleLine);
   painter.drawText(contentsRect(), flags, _overflow == Overflow::wrap ? text() : elidedText());
