@@ -1,6 +1,7 @@
 #include "Tidemar/AppDelegate.h"
 
 #include <QApplication>
+#include <QDBusConnection>
 #include <QWindow>
 #include <chrono>
 #include <cstdlib>
@@ -44,7 +45,7 @@ struct PlatformServices {
   MessageBoxAlerts alerts;
   UserDefaults standardDefaults = UserDefaults::standard();
   UserDefaults sharedDefaults = UserDefaults::shared();
-  WakeNotifier wakeNotifier;
+  WakeNotifier wakeNotifier{QDBusConnection::systemBus()};
 };
 
 AppDelegate::AppDelegate() : _platform(std::make_unique<PlatformServices>()) {}
