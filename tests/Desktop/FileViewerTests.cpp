@@ -116,7 +116,7 @@ one/
   first
   second
 "two \xff"/
-  link -> first
+  link -> inner
   inner/
 )");
   const std::vector<std::string> items = {"one/first", "one/second", "two \xff/inner"};
