@@ -13,8 +13,9 @@
 #include "Platform/Desktop/FileViewer.h"
 #include "Platform/Desktop/LoginItemsSettings.h"
 #include "Platform/Desktop/ModalAlerts.h"
+#include "Platform/Desktop/PackageOwnership.h"
+#include "Platform/Desktop/PackageUpdates.h"
 #include "Platform/Desktop/UnavailableFinderExtension.h"
-#include "Platform/Desktop/UpdateService.h"
 #include "Platform/Desktop/WakeNotifier.h"
 #include "Platform/Files/DiskFileManager.h"
 #include "Platform/UserDefaults.h"
@@ -62,8 +63,9 @@ struct PlatformServices {
   ModalAlerts alerts;
   UserDefaults standardDefaults = UserDefaults::standard();
   UserDefaults sharedDefaults = UserDefaults::shared();
-  WakeNotifier wakeNotifier;
-  UnavailableUpdateService updateService;
+  WakeNotifier wakeNotifier{QDBusConnection::systemBus()};
+  PackageUpdates updateService{QDBusConnection::systemBus(), packageOfProgram(currentProgram()),
+                               alerts};
 };
 
 AppDelegate::AppDelegate() : _platform(std::make_unique<PlatformServices>()) {}
@@ -75,7 +77,7 @@ AppDelegate::~AppDelegate() {
 bool AppDelegate::start(const CommandLine& commandLine, int& exitStatus) {
   using Launch = ApplicationInstance::Launch;
   _instance = std::make_unique<ApplicationInstance>();
-  const Launch launch = commandLine.isLoginLaunch ? Launch::atLogin : Launch::byUser;
+  const Launch launch = commandLine.isByDesktop ? Launch::byDesktop : Launch::byUser;
   switch (_instance->claim(launch, commandLine.url)) {
     case ApplicationInstance::Role::first:
       break;
@@ -89,7 +91,7 @@ bool AppDelegate::start(const CommandLine& commandLine, int& exitStatus) {
   }
   finishLaunching();
   makeScreens();
-  if (!commandLine.isLoginLaunch) _windows->showMain();
+  if (!commandLine.isByDesktop) _windows->showMain();
   if (commandLine.url) open(*commandLine.url);
   return true;
 }
@@ -124,16 +126,16 @@ void AppDelegate::finishLaunching() {
 void AppDelegate::makeScreens() {
   adoptQuietStyle();
   _updates = std::make_unique<Updates>(_platform->updateService);
-  _windows = std::make_unique<WindowCoordinator>(ScreenContext{
-      .model = *_appModel,
-      .updates = *_updates,
-      .defaults = _platform->standardDefaults,
-      .currentDate = currentDate,
-      .currentFormats = currentFormats,
-      .showInFileManager = FileViewer::show,
-      .showExtensionManagement = [this] { _windows->showSetup(); },
-      .openLoginItemsSettings = LoginItemsSettings::open,
-      .quit = &QCoreApplication::quit});
+  _windows = std::make_unique<WindowCoordinator>(
+      ScreenContext{.model = *_appModel,
+                    .updates = *_updates,
+                    .defaults = _platform->standardDefaults,
+                    .currentDate = currentDate,
+                    .currentFormats = currentFormats,
+                    .showInFileManager = FileViewer::show,
+                    .showExtensionManagement = [this] { _windows->showSetup(); },
+                    .openLoginItemsSettings = LoginItemsSettings::open,
+                    .quit = &QCoreApplication::quit});
   _menuBarExtra = std::make_unique<MenuBarExtra>(*_windows);
   connect(_instance.get(), &ApplicationInstance::activated, _windows.get(),
           [this] { _windows->showMain(); });

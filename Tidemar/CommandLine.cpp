@@ -12,14 +12,16 @@ CommandLine parseCommandLine(std::span<const std::string> arguments) {
   if (arguments.empty()) return {};
   if (arguments.size() > 1) throw std::invalid_argument("Tidemar takes one URL and no more.");
   const std::string& argument = arguments.front();
-  if (argument == AutostartEntry::loginArgument) return {.isLoginLaunch = true, .url = {}};
+  if (argument == AutostartEntry::loginArgument || argument == "--launched-by-bus") {
+    return {.isByDesktop = true, .url = {}};
+  }
   if (argument.size() > longestURL) {
     throw std::invalid_argument("Tidemar takes no URL longer than 64 KiB.");
   }
   if (argument.starts_with('-')) {
     throw std::invalid_argument("Tidemar has no option “" + displayText(argument) + "”.");
   }
-  return {.isLoginLaunch = false, .url = argument};
+  return {.isByDesktop = false, .url = argument};
 }
 
 }  // namespace tidemar

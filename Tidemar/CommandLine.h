@@ -8,13 +8,14 @@ namespace tidemar {
 
 /// What a start of the program asks for.
 struct CommandLine {
-  bool isLoginLaunch = false;      ///< The desktop started the program at login, not the user.
+  bool isByDesktop = false;        ///< Not the user but the login or the bus started the program.
   std::optional<std::string> url;  ///< The bytes as they were given.
 
   friend bool operator==(const CommandLine&, const CommandLine&) = default;
 };
 
-/// Reads the arguments behind the program's name: none, one URL, or "--launched-at-login" alone.
+/// Reads the arguments behind the program's name: none, one URL, or alone "--launched-at-login" or
+/// "--launched-by-bus".
 /// Throws std::invalid_argument with a sentence for any others.
 CommandLine parseCommandLine(std::span<const std::string> arguments);
 

@@ -41,7 +41,7 @@ ApplicationInstance::Role ApplicationInstance::claim(Launch launch,
   bus.registerObject(objectPath, this);
   if (bus.registerService(serviceName)) return Role::first;
 
-  if (launch == Launch::atLogin) return Role::handedOver;
+  if (launch == Launch::byDesktop) return Role::handedOver;
   const QDBusMessage answer = bus.call(request(url));
   return answer.type() == QDBusMessage::ReplyMessage ? Role::handedOver : Role::refused;
 }

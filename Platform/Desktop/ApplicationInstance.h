@@ -24,8 +24,8 @@ class ApplicationInstance : public QObject {
   };
 
   enum class Launch {
-    byUser,   ///< Brings an application that runs already forward, or has it open the URL.
-    atLogin,  ///< Asks nothing of an application that runs already.
+    byUser,     ///< Brings an application that runs already forward, or has it open the URL.
+    byDesktop,  ///< Asks nothing of an application that runs already.
   };
 
   explicit ApplicationInstance(QObject* parent = nullptr);

@@ -1,43 +1,135 @@
 #include "Platform/Desktop/FileViewer.h"
 
-#include <QDBusConnection>
+#include <QCoroDBusPendingCall>
+#include <QCoroFuture>
 #include <QDBusMessage>
-#include <QDBusPendingCall>
-#include <QDBusPendingCallWatcher>
+#include <QDBusUnixFileDescriptor>
 #include <QDesktopServices>
 #include <QUrl>
+#include <QVariantMap>
+#include <QtConcurrentRun>
+#include <filesystem>
+#include <map>
+#include <set>
+#include <utility>
+
+#include <fcntl.h>
+
+#include "Platform/Files/FileDescriptor.h"
+#include "Platform/Files/PercentEncoding.h"
 
 namespace tidemar::FileViewer {
 namespace {
 
-QByteArray encodedURL(const FileURL& item) {
-  // The path is bytes of any encoding: each of them that isn't plain stands escaped.
-  return "file://" + QByteArray::fromStdString(item.path()).toPercentEncoding("/");
+/// What there is to show of the items asked for.
+struct Present {
+  std::vector<FileURL> items;
+  std::set<FileURL> folders;  ///< The nearest ones of the items that have gone.
+};
+
+bool isPresent(const FileURL& url) {
+  std::error_code error;
+  // What can't be looked at may well be there.
+  return std::filesystem::symlink_status(url.path(), error).type() !=
+         std::filesystem::file_type::not_found;
 }
 
-void openFolder(const FileURL& item) {
-  QDesktopServices::openUrl(QUrl::fromEncoded(encodedURL(item.deletingLastPathComponent())));
+Present present(const std::vector<FileURL>& items) {
+  Present present;
+  for (const FileURL& item : items) {
+    if (isPresent(item)) {
+      present.items.push_back(item);
+      continue;
+    }
+    FileURL folder = item.deletingLastPathComponent();
+    while (!isPresent(folder) && folder != folder.deletingLastPathComponent())
+      folder = folder.deletingLastPathComponent();
+    present.folders.insert(folder);
+  }
+  return present;
+}
+
+QString fileURI(const FileURL& url) {
+  return QStringLiteral("file://") + QString::fromStdString(percentEncoded(url.path()));
+}
+
+template <class URLs>
+QDBusMessage fileManagerRequest(const QString& method, const URLs& urls) {
+  QStringList uris;
+  for (const FileURL& url : urls)
+    uris << fileURI(url);
+  QDBusMessage request =
+      QDBusMessage::createMethodCall(QStringLiteral("org.freedesktop.FileManager1"),
+                                     QStringLiteral("/org/freedesktop/FileManager1"),
+                                     QStringLiteral("org.freedesktop.FileManager1"), method);
+  request << uris << QString();  // No identifier of a start.
+  return request;
+}
+
+/// Asks the desktop's portal to open the folder that an item lies in.
+QDBusMessage portalRequest(const FileDescriptor& item) {
+  QDBusMessage request = QDBusMessage::createMethodCall(
+      QStringLiteral("org.freedesktop.portal.Desktop"),
+      QStringLiteral("/org/freedesktop/portal/desktop"),
+      QStringLiteral("org.freedesktop.portal.OpenURI"), QStringLiteral("OpenDirectory"));
+  request << QString() << QVariant::fromValue(QDBusUnixFileDescriptor(item.get())) << QVariantMap();
+  return request;
+}
+
+/// A descriptor that names the item and opens nothing. None for a link, which it would follow: the
+/// portal takes no descriptor of a link itself.
+FileDescriptor naming(const FileURL& item) {
+  std::error_code error;
+  if (std::filesystem::is_symlink(item.path(), error)) return {};
+  return FileDescriptor(open(item.path().c_str(), O_PATH | O_CLOEXEC));
+}
+
+QCoro::Task<bool> isTaken(QDBusConnection bus, QDBusMessage request) {
+  if (!bus.isConnected()) co_return false;
+  const QDBusMessage answer = co_await bus.asyncCall(request);
+  co_return answer.type() == QDBusMessage::ReplyMessage;
+}
+
+void openFolder(const FileURL& folder) {
+  QDesktopServices::openUrl(QUrl::fromEncoded(fileURI(folder).toLatin1()));
+}
+
+QCoro::Task<void> openFoldersOf(QDBusConnection bus, std::vector<FileURL> items) {
+  std::map<FileURL, FileURL> anItemByFolder;
+  for (const FileURL& item : items)
+    anItemByFolder.try_emplace(item.deletingLastPathComponent(), item);
+  for (const auto& [folder, item] : anItemByFolder) {
+    bool isShown = false;
+    if (const FileDescriptor descriptor = naming(item)) {
+      const QDBusMessage request = portalRequest(descriptor);
+      isShown = co_await isTaken(bus, request);
+    }
+    if (!isShown) openFolder(folder);
+  }
 }
 
 }  // namespace
 
-void show(const std::vector<FileURL>& items) {
-  if (items.empty()) return;
-  QStringList urls;
-  for (const FileURL& item : items)
-    urls += QString::fromLatin1(encodedURL(item));
-  QDBusMessage call = QDBusMessage::createMethodCall(
-      QStringLiteral("org.freedesktop.FileManager1"),
-      QStringLiteral("/org/freedesktop/FileManager1"),
-      QStringLiteral("org.freedesktop.FileManager1"), QStringLiteral("ShowItems"));
-  call << urls << qEnvironmentVariable("XDG_ACTIVATION_TOKEN");
+QCoro::Task<void> showItems(QDBusConnection sessionBus, std::vector<FileURL> items) {
+  // A drive that doesn't answer holds up a look at it for long.
+  const QFuture<Present> look = QtConcurrent::run(&present, std::move(items));
+  const Present there = co_await look;
 
-  auto* watcher = new QDBusPendingCallWatcher(QDBusConnection::sessionBus().asyncCall(call));
-  QObject::connect(watcher, &QDBusPendingCallWatcher::finished, watcher,
-                   [watcher, first = items.front()] {
-                     if (watcher->isError()) openFolder(first);
-                     watcher->deleteLater();
-                   });
+  if (!there.items.empty()) {
+    const QDBusMessage request = fileManagerRequest(QStringLiteral("ShowItems"), there.items);
+    const bool isShown = co_await isTaken(sessionBus, request);
+    if (!isShown) co_await openFoldersOf(sessionBus, there.items);
+  } else if (!there.folders.empty()) {
+    const QDBusMessage request = fileManagerRequest(QStringLiteral("ShowFolders"), there.folders);
+    const bool isShown = co_await isTaken(sessionBus, request);
+    if (isShown) co_return;
+    for (const FileURL& folder : there.folders)
+      openFolder(folder);
+  }
+}
+
+void show(const std::vector<FileURL>& items) {
+  showItems(QDBusConnection::sessionBus(), items);
 }
 
 }  // namespace tidemar::FileViewer

@@ -1,14 +1,21 @@
 #pragma once
 
+#include <QCoroTask>
+#include <QDBusConnection>
 #include <vector>
 
 #include "TidemarCore/FileURL.h"
 
-/// The desktop's file manager. Main thread; nothing here waits for an answer.
+/// The desktop's file manager. Main thread, which stays free.
 namespace tidemar::FileViewer {
 
-/// Asks it to show these items selected in their folder. Where no file manager can be asked, the
-/// folder of the first is opened. What has vanished meanwhile is the file manager's to tell.
+/// Shows items selected in their folders, all in one request. Where no file manager takes such a
+/// request, their folders are opened. Items that have gone are left out; if all have, the nearest
+/// folders above them that are still there are shown. Done once the file manager took the request.
+/// Never fails: where nothing can show a folder, nothing happens.
+QCoro::Task<void> showItems(QDBusConnection sessionBus, std::vector<FileURL> items);
+
+/// The same by the session's own bus, without waiting for it.
 void show(const std::vector<FileURL>& items);
 
 }  // namespace tidemar::FileViewer

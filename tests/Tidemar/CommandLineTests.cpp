@@ -21,6 +21,7 @@ TEST(CommandLine, IsOneURLOrTheMarkOfALoginOrNothing) {
        {"tidemar://folder?path=/a\xff"},
        CommandLine{false, "tidemar://folder?path=/a\xff"}},
       {"a login", {"--launched-at-login"}, CommandLine{true, {}}},
+      {"the bus", {"--launched-by-bus"}, CommandLine{true, {}}},
       {"the longest URL", {longest}, CommandLine{false, longest}},
       {"a URL too long", {longest + "a"}, {}},
       {"two URLs", {"tidemar://folder?path=/a", "tidemar://folder?path=/b"}, {}},

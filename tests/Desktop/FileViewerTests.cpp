@@ -1,0 +1,143 @@
+#include <QDBusArgument>
+#include <QDBusUnixFileDescriptor>
+#include <filesystem>
+#include <optional>
+
+#include <gtest/gtest.h>
+
+#include "FakeService.h"
+#include "OpenedURLs.h"
+#include "Platform/Desktop/FileViewer.h"
+#include "PrivateBus.h"
+
+namespace tidemar {
+namespace {
+
+using namespace testing;
+
+class FileViewerTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    if (!Helper::exists("dbus-daemon")) GTEST_SKIP() << "needs dbus-daemon";
+    bus.emplace();
+  }
+
+  void startFileManager() {
+    fileManager.emplace(bus->connect(), QStringLiteral("org.freedesktop.FileManager1"),
+                        QStringLiteral("/org/freedesktop/FileManager1"),
+                        [](const QDBusMessage&) { return QVariantList(); });
+  }
+
+  void startPortal() {
+    portal.emplace(
+        bus->connect(), QStringLiteral("org.freedesktop.portal.Desktop"),
+        QStringLiteral("/org/freedesktop/portal/desktop"), [this](const QDBusMessage& call) {
+          const auto item = qvariant_cast<QDBusUnixFileDescriptor>(call.arguments().value(1));
+          const std::string link = "/proc/self/fd/" + std::to_string(item.fileDescriptor());
+          shownByPortal.push_back(std::filesystem::read_symlink(link).string());
+          return QVariantList();
+        });
+  }
+
+  void show(const std::vector<std::string>& names) {
+    std::vector<FileURL> items;
+    for (const std::string& name : names)
+      items.push_back(directory.url(name));
+    QCoro::waitFor(FileViewer::showItems(bus->connect(), items));
+  }
+
+  QString uri(const char* encodedName) const {
+    return QStringLiteral("file://") + QString::fromStdString(directory.path(encodedName));
+  }
+
+  std::optional<PrivateBus> bus;
+  std::optional<FakeService> fileManager;
+  std::optional<FakeService> portal;
+  std::vector<std::string> shownByPortal;
+  OpenedURLs opened{"file"};
+  TemporaryDirectory directory;
+};
+
+TEST_F(FileViewerTest, AllItemsGoToTheFileManagerInOneRequestByTheirBytes) {
+  startFileManager();
+  makeTree(directory.url(), R"(
+"a b"
+50%#1?
+"line\nbreak \xff"
+dangling -> nowhere
+folder/
+  Täst
+)");
+  show({"a b", "50%#1?", "line\nbreak \xff", "gone", "dangling", "folder/Täst"});
+  ASSERT_EQ(fileManager->calls.size(), 1U);
+  const QDBusMessage& call = fileManager->calls[0];
+  EXPECT_EQ(call.member(), QStringLiteral("ShowItems"));
+  EXPECT_EQ(call.signature(), QStringLiteral("ass"));
+  EXPECT_EQ(call.arguments().value(0).toStringList(),
+            QStringList({uri("a%20b"), uri("50%25%231%3F"), uri("line%0Abreak%20%FF"),
+                         uri("dangling"), uri("folder/T%C3%A4st")}));
+  EXPECT_EQ(opened.urls, QStringList());
+}
+
+TEST_F(FileViewerTest, AThousandItemsAreOneRequest) {
+  startFileManager();
+  std::vector<std::string> names;
+  for (int number = 0; number < 1000; ++number) {
+    names.push_back(std::to_string(number));
+    writeFile(directory.url(names.back()), "");
+  }
+  show(names);
+  ASSERT_EQ(fileManager->calls.size(), 1U);
+  EXPECT_EQ(fileManager->calls[0].arguments().value(0).toStringList().size(), 1000);
+}
+
+TEST_F(FileViewerTest, WhereAllItemsHaveGoneTheNearestFolderIsShown) {
+  startFileManager();
+  makeTree(directory.url(), "folder/");
+  show({"folder/gone", "folder/gone too/deep down", "folder/gone"});
+  ASSERT_EQ(fileManager->calls.size(), 1U);
+  EXPECT_EQ(fileManager->calls[0].member(), QStringLiteral("ShowFolders"));
+  EXPECT_EQ(fileManager->calls[0].arguments().value(0).toStringList(), QStringList(uri("folder")));
+
+  fileManager.reset();
+  show({"folder/gone"});
+  EXPECT_EQ(opened.urls, QStringList(uri("folder")));
+}
+
+TEST_F(FileViewerTest, NothingIsAskedForNothing) {
+  startFileManager();
+  show({});
+  EXPECT_TRUE(fileManager->calls.empty());
+}
+
+TEST_F(FileViewerTest, WithoutAFileManagerThatSelectsEachFolderIsOpenedOnce) {
+  makeTree(directory.url(), R"(
+one/
+  first
+  second
+"two \xff"/
+  link -> inner
+  inner/
+)");
+  const std::vector<std::string> items = {"one/first", "one/second", "two \xff/inner"};
+  const QStringList folders = {uri("one"), uri("two%20%FF")};
+
+  show(items);
+  EXPECT_EQ(opened.urls, folders) << "by its address, where there is no portal";
+
+  opened.urls.clear();
+  startPortal();
+  show(items);
+  EXPECT_EQ(shownByPortal,
+            (std::vector{directory.path("one/first"), directory.path("two \xff/inner")}));
+  EXPECT_EQ(portal->calls[0].signature(), QStringLiteral("sha{sv}"));
+  EXPECT_EQ(opened.urls, QStringList());
+
+  shownByPortal.clear();
+  show({"two \xff/link"});
+  EXPECT_TRUE(shownByPortal.empty()) << "the portal would show what the link leads to";
+  EXPECT_EQ(opened.urls, QStringList(uri("two%20%FF")));
+}
+
+}  // namespace
+}  // namespace tidemar

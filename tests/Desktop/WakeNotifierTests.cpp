@@ -1,0 +1,107 @@
+#include <QDBusMessage>
+#include <optional>
+
+#include <gtest/gtest.h>
+
+#include "Platform/Desktop/ClockWatcher.h"
+#include "Platform/Desktop/WakeNotifier.h"
+#include "PrivateBus.h"
+
+namespace tidemar {
+namespace {
+
+using namespace testing;
+using namespace std::chrono_literals;
+
+class WakeNotifierTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    if (!Helper::exists("dbus-daemon")) GTEST_SKIP() << "needs dbus-daemon";
+    bus.emplace();
+  }
+
+  /// Waits until all that was sent to a connection has been told.
+  void settle(const QDBusConnection& from, const QDBusConnection& to) {
+    const QDBusMessage ping = QDBusMessage::createMethodCall(
+        to.baseService(), QStringLiteral("/"), QStringLiteral("org.freedesktop.DBus.Peer"),
+        QStringLiteral("Ping"));
+    from.call(ping, QDBus::BlockWithGui);
+  }
+
+  std::optional<PrivateBus> bus;
+};
+
+TEST_F(WakeNotifierTest, CountsTheWakesThatLogindTells) {
+  struct Row {
+    const char* name;
+    std::vector<bool> isAboutToSleep;
+    int wakes;
+  };
+  const std::vector<Row> rows = {
+      {"nothing happens", {}, 0},
+      {"the computer is about to sleep", {true}, 0},
+      {"it sleeps and wakes", {true, false}, 1},
+      {"one wake is told twice", {true, false, false}, 1},
+      {"it wakes, dozes off again and wakes within a second", {true, false, true, false}, 1},
+  };
+  QDBusConnection logind = bus->connect();
+  logind.registerService(QStringLiteral("org.freedesktop.login1"));
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.name);
+    const QDBusConnection ours = bus->connect();
+    WakeNotifier notifier(ours);
+    int wakes = 0;
+    QObject::connect(&notifier, &WakeNotifier::didWake, [&wakes] { ++wakes; });
+    for (const bool isAboutToSleep : row.isAboutToSleep) {
+      QDBusMessage signal = QDBusMessage::createSignal(
+          QStringLiteral("/org/freedesktop/login1"),
+          QStringLiteral("org.freedesktop.login1.Manager"), QStringLiteral("PrepareForSleep"));
+      logind.send(signal << isAboutToSleep);
+    }
+    settle(logind, ours);
+    EXPECT_EQ(wakes, row.wakes);
+  }
+}
+
+TEST_F(WakeNotifierTest, AsksTheKernelOnlyWhereNoLogindAnswers) {
+  const auto watchesClock = [](const WakeNotifier& notifier) {
+    return notifier.findChild<ClockWatcher*>() != nullptr;
+  };
+  const WakeNotifier withoutBus(QDBusConnection(QStringLiteral("none")));
+  EXPECT_TRUE(watchesClock(withoutBus));
+
+  QDBusConnection other = bus->connect();
+  const QDBusConnection ours = bus->connect();
+  const WakeNotifier withoutLogind(ours);
+  settle(other, ours);
+  settle(ours, other);
+  EXPECT_TRUE(watchesClock(withoutLogind));
+
+  other.registerService(QStringLiteral("org.freedesktop.login1"));
+  const WakeNotifier withLogind(ours);
+  settle(ours, other);
+  EXPECT_FALSE(watchesClock(withLogind));
+}
+
+TEST(WakeReportsTest, OneWakeIsToldOnceHoweverOftenItIsReported) {
+  WakeReports reports;
+  EXPECT_TRUE(reports.isNewWake(100s)) << "the first";
+  EXPECT_FALSE(reports.isNewWake(100s)) << "at the same moment";
+  EXPECT_FALSE(reports.isNewWake(104s)) << "a few seconds later";
+  EXPECT_FALSE(reports.isNewWake(108s)) << "a row of reports";
+  EXPECT_TRUE(reports.isNewWake(114s)) << "after a short sleep";
+  EXPECT_TRUE(reports.isNewWake(8h));
+}
+
+TEST(TimeAsleepTest, AClockThatIsSetIsNoSleep) {
+  TimeAsleep timeAsleep(2h);
+  EXPECT_FALSE(timeAsleep.hasGrown(2h)) << "the clock was set";
+  EXPECT_FALSE(timeAsleep.hasGrown(2h + 3ms)) << "the two readings lay apart";
+  EXPECT_FALSE(timeAsleep.hasGrown(2h - 3ms));
+  EXPECT_TRUE(timeAsleep.hasGrown(2h + 2s));
+  EXPECT_FALSE(timeAsleep.hasGrown(2h + 2s)) << "the same sleep again";
+  EXPECT_TRUE(timeAsleep.hasGrown(10h));
+}
+
+}  // namespace
+}  // namespace tidemar
