@@ -127,8 +127,8 @@ class TreeRemoval {
       if (isDirectoryEntry(*entry)) {
         directory.pending.push_back({entry->name});
       } else {
-        unlinkEntry(entry->name, 0);
-        hasDeleted = true;
+        // An entry that is listed and isn't there must not have the pass repeated for ever.
+        hasDeleted = unlinkEntry(entry->name, 0) || hasDeleted;
       }
     }
     return hasDeleted;
@@ -142,8 +142,10 @@ class TreeRemoval {
     return isDirectory(values);
   }
 
-  void unlinkEntry(const char* name, int flags) {
-    if (unlinkat(_stack.top().descriptor.get(), name, flags) == 0 || errno == ENOENT) return;
+  /// Answers false for an entry that was gone already.
+  bool unlinkEntry(const char* name, int flags) {
+    if (unlinkat(_stack.top().descriptor.get(), name, flags) == 0) return true;
+    if (errno == ENOENT) return false;
     fail(_stack.url(name), errno);
   }
 

@@ -8,12 +8,14 @@
 #include <linux/fs.h>
 #include <sys/ioctl.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 #include "Platform/Files/DiskFileManager.h"
 #include "Platform/Files/FileDescriptor.h"
 #include "Platform/Files/Removal.h"
 #include "Platform/PlatformError.h"
+#include "support/FailingSystemCall.h"
 #include "support/SmallThread.h"
 #include "support/TemporaryTree.h"
 #include "support/TestFileSystems.h"
@@ -124,6 +126,14 @@ TEST(Removal, AFileOfAnotherUserInAStickyDirectoryKeepsTheWholeItem) {
   });
   for (const char* name : {"item/a/leaf", "item/sub/leaf", "item/z/leaf"})
     EXPECT_TRUE(exists(directory.url(name))) << name;
+}
+
+TEST(Removal, AnEntryThatIsListedAndIsNotThereEndsInAFailure) {
+  TemporaryDirectory directory;
+  makeTree(directory.url(), item);
+  withFailingSystemCall(SYS_unlinkat, ENOENT,
+                        [&] { EXPECT_EQ(removalCode(directory.url("item")), ENOENT); });
+  EXPECT_TRUE(isWhole(directory));
 }
 
 TEST(Removal, AnImmutablePartKeepsTheWholeItem) {
