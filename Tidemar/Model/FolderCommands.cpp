@@ -63,9 +63,7 @@ QCoro::Task<void> AppModel::removeFolder(Folder folder) {
 
 QCoro::Task<void> AppModel::changeSettings(Folder folder, TemporarySettings settings) {
   const auto change = [engine = _engine, folder, settings] {
-    Folder changed = currentRow(*engine, folder);
-    changed.settings = settings;
-    engine->store().update(changed);
+    engine->store().change(folder.id, [&](Folder& row) { row.settings = settings; });
   };
   try {
     co_await detached(change);

@@ -74,10 +74,10 @@ class Engine {
 
   /// Clears what is due, oldest first, and sets the folder's `lastRunAt` to `now`, which is also
   /// the `performedAt` of every entry. Ends early, as a run does that has nothing left to do, when
-  /// the tag is no longer there before an item or `gate` was closed; never in the middle of one. While it clears it holds a passage
-  /// of the gate.
-  /// An item that can't be removed is reported and doesn't end the run. Throws only where the
-  /// folder can't be read, before anything is touched, or `lastRunAt` can't be written.
+  /// the tag is no longer there before an item or `gate` was closed; never in the middle of one.
+  /// While it clears it holds a passage of the gate. An item that can't be removed is reported and
+  /// doesn't end the run. Throws only where the folder can't be read, before anything is touched,
+  /// or `lastRunAt` can't be written.
   RunResult run(std::int64_t folderID, Date now, RunGate& gate);
 
   /// Puts one item back from the Bin into its folder, wherever that lies now, under its own name.
@@ -93,7 +93,6 @@ class Engine {
   Reading read(std::int64_t folderID, Date now);
   JournalEntry remove(const Removal& removal, const Folder& folder, Date now);
   std::optional<FileURL> dispose(const FileURL& url, Disposal disposal) const;
-  void writeLastRun(Folder folder, Date now);
 
   std::unique_ptr<Store> _store;
   const FileManager& _fileManager;

@@ -77,6 +77,17 @@ void Store::update(const JournalEntry& entry) {
   });
 }
 
+Folder Store::change(std::optional<std::int64_t> folderID,
+                     const std::function<void(Folder&)>& change) {
+  return database->write([&](Database& db) {
+    auto folder = folderID ? FolderRow::withID(db, *folderID) : std::nullopt;
+    if (!folder) throw notFound("folder", folderID);
+    change(*folder);
+    FolderRow::update(db, *folder);
+    return *std::move(folder);
+  });
+}
+
 bool Store::deleteFolder(std::int64_t id) {
   return database->write([&](Database& db) { return FolderRow::remove(db, id); });
 }

@@ -24,6 +24,7 @@ class FolderLifecycle : public ::testing::Test, public testing::EngineWorld {
 
   const std::string tag{TemporaryTag::name};
   const TemporarySettings rules{7, 100, true, true, Disposal::delete_};
+  const TemporarySettings noRules{std::nullopt, std::nullopt, false, false, Disposal::bin};
 };
 
 TEST_F(FolderLifecycle, anAddedFolderIsKnownAndNothingElse) {
@@ -83,6 +84,22 @@ TEST_F(FolderLifecycle, aStaleBookmarkIsRenewedEvenInPlace) {
   EXPECT_EQ(renewed.path, "/f");
   EXPECT_NE(renewed.bookmark, folder.bookmark);
   EXPECT_EQ(row(folder), renewed);
+}
+
+TEST_F(FolderLifecycle, rulesThatAreChangedWhileAFolderIsSoughtOrTaggedStay) {
+  const Folder folder = temporaryFolder("/f", {});
+  files.rename("/f", "/new");
+  const auto turnOffAll = [&] {
+    engine.store().change(folder.id, [&](Folder& row) { row.settings = noRules; });
+  };
+  files.before("resolve", turnOffAll);
+  EXPECT_EQ(engine.resolvedFolder(*folder.id).folder.settings, noRules);
+  EXPECT_EQ(row(folder).settings, noRules);
+
+  engine.store().change(folder.id, [&](Folder& row) { row.settings = rules; });
+  files.before("setTags /new", turnOffAll);
+  engine.setTemporary(row(folder), false, now);
+  EXPECT_EQ(row(folder).settings, noRules);
 }
 
 TEST_F(FolderLifecycle, aLostFolderKeepsItsRowAndComesBackByItself) {
