@@ -61,7 +61,8 @@ class Engine {
   /// tag that can't be taken off is thrown and the row stays.
   void forget(const Folder& folder);
 
-  /// Finds the folder. If it has moved, or its bookmark wants renewing, the row is updated.
+  /// Finds the folder. If it has moved, or its bookmark wants renewing, the row is updated. Throws
+  /// where another known folder has taken the place of a lost one: each row has its own rules.
   ResolvedFolder resolve(const Folder& folder);
 
   /// Fetches and resolves. Throws `Failure::FolderNotFound`.
@@ -92,6 +93,7 @@ class Engine {
 
   Reading read(std::int64_t folderID, Date now);
   JournalEntry remove(const Removal& removal, const Folder& folder, Date now);
+  bool isAnotherFolder(const FileURL& url, const Folder& folder) const;
   std::optional<FileURL> dispose(const FileURL& url, Disposal disposal) const;
 
   std::unique_ptr<Store> _store;

@@ -1,3 +1,5 @@
+#include <algorithm>
+#include <cerrno>
 #include <exception>
 #include <utility>
 
@@ -57,6 +59,10 @@ ResolvedFolder Engine::resolve(const Folder& folder) {
   const ResolvedBookmark resolved = _fileManager.resolveBookmark(folder.bookmark);
   if (!resolved.isStale && resolved.url.path() == folder.path) return {folder, resolved.url};
 
+  if (resolved.isReplacement && isAnotherFolder(resolved.url, folder)) {
+    throw PlatformError("find", resolved.url, ENOENT, "another folder has taken its place");
+  }
+
   const std::string bookmark = _fileManager.bookmarkData(resolved.url);
   // To look for a folder takes a while, in which the user may have changed its rules.
   Folder moved = _store->change(folder.id, [&](Folder& row) {
@@ -64,6 +70,19 @@ ResolvedFolder Engine::resolve(const Folder& folder) {
     row.bookmark = bookmark;
   });
   return {std::move(moved), resolved.url};
+}
+
+/// Whether a place is that of a folder with another row.
+bool Engine::isAnotherFolder(const FileURL& url, const Folder& folder) const {
+  return std::ranges::any_of(_store->folders(), [&](const Folder& other) {
+    if (other.id == folder.id) return false;
+    try {
+      const ResolvedBookmark place = _fileManager.resolveBookmark(other.bookmark);
+      return !place.isReplacement && place.url == url;
+    } catch (const PlatformError&) {
+      return false;  // Where it can't be found, it doesn't lie here.
+    }
+  });
 }
 
 ResolvedFolder Engine::resolvedFolder(std::int64_t id) {

@@ -117,6 +117,26 @@ TEST_F(FolderLifecycle, aLostFolderKeepsItsRowAndComesBackByItself) {
   EXPECT_EQ(row(folder), folder);
 }
 
+TEST_F(FolderLifecycle, aLostFolderLeavesItsPlaceToTheKnownFolderThatTookIt) {
+  const Folder lost = temporaryFolder("/f", rules);
+  const Folder other = temporaryFolder("/g", {});
+  files.erase("/f");
+  files.rename("/g", "/f");
+  for (int i = 0; i < 2; ++i) {
+    EXPECT_EQ(codeOf([&] { engine.resolvedFolder(*lost.id); }), ENOENT);
+    EXPECT_EQ(engine.resolvedFolder(*other.id).url, FileURL("/f"));
+  }
+  EXPECT_EQ(row(lost), lost);
+  engine.forget(lost);
+  EXPECT_EQ(files.tags("/f"), Lines{tag});
+
+  files.draw("/new/");
+  const Folder gone = temporaryFolder("/new", rules);
+  files.erase("/new");
+  files.draw("/new/");
+  EXPECT_EQ(engine.resolvedFolder(*gone.id).url, FileURL("/new")) << "nobody else's";
+}
+
 TEST_F(FolderLifecycle, anUnknownFolderIsNotFound) {
   EXPECT_EQ(failureOf([&] { engine.resolvedFolder(7); }),
             Engine::Failure::Case(Engine::Failure::FolderNotFound{7}));
