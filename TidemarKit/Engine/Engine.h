@@ -77,8 +77,8 @@ class Engine {
   /// the `performedAt` of every entry. Ends early, as a run does that has nothing left to do, when
   /// the tag is no longer there before an item or `gate` was closed; never in the middle of one.
   /// While it clears it holds a passage of the gate. An item that can't be removed is reported and
-  /// doesn't end the run. Throws only where the folder can't be read, before anything is touched,
-  /// or `lastRunAt` can't be written.
+  /// doesn't end the run. Throws only where the folder can't be read or the store can't be written,
+  /// before anything is touched, or where `lastRunAt` can't be written.
   RunResult run(std::int64_t folderID, Date now, RunGate& gate);
 
   /// Puts one item back from the Bin into its folder, wherever that lies now, under its own name.

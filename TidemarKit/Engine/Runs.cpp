@@ -18,6 +18,9 @@ FolderStatus Engine::status(std::int64_t folderID, Date now) {
 RunResult Engine::run(std::int64_t folderID, Date now, RunGate& gate) {
   const auto [folder, status] = read(folderID, now);
 
+  // Nothing may go for which there would be no entry.
+  if (!status.dueNow.empty()) _store->requireWritable();
+
   const RunGate::Passage passage(gate);
   RunResult result;
   for (const Removal& removal : status.dueNow) {

@@ -4,6 +4,7 @@
 
 #include <sqlite3.h>
 
+#include "TidemarKit/Store/Database.h"
 #include "TidemarKit/Store/DatabaseError.h"
 #include "TidemarKit/Store/DatabaseQueue.h"
 #include "TidemarKit/Store/FolderRow.h"
@@ -53,6 +54,16 @@ std::vector<JournalEntry> Store::journalSince(Date date) const {
 
 std::vector<JournalEntry> Store::journalOfFolder(std::int64_t folderID) const {
   return database->read([&](Database& db) { return JournalEntryRow::ofFolder(db, folderID); });
+}
+
+void Store::requireWritable() {
+  database->write([](Database& db) {
+    // A number of the file's header that has no use here. Writing it takes the lock, the journal
+    // and the disk that an entry takes.
+    Statement statement = db.statement("PRAGMA user_version");
+    statement.step();
+    db.execute("PRAGMA user_version = " + std::to_string(statement.row().integer(0)));
+  });
 }
 
 Folder Store::insert(Folder folder) {

@@ -50,6 +50,9 @@ class Store {
   /// All entries of one folder, newest first; of one run the last inserted first.
   std::vector<JournalEntry> journalOfFolder(std::int64_t folderID) const;
 
+  /// Throws where the file can't be written just now: writes it, and changes nothing that it says.
+  void requireWritable();
+
   /// Inserts a row and answers the record with its new id.
   Folder insert(Folder folder);
   JournalEntry insert(JournalEntry entry);
