@@ -40,7 +40,7 @@ std::optional<BookmarkRecord> recordAt(const FileURL& url) {
 ResolvedBookmark outsideTrash(const std::string& path, bool isStale) {
   FileURL url(path);
   if (liesInTrash(url)) throw PlatformError(findOperation, url, ENOENT, "it lies in the Bin");
-  return {std::move(url), isStale};
+  return {.url = std::move(url), .isStale = isStale};
 }
 
 }  // namespace
@@ -64,10 +64,13 @@ ResolvedBookmark resolveBookmark(std::string_view bookmark) {
   if (isSameFileSystem && isSameDirectory(present->directory, remembered->directory)) {
     return outsideTrash(present->path, present->path != remembered->path);
   }
-  if (auto found = searchForDirectory(*remembered)) return {*std::move(found), true};
+  if (auto found = searchForDirectory(*remembered))
+    return {.url = *std::move(found), .isStale = true};
   // Through a link, only the directory itself will do.
   if (isSameFileSystem && present->path == remembered->path) {
-    return outsideTrash(present->path, true);
+    ResolvedBookmark replacement = outsideTrash(present->path, true);
+    replacement.isReplacement = true;
+    return replacement;
   }
   if (present && !isSameFileSystem) {
     throw PlatformError(findOperation, url, ENOENT, "the drive that it lies on isn't connected");

@@ -16,7 +16,8 @@ std::string makeBookmark(const FileURL& directory);
 /// The directory of a bookmark, by a path without links:
 /// 1. the one at the remembered path, if it is the same directory;
 /// 2. else the same directory where a bounded search finds it (stale);
-/// 3. else another directory at exactly the remembered path on the same file system (stale).
+/// 3. else another directory at exactly the remembered path on the same file system (stale, a
+///    replacement).
 /// Throws PlatformError where there is none of these: ENOENT where it is gone, its drive isn't
 /// there or it lies in a Trash; EINVAL for bytes that are no bookmark.
 ResolvedBookmark resolveBookmark(std::string_view bookmark);

@@ -177,6 +177,9 @@ std::optional<FileURL> mountRootAbove(const FileURL& old) {
 }  // namespace
 
 std::optional<FileURL> searchForDirectory(const BookmarkRecord& bookmark) {
+  const bool isRecognisable = bookmark.directory.handle || bookmark.directory.birthTime;
+  if (!isRecognisable) return std::nullopt;
+
   Search near(bookmark);
   const FileURL parent = FileURL(bookmark.path).deletingLastPathComponent();
   near.addRoot(parent);

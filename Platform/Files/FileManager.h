@@ -44,6 +44,10 @@ class TreeVisitor {
 struct ResolvedBookmark {
   FileURL url;
   bool isStale = false;  ///< The bookmark wants to be made anew.
+
+  /// The remembered directory wasn't found, and this is another one that lies at its old place. Such
+  /// a bookmark is stale too.
+  bool isReplacement = false;
 };
 
 /// The capacities of a volume in bytes, as far as it reports them.

@@ -5,6 +5,8 @@
 #include <cstring>
 
 #include <fcntl.h>
+#include <linux/magic.h>
+#include <sys/vfs.h>
 
 #include "Platform/Files/EntryValues.h"
 #include "Platform/PlatformError.h"
@@ -14,7 +16,15 @@ namespace {
 
 static_assert(longestFileHandle == MAX_HANDLE_SZ);
 
+/// FUSE makes its handles of numbers that it gives out in the order of first use: after the next
+/// mount one of them may be another directory's.
+bool keepsHandles(int directory) {
+  struct statfs fileSystem {};
+  return fstatfs(directory, &fileSystem) == 0 && fileSystem.f_type != FUSE_SUPER_MAGIC;
+}
+
 std::optional<FileHandle> fileHandle(int directory) {
+  if (!keepsHandles(directory)) return std::nullopt;
   constexpr std::size_t headerSize = offsetof(file_handle, f_handle);
   alignas(file_handle) std::array<char, headerSize + longestFileHandle> storage{};
   auto* handle = reinterpret_cast<file_handle*>(storage.data());

@@ -4,6 +4,7 @@
 #include <optional>
 #include <system_error>
 #include <utility>
+#include <vector>
 
 #include <dirent.h>
 #include <fcntl.h>
@@ -21,30 +22,39 @@ namespace {
 
 constexpr const char* operation = "delete";
 
-/// Why an entry may not leave a directory, as far as that shows beforehand; 0 if nothing speaks
-/// against it.
-int whatKeeps(const EntryValues& entry, int directory, const EntryValues& directoryValues) {
-  if ((entry.stx_attributes & (STATX_ATTR_IMMUTABLE | STATX_ATTR_APPEND)) != 0) return EPERM;
-  if (faccessat(directory, "", W_OK | X_OK, AT_EMPTY_PATH | AT_EACCESS) != 0) return errno;
+/// Whether a directory lets its entries go, as far as that shows beforehand.
+struct Holder {
+  int refusal = 0;             ///< An errno value that holds for every entry; 0 for none.
+  bool keepsOfOthers = false;  ///< Only what is this user's own may go.
+};
+
+/// Of a directory by its name in another one, or with an empty name of the open one itself.
+Holder holderOf(int directory, const char* name, const EntryValues& values) {
+  constexpr int flags = AT_EACCESS | AT_EMPTY_PATH | AT_SYMLINK_NOFOLLOW;
   const uid_t user = geteuid();
-  const bool isSticky = (directoryValues.stx_mode & S_ISVTX) != 0;
-  if (isSticky && user != 0 && directoryValues.stx_uid != user && entry.stx_uid != user)
-    return EPERM;
-  return 0;
+  const bool isSticky = (values.stx_mode & S_ISVTX) != 0;
+  return {.refusal = faccessat(directory, name, W_OK | X_OK, flags) == 0 ? 0 : errno,
+          .keepsOfOthers = isSticky && user != 0 && values.stx_uid != user};
+}
+
+/// Why an entry may not leave the directory that it lies in; 0 if nothing speaks against it.
+int whatKeeps(const EntryValues& entry, const Holder& holder) {
+  if ((entry.stx_attributes & (STATX_ATTR_IMMUTABLE | STATX_ATTR_APPEND)) != 0) return EPERM;
+  if (holder.refusal != 0) return holder.refusal;
+  return holder.keepsOfOthers && entry.stx_uid != geteuid() ? EPERM : 0;
 }
 
 /// Looks through a tree for what would stop its deletion half-way.
 class Survey : public WalkHandler {
  public:
+  explicit Survey(Holder root) : _holders{root} {}
+
   void entry(const WalkedEntry& entry) override {
     if (_obstacle) return;
-    int code =
-        (entry.values.stx_attributes & (STATX_ATTR_IMMUTABLE | STATX_ATTR_APPEND)) != 0 ? EPERM : 0;
-    if (code == 0 && entry.descriptor >= 0 &&
-        faccessat(entry.descriptor, "", W_OK | X_OK, AT_EMPTY_PATH | AT_EACCESS) != 0) {
-      code = errno;
-    }
-    if (code != 0) _obstacle = code;
+    // What lies in a directory follows it directly, so the way down ends in the entry's own.
+    _holders.resize(entry.depth);
+    if (const int code = whatKeeps(entry.values, _holders.back()); code != 0) _obstacle = code;
+    if (entry.descriptor >= 0) _holders.push_back(holderOf(entry.descriptor, "", entry.values));
   }
   void failed(const PlatformError& error) override {
     if (!_obstacle) _obstacle = error.code();
@@ -52,6 +62,7 @@ class Survey : public WalkHandler {
   std::optional<int> obstacle() const { return _obstacle; }
 
  private:
+  std::vector<Holder> _holders;  ///< The directories on the way down, the root first.
   std::optional<int> _obstacle;
 };
 
@@ -116,8 +127,8 @@ class TreeRemoval {
       if (isDirectoryEntry(*entry)) {
         directory.pending.push_back({entry->name});
       } else {
-        unlinkEntry(entry->name, 0);
-        hasDeleted = true;
+        // An entry that is listed and isn't there must not have the pass repeated for ever.
+        hasDeleted = unlinkEntry(entry->name, 0) || hasDeleted;
       }
     }
     return hasDeleted;
@@ -131,8 +142,10 @@ class TreeRemoval {
     return isDirectory(values);
   }
 
-  void unlinkEntry(const char* name, int flags) {
-    if (unlinkat(_stack.top().descriptor.get(), name, flags) == 0 || errno == ENOENT) return;
+  /// Answers false for an entry that was gone already.
+  bool unlinkEntry(const char* name, int flags) {
+    if (unlinkat(_stack.top().descriptor.get(), name, flags) == 0) return true;
+    if (errno == ENOENT) return false;
     fail(_stack.url(name), errno);
   }
 
@@ -155,11 +168,11 @@ void removeItem(const FileURL& url) {
   EntryValues values{};
   int code = readEntryValues(parent.get(), "", parentValues);
   if (code == 0) code = readEntryValues(parent.get(), name.c_str(), values);
-  if (code == 0) code = whatKeeps(values, parent.get(), parentValues);
+  if (code == 0) code = whatKeeps(values, holderOf(parent.get(), "", parentValues));
   if (code != 0) throw PlatformError(operation, url, code);
 
   if (isDirectory(values)) {
-    Survey survey;
+    Survey survey(holderOf(parent.get(), name.c_str(), values));
     TreeWalk(url, survey).run(parent.get(), name.c_str());
     if (survey.obstacle() == EXDEV) refuseBoundary(url, operation);
     if (survey.obstacle()) throw PlatformError(operation, url, *survey.obstacle());

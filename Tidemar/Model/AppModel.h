@@ -81,8 +81,9 @@ class AppModel : public QObject {
   /// other URL is ignored. The folder is answered once that is done.
   QCoro::Task<std::optional<FileURL>> open(std::string url);
 
-  /// Stops clearing between two items, waits until the run under way has written its end, and keeps
-  /// any other from beginning. Call it before the process ends.
+  /// Stops clearing between two items, waits until the run and the command under way have written
+  /// their end, and keeps any other that could be cut off from beginning. Call it before the
+  /// process ends.
   void stopClearing();
 
  signals:

@@ -33,7 +33,11 @@ QCoro::Task<std::optional<Folder>> AppModel::addFolder(FileURL url) {
 }
 
 QCoro::Task<void> AppModel::setTemporary(Folder folder, bool isTemporary) {
-  const auto set = [engine = _engine, folder, isTemporary, now = _services.currentDate()] {
+  const auto set = [engine = _engine, gate = _runGate, folder, isTemporary,
+                    now = _services.currentDate()] {
+    // A tag without its moment in the row would have the last restart empty the folder.
+    const RunGate::Passage passage(*gate);
+    if (gate->isClosed()) return;
     engine->setTemporary(currentRow(*engine, folder), isTemporary, now);
   };
   try {
@@ -63,9 +67,7 @@ QCoro::Task<void> AppModel::removeFolder(Folder folder) {
 
 QCoro::Task<void> AppModel::changeSettings(Folder folder, TemporarySettings settings) {
   const auto change = [engine = _engine, folder, settings] {
-    Folder changed = currentRow(*engine, folder);
-    changed.settings = settings;
-    engine->store().update(changed);
+    engine->store().change(folder.id, [&](Folder& row) { row.settings = settings; });
   };
   try {
     co_await detached(change);
@@ -80,7 +82,8 @@ QCoro::Task<void> AppModel::putBack(std::vector<std::int64_t> journalEntryIDs) {
   for (const std::int64_t id : journalEntryIDs) {
     const auto undo = [engine = _engine, gate = _runGate, id, now = _services.currentDate()] {
       const RunGate::Passage passage(*gate);
-      engine->undo(id, now);
+      // The process may end at any moment from now on, between the move and its record too.
+      if (!gate->isClosed()) engine->undo(id, now);
     };
     try {
       co_await detached(undo);

@@ -61,7 +61,8 @@ class Engine {
   /// tag that can't be taken off is thrown and the row stays.
   void forget(const Folder& folder);
 
-  /// Finds the folder. If it has moved, or its bookmark wants renewing, the row is updated.
+  /// Finds the folder. If it has moved, or its bookmark wants renewing, the row is updated. Throws
+  /// where another known folder has taken the place of a lost one: each row has its own rules.
   ResolvedFolder resolve(const Folder& folder);
 
   /// Fetches and resolves. Throws `Failure::FolderNotFound`.
@@ -74,10 +75,10 @@ class Engine {
 
   /// Clears what is due, oldest first, and sets the folder's `lastRunAt` to `now`, which is also
   /// the `performedAt` of every entry. Ends early, as a run does that has nothing left to do, when
-  /// the tag is no longer there before an item or `gate` was closed; never in the middle of one. While it clears it holds a passage
-  /// of the gate.
-  /// An item that can't be removed is reported and doesn't end the run. Throws only where the
-  /// folder can't be read, before anything is touched, or `lastRunAt` can't be written.
+  /// the tag is no longer there before an item or `gate` was closed; never in the middle of one.
+  /// While it clears it holds a passage of the gate. An item that can't be removed is reported and
+  /// doesn't end the run. Throws only where the folder can't be read or the store can't be written,
+  /// before anything is touched, or where `lastRunAt` can't be written.
   RunResult run(std::int64_t folderID, Date now, RunGate& gate);
 
   /// Puts one item back from the Bin into its folder, wherever that lies now, under its own name.
@@ -92,8 +93,8 @@ class Engine {
 
   Reading read(std::int64_t folderID, Date now);
   JournalEntry remove(const Removal& removal, const Folder& folder, Date now);
+  bool isAnotherFolder(const FileURL& url, const Folder& folder) const;
   std::optional<FileURL> dispose(const FileURL& url, Disposal disposal) const;
-  void writeLastRun(Folder folder, Date now);
 
   std::unique_ptr<Store> _store;
   const FileManager& _fileManager;

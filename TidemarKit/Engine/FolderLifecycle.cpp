@@ -1,3 +1,5 @@
+#include <algorithm>
+#include <cerrno>
 #include <exception>
 #include <utility>
 
@@ -29,15 +31,16 @@ Folder Engine::addFolder(const FileURL& url, Date now) {
 }
 
 void Engine::setTemporary(const Folder& folder, bool isTemporary, Date now) {
-  auto [resolved, url] = resolve(folder);
+  const FileURL url = resolve(folder).url;
   if (isTemporary) {
     TemporaryTag::add(_fileManager, url);
-    // A restart that lies before this moment must not empty the folder.
-    resolved.lastRunAt = now;
   } else {
     TemporaryTag::remove(_fileManager, url);
   }
-  _store->update(resolved);
+  _store->change(folder.id, [&](Folder& row) {
+    // A restart that lies before this moment must not empty the folder.
+    if (isTemporary) row.lastRunAt = now;
+  });
 }
 
 void Engine::forget(const Folder& folder) {
@@ -56,11 +59,30 @@ ResolvedFolder Engine::resolve(const Folder& folder) {
   const ResolvedBookmark resolved = _fileManager.resolveBookmark(folder.bookmark);
   if (!resolved.isStale && resolved.url.path() == folder.path) return {folder, resolved.url};
 
-  Folder moved = folder;
-  moved.path = resolved.url.path();
-  moved.bookmark = _fileManager.bookmarkData(resolved.url);
-  _store->update(moved);
+  if (resolved.isReplacement && isAnotherFolder(resolved.url, folder)) {
+    throw PlatformError("find", resolved.url, ENOENT, "another folder has taken its place");
+  }
+
+  const std::string bookmark = _fileManager.bookmarkData(resolved.url);
+  // To look for a folder takes a while, in which the user may have changed its rules.
+  Folder moved = _store->change(folder.id, [&](Folder& row) {
+    row.path = resolved.url.path();
+    row.bookmark = bookmark;
+  });
   return {std::move(moved), resolved.url};
+}
+
+/// Whether a place is that of a folder with another row.
+bool Engine::isAnotherFolder(const FileURL& url, const Folder& folder) const {
+  return std::ranges::any_of(_store->folders(), [&](const Folder& other) {
+    if (other.id == folder.id) return false;
+    try {
+      const ResolvedBookmark place = _fileManager.resolveBookmark(other.bookmark);
+      return !place.isReplacement && place.url == url;
+    } catch (const PlatformError&) {
+      return false;  // Where it can't be found, it doesn't lie here.
+    }
+  });
 }
 
 ResolvedFolder Engine::resolvedFolder(std::int64_t id) {

@@ -6,10 +6,12 @@
 namespace tidemar {
 
 /// Lets the end of the process wait for what must not be cut off: a run between its first item and
-/// the writing of its end. Thread-safe.
+/// the writing of its end, and a command between its change of the disk and the writing of it.
+/// Thread-safe.
 class RunGate {
  public:
-  /// Held by a run while it clears.
+  /// Held by who must not be cut off. One that finds the gate closed once it holds a passage begins
+  /// nothing: the end may not wait for it.
   class Passage {
    public:
     explicit Passage(RunGate& gate);
@@ -21,13 +23,13 @@ class RunGate {
     RunGate& _gate;
   };
 
-  /// Whether runs are to end before their next item.
+  /// Whether nothing more is to begin.
   bool isClosed() const;
 
-  /// From now on no run touches another item; the item in hand is finished.
+  /// From now on no run touches another item and no command begins; what is in hand is finished.
   void close();
 
-  /// Waits until every run that was clearing has written its end.
+  /// Waits until every passage has ended.
   void waitUntilLeft();
 
  private:

@@ -18,6 +18,9 @@ FolderStatus Engine::status(std::int64_t folderID, Date now) {
 RunResult Engine::run(std::int64_t folderID, Date now, RunGate& gate) {
   const auto [folder, status] = read(folderID, now);
 
+  // Nothing may go for which there would be no entry.
+  if (!status.dueNow.empty()) _store->requireWritable();
+
   const RunGate::Passage passage(gate);
   RunResult result;
   for (const Removal& removal : status.dueNow) {
@@ -31,7 +34,8 @@ RunResult Engine::run(std::int64_t folderID, Date now, RunGate& gate) {
     }
   }
 
-  writeLastRun(folder, now);
+  // The rules may have been changed during the run, and stay as they are now.
+  _store->change(folder.id, [&](Folder& row) { row.lastRunAt = now; });
   _logger.log(LogLevel::info, "Removed %ld items, %ld failed", result.journal.size(),
               result.failures.size());
   return result;
@@ -90,14 +94,6 @@ std::optional<FileURL> Engine::dispose(const FileURL& url, Disposal disposal) co
   std::optional<FileURL> binned = _fileManager.trashItem(url);
   if (!binned) throw MissingValue();
   return binned;
-}
-
-void Engine::writeLastRun(Folder folder, Date now) {
-  // A run can take long, and the user may have changed the folder's rules meanwhile: the row as it
-  // was read at the beginning would put the old ones back.
-  if (const auto current = folder.id ? _store->folder(*folder.id) : std::nullopt) folder = *current;
-  folder.lastRunAt = now;
-  _store->update(folder);
 }
 
 }  // namespace tidemar

@@ -4,6 +4,7 @@
 
 #include <sqlite3.h>
 
+#include "TidemarKit/Store/Database.h"
 #include "TidemarKit/Store/DatabaseError.h"
 #include "TidemarKit/Store/DatabaseQueue.h"
 #include "TidemarKit/Store/FolderRow.h"
@@ -55,6 +56,16 @@ std::vector<JournalEntry> Store::journalOfFolder(std::int64_t folderID) const {
   return database->read([&](Database& db) { return JournalEntryRow::ofFolder(db, folderID); });
 }
 
+void Store::requireWritable() {
+  database->write([](Database& db) {
+    // A number of the file's header that has no use here. Writing it takes the lock, the journal
+    // and the disk that an entry takes.
+    Statement statement = db.statement("PRAGMA user_version");
+    statement.step();
+    db.execute("PRAGMA user_version = " + std::to_string(statement.row().integer(0)));
+  });
+}
+
 Folder Store::insert(Folder folder) {
   folder.id = database->write([&](Database& db) { return FolderRow::insert(db, folder); });
   return folder;
@@ -74,6 +85,17 @@ void Store::update(const Folder& folder) {
 void Store::update(const JournalEntry& entry) {
   database->write([&](Database& db) {
     if (!JournalEntryRow::update(db, entry)) throw notFound("journal entry", entry.id);
+  });
+}
+
+Folder Store::change(std::optional<std::int64_t> folderID,
+                     const std::function<void(Folder&)>& change) {
+  return database->write([&](Database& db) {
+    auto folder = folderID ? FolderRow::withID(db, *folderID) : std::nullopt;
+    if (!folder) throw notFound("folder", folderID);
+    change(*folder);
+    FolderRow::update(db, *folder);
+    return *std::move(folder);
   });
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -15,7 +16,7 @@ namespace tidemar {
 class DatabaseQueue;
 
 /// All that is remembered between launches: a thin set of reads and writes over one SQLite file,
-/// one statement and one transaction each. Any thread may call it; calls are served one at a time
+/// one transaction each. Any thread may call it; calls are served one at a time
 /// in order of arrival, each blocking its caller. Every operation throws `DatabaseError` and
 /// retries nothing.
 ///
@@ -49,6 +50,9 @@ class Store {
   /// All entries of one folder, newest first; of one run the last inserted first.
   std::vector<JournalEntry> journalOfFolder(std::int64_t folderID) const;
 
+  /// Throws where the file can't be written just now: writes it, and changes nothing that it says.
+  void requireWritable();
+
   /// Inserts a row and answers the record with its new id.
   Folder insert(Folder folder);
   JournalEntry insert(JournalEntry entry);
@@ -57,6 +61,10 @@ class Store {
   /// gone.
   void update(const Folder& folder);
   void update(const JournalEntry& entry);
+
+  /// Changes a folder's row as it stands now and answers it; no other write comes between its
+  /// reading and its writing. `change` must not call the store. Throws `RecordNotFound` as above.
+  Folder change(std::optional<std::int64_t> folderID, const std::function<void(Folder&)>& change);
 
   /// Deletes a folder with its whole journal. Answers whether there was one.
   bool deleteFolder(std::int64_t id);

@@ -23,11 +23,15 @@ namespace {
 
 using namespace testing;
 
-/// Where a bookmark leads: the path, with " (stale)" behind it, or "none: {errno}".
+/// Where a bookmark leads: the path, with " (stale)" or " (replaced)" behind it, or "none:
+/// {errno}".
 std::string whereFrom(const std::string& bookmark) {
   try {
     const ResolvedBookmark resolved = resolveBookmark(bookmark);
-    return resolved.url.path() + (resolved.isStale ? " (stale)" : "");
+    EXPECT_TRUE(resolved.isStale || !resolved.isReplacement);
+    return resolved.url.path() + (resolved.isReplacement ? " (replaced)"
+                                  : resolved.isStale     ? " (stale)"
+                                                         : "");
   } catch (const PlatformError& error) {
     EXPECT_TRUE(std::string(error.what()).starts_with("Couldn't find “")) << error.what();
     return "none: " + std::to_string(error.code());
@@ -166,7 +170,7 @@ TEST_F(BookmarkTest, ComparesBirthTimesWhereThereAreNoHandles) {
     EXPECT_EQ(whereFrom(bookmark), _home.path("moved") + " (stale)");
     ASSERT_EQ(rmdir(_home.path("moved").c_str()), 0);
     makeTree(_home.url(), "folder/");
-    EXPECT_EQ(whereFrom(bookmark), _home.path("folder") + " (stale)");
+    EXPECT_EQ(whereFrom(bookmark), _home.path("folder") + " (replaced)");
   });
 }
 
@@ -276,7 +280,7 @@ TEST_P(BookmarkOnADrive, IsNotDeceivedByAnInodeNumberThatIsUsedAgain) {
   EXPECT_EQ(whereFrom(_bookmark), none);
 
   std::filesystem::rename(_drive.url("a/impostor").path(), _drive.url("a/folder").path());
-  EXPECT_EQ(whereFrom(_bookmark), _drive.url("a/folder").path() + " (stale)");
+  EXPECT_EQ(whereFrom(_bookmark), _drive.url("a/folder").path() + " (replaced)");
 }
 
 TEST_F(BookmarkTest, FollowsASubvolumeAndTellsItFromOthers) {

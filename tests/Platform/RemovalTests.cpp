@@ -8,11 +8,14 @@
 #include <linux/fs.h>
 #include <sys/ioctl.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
+#include <unistd.h>
 
 #include "Platform/Files/DiskFileManager.h"
 #include "Platform/Files/FileDescriptor.h"
 #include "Platform/Files/Removal.h"
 #include "Platform/PlatformError.h"
+#include "support/FailingSystemCall.h"
 #include "support/SmallThread.h"
 #include "support/TemporaryTree.h"
 #include "support/TestFileSystems.h"
@@ -94,6 +97,43 @@ TEST(Removal, WhatCouldNotGoWholeIsNotTouched) {
     });
     EXPECT_TRUE(isWhole(directory)) << row.name;
   }
+}
+
+TEST(Removal, AnItemThatCannotBeWrittenItselfKeepsWhatLiesDeeper) {
+  TemporaryDirectory directory;
+  makeTree(directory.url(), "item/\n  sub/\n    leaf");
+  asOrdinaryUser(directory.url(), [&] {
+    chmod(directory.path("item").c_str(), 0500);
+    EXPECT_EQ(removalCode(directory.url("item")), EACCES);
+    chmod(directory.path("item").c_str(), 0700);
+  });
+  EXPECT_TRUE(exists(directory.url("item/sub/leaf")));
+}
+
+TEST(Removal, AFileOfAnotherUserInAStickyDirectoryKeepsTheWholeItem) {
+  if (geteuid() != 0) GTEST_SKIP() << "only root can give files away";
+  constexpr uid_t nobody = 65534;
+  TemporaryDirectory directory;
+  makeTree(directory.url(), "item/\n  a/\n    leaf\n  sub/\n    leaf\n  z/\n    leaf");
+  for (const char* name : {"", "item", "item/a", "item/a/leaf", "item/z", "item/z/leaf"})
+    EXPECT_EQ(chown(directory.path(name).c_str(), nobody, nobody), 0) << name;
+  EXPECT_EQ(chmod(directory.path("item/sub").c_str(), 01777), 0);
+  asOrdinaryUser(directory.url("item/a"), [&] {
+    EXPECT_EQ(removalCode(directory.url("item")), EPERM);
+    makeTree(directory.url("item/a"), "ok/\n  empty/");
+    chmod(directory.path("item/a/ok/empty").c_str(), 0500);
+    EXPECT_EQ(removalCode(directory.url("item/a/ok")), 0) << "nothing lies in what is locked";
+  });
+  for (const char* name : {"item/a/leaf", "item/sub/leaf", "item/z/leaf"})
+    EXPECT_TRUE(exists(directory.url(name))) << name;
+}
+
+TEST(Removal, AnEntryThatIsListedAndIsNotThereEndsInAFailure) {
+  TemporaryDirectory directory;
+  makeTree(directory.url(), item);
+  withFailingSystemCall(SYS_unlinkat, ENOENT,
+                        [&] { EXPECT_EQ(removalCode(directory.url("item")), ENOENT); });
+  EXPECT_TRUE(isWhole(directory));
 }
 
 TEST(Removal, AnImmutablePartKeepsTheWholeItem) {

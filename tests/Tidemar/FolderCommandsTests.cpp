@@ -91,6 +91,19 @@ TEST(PutBack, FailuresAreToldOnceInOneAlertAndStopNothing) {
   EXPECT_EQ(world.alerts.told.size(), 1U);
 }
 
+TEST(FolderCommands, NothingThatCouldBeCutOffBeginsAfterTheStop) {
+  ModelWorld world;
+  world.disk.draw("/f/\n  a" + veryOld + "\n/g/");
+  world.makeTemporary("/f");
+  world.runCycle();
+  const auto plain = QCoro::waitFor(world.model->addFolder(FileURL("/g")));
+  world.model->stopClearing();
+  QCoro::waitFor(world.model->putBack({1}));
+  QCoro::waitFor(world.model->setTemporary(plain.value(), true));
+  EXPECT_EQ(world.disk.names("/f"), "");
+  EXPECT_EQ(world.disk.tags("/g"), Lines{});
+}
+
 TEST(FinderIntegration, TheListOfTemporaryFoldersIsWrittenOnlyWhenItChanges) {
   ModelWorld world;
   const FileURL file = world.directory.url("shared.json");

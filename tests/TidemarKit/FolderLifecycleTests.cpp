@@ -24,6 +24,7 @@ class FolderLifecycle : public ::testing::Test, public testing::EngineWorld {
 
   const std::string tag{TemporaryTag::name};
   const TemporarySettings rules{7, 100, true, true, Disposal::delete_};
+  const TemporarySettings noRules{std::nullopt, std::nullopt, false, false, Disposal::bin};
 };
 
 TEST_F(FolderLifecycle, anAddedFolderIsKnownAndNothingElse) {
@@ -85,6 +86,22 @@ TEST_F(FolderLifecycle, aStaleBookmarkIsRenewedEvenInPlace) {
   EXPECT_EQ(row(folder), renewed);
 }
 
+TEST_F(FolderLifecycle, rulesThatAreChangedWhileAFolderIsSoughtOrTaggedStay) {
+  const Folder folder = temporaryFolder("/f", {});
+  files.rename("/f", "/new");
+  const auto turnOffAll = [&] {
+    engine.store().change(folder.id, [&](Folder& row) { row.settings = noRules; });
+  };
+  files.before("resolve", turnOffAll);
+  EXPECT_EQ(engine.resolvedFolder(*folder.id).folder.settings, noRules);
+  EXPECT_EQ(row(folder).settings, noRules);
+
+  engine.store().change(folder.id, [&](Folder& row) { row.settings = rules; });
+  files.before("setTags /new", turnOffAll);
+  engine.setTemporary(row(folder), false, now);
+  EXPECT_EQ(row(folder).settings, noRules);
+}
+
 TEST_F(FolderLifecycle, aLostFolderKeepsItsRowAndComesBackByItself) {
   const Folder folder = temporaryFolder("/f", rules);
   files.rename("/f", std::string(files.binPath) + "/f");
@@ -98,6 +115,26 @@ TEST_F(FolderLifecycle, aLostFolderKeepsItsRowAndComesBackByItself) {
   files.fail("bookmark /f", EIO);
   EXPECT_EQ(codeOf([&] { engine.resolve(folder); }), EIO);
   EXPECT_EQ(row(folder), folder);
+}
+
+TEST_F(FolderLifecycle, aLostFolderLeavesItsPlaceToTheKnownFolderThatTookIt) {
+  const Folder lost = temporaryFolder("/f", rules);
+  const Folder other = temporaryFolder("/g", {});
+  files.erase("/f");
+  files.rename("/g", "/f");
+  for (int i = 0; i < 2; ++i) {
+    EXPECT_EQ(codeOf([&] { engine.resolvedFolder(*lost.id); }), ENOENT);
+    EXPECT_EQ(engine.resolvedFolder(*other.id).url, FileURL("/f"));
+  }
+  EXPECT_EQ(row(lost), lost);
+  engine.forget(lost);
+  EXPECT_EQ(files.tags("/f"), Lines{tag});
+
+  files.draw("/new/");
+  const Folder gone = temporaryFolder("/new", rules);
+  files.erase("/new");
+  files.draw("/new/");
+  EXPECT_EQ(engine.resolvedFolder(*gone.id).url, FileURL("/new")) << "nobody else's";
 }
 
 TEST_F(FolderLifecycle, anUnknownFolderIsNotFound) {

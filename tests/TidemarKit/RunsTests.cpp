@@ -5,11 +5,13 @@
 #include <vector>
 
 #include <gtest/gtest.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 #include "TidemarKit/EngineWorld.h"
 #include "TidemarKit/Store/DatabaseError.h"
 #include "TidemarKit/System.h"
+#include "support/FailingSystemCall.h"
 #include "support/RawDatabase.h"
 #include "support/TemporaryTree.h"
 #include "support/Values.h"
@@ -341,6 +343,23 @@ TEST(RunsOverAFailingDatabase, bookAnItemThatWentUnrecordedUnderFailures) {
   EXPECT_EQ(text(result.failures[0]), "database");
   EXPECT_FALSE(world.files.exists("/f/b"));
   world.expectEnded(result);
+}
+
+TEST(RunsOverAFailingDatabase, touchNothingWhereTheDatabaseCannotBeWritten) {
+  struct Row {
+    const char* name;
+    long systemCall;
+    int code;
+  };
+  for (const Row& row : {Row{"a full disk", SYS_pwrite64, ENOSPC},
+                         Row{"a disk that can only be read by now", SYS_openat, EROFS}}) {
+    const testing::TemporaryDirectory directory;
+    FiveItems world(directory.path("tidemar.sqlite"));
+    testing::withFailingSystemCall(row.systemCall, row.code,
+                                   [&] { EXPECT_THROW(world.run(), DatabaseError) << row.name; });
+    EXPECT_EQ(world.files.changes(), Lines{}) << row.name;
+    world.expectEnded(world.run());
+  }
 }
 
 TEST(RunsOverAFailingDatabase, keepTheJournalWhereTheEndCannotBeWritten) {

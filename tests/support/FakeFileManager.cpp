@@ -256,16 +256,18 @@ std::string FakeFileManager::bookmarkData(const FileURL& directory) const {
   begin("bookmark " + directory.path(), directory);
   const Node& node = existing("bookmark", directory);
   // The second number makes each bookmark differ from the ones before it.
-  return std::to_string(node.identity) + "#" + std::to_string(++_lastNumber);
+  return std::to_string(node.identity) + "#" + std::to_string(++_lastNumber) + directory.path();
 }
 
 ResolvedBookmark FakeFileManager::resolveBookmark(std::string_view bookmark) const {
   begin("resolve");
   const std::uint64_t identity = std::strtoull(std::string(bookmark).c_str(), nullptr, 10);
   const Node* node = withIdentity(*_root, identity);
+  const std::string_view path = bookmark.substr(bookmark.find('/'));
+  if (node == nullptr && exists(std::string(path))) return {FileURL(std::string(path)), true, true};
   if (node == nullptr || node->path().starts_with(binPath))
     throw PlatformError("find", FileURL(), ENOENT);
-  return {FileURL(node->path()), bookmarksAreStale};
+  return {FileURL(node->path()), bookmarksAreStale, false};
 }
 
 std::vector<std::string> FakeFileManager::tagNames(const FileURL& url) const {

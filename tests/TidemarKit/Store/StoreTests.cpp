@@ -177,6 +177,8 @@ TEST(Store, writesThatDoNotFitLeaveNothing) {
   EXPECT_THROW(store.update(entryOf(folder, "without an id")), RecordNotFound);
   store.deleteFolder(*folder.id);
   EXPECT_THROW(store.update(folder), RecordNotFound);
+  for (const auto id : {folder.id, std::optional<std::int64_t>()})
+    EXPECT_THROW(store.change(id, [](Folder&) {}), RecordNotFound);
 }
 
 TEST_F(StoreOnFile, aRowThatIsNotUnderstoodFailsTheWholeFetch) {
