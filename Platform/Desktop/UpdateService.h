@@ -19,13 +19,4 @@ class UpdateService : public QObject {
   void canCheckForUpdatesChanged();
 };
 
-/// Stands where nothing on this system can look for one.
-class UnavailableUpdateService : public UpdateService {
-  Q_OBJECT
- public:
-  using UpdateService::UpdateService;
-  bool canCheckForUpdates() const override { return false; }
-  void checkForUpdates() override {}
-};
-
 }  // namespace tidemar
