@@ -27,7 +27,7 @@ int main(int argc, char** argv) {
 
   tidemar::TerminationSignals terminationSignals;
   QApplication application(argc, argv);
-  QApplication::setApplicationName(QStringLiteral("tidemar"));
+  QApplication::setApplicationName(QStringLiteral("Tidemar"));
   QApplication::setDesktopFileName(QStringLiteral("app.quernly.tidemar"));
   QApplication::setQuitOnLastWindowClosed(false);
   QObject::connect(&terminationSignals, &tidemar::TerminationSignals::received, &application,
