@@ -86,8 +86,8 @@ void Popover::toggle(const QRect& icon) {
   }
   if (_sinceFocusLoss.isValid() && _sinceFocusLoss.elapsed() < sameClick) return;
   _icon = icon.isEmpty() ? QRect(QCursor::pos(), QSize(1, 1)) : icon;
-  show();
   if (canBePlaced()) TaskBar::leaveOut(*this);
+  show();
   refresh();
   raise();
   activateWindow();
