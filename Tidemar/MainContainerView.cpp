@@ -1,5 +1,6 @@
 #include "Tidemar/MainContainerView.h"
 
+#include <QDir>
 #include <QFileDialog>
 #include <QVBoxLayout>
 #include <algorithm>
@@ -51,7 +52,7 @@ void MainContainerView::refresh() {
 }
 
 void MainContainerView::chooseFolder() {
-  QFileDialog panel(window(), textOf(labels::addAFolder));
+  QFileDialog panel(window(), textOf(labels::addAFolder), QDir::homePath());
   panel.setFileMode(QFileDialog::Directory);
   panel.setOption(QFileDialog::ShowDirsOnly);
   panel.setLabelText(QFileDialog::Accept, textOf(labels::addPrompt));

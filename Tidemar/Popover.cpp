@@ -9,6 +9,7 @@
 #include <QVBoxLayout>
 #include <algorithm>
 
+#include "Platform/Desktop/TaskBar.h"
 #include "Tidemar/WindowCoordinator.h"
 #include "TidemarUI/State/Labels.h"
 #include "TidemarUI/State/SystemBin.h"
@@ -85,6 +86,7 @@ void Popover::toggle(const QRect& icon) {
   }
   if (_sinceFocusLoss.isValid() && _sinceFocusLoss.elapsed() < sameClick) return;
   _icon = icon.isEmpty() ? QRect(QCursor::pos(), QSize(1, 1)) : icon;
+  if (canBePlaced()) TaskBar::leaveOut(*this);
   show();
   refresh();
   raise();

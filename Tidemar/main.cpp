@@ -33,7 +33,7 @@ int main(int argc, char** argv) {
   // The login item brings the program back, and without a window; a restored session would not.
   QApplication::setAttribute(Qt::AA_DisableSessionManager);
   QApplication application(argc, argv);
-  QApplication::setApplicationName(QStringLiteral("tidemar"));
+  QApplication::setApplicationName(QStringLiteral("Tidemar"));
   QApplication::setDesktopFileName(QStringLiteral("app.quernly.tidemar"));
   QApplication::setQuitOnLastWindowClosed(false);
   QObject::connect(&terminationSignals, &tidemar::TerminationSignals::received, &application,

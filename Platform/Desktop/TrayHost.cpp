@@ -9,9 +9,8 @@
 #include <QGuiApplication>
 #include <cstdlib>
 #include <memory>
-#include <string_view>
 
-#include <xcb/xcb.h>
+#include "Platform/Desktop/X11.h"
 
 namespace tidemar {
 namespace {
@@ -19,27 +18,11 @@ namespace {
 const QString watcherService = QStringLiteral("org.kde.StatusNotifierWatcher");
 const QString watcherPath = QStringLiteral("/StatusNotifierWatcher");
 
-xcb_connection_t* x11Connection() {
-  const auto* x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
-  return x11 == nullptr ? nullptr : x11->connection();
-}
-
-template <class Reply>
-using OwnedReply = std::unique_ptr<Reply, decltype(&std::free)>;
-
-xcb_atom_t atom(xcb_connection_t* connection, std::string_view name) {
-  const auto cookie =
-      xcb_intern_atom(connection, 0, static_cast<std::uint16_t>(name.size()), name.data());
-  const OwnedReply<xcb_intern_atom_reply_t> reply(
-      xcb_intern_atom_reply(connection, cookie, nullptr), &std::free);
-  return reply ? reply->atom : xcb_atom_t{XCB_ATOM_NONE};
-}
-
 bool hasEmbeddingTray() {
-  xcb_connection_t* connection = x11Connection();
+  xcb_connection_t* connection = X11::connection();
   if (connection == nullptr) return false;
-  const auto cookie = xcb_get_selection_owner(connection, atom(connection, "_NET_SYSTEM_TRAY_S0"));
-  const OwnedReply<xcb_get_selection_owner_reply_t> reply(
+  const auto cookie = xcb_get_selection_owner(connection, X11::atom("_NET_SYSTEM_TRAY_S0"));
+  const std::unique_ptr<xcb_get_selection_owner_reply_t, decltype(&std::free)> reply(
       xcb_get_selection_owner_reply(connection, cookie, nullptr), &std::free);
   return reply && reply->owner != XCB_WINDOW_NONE;
 }
@@ -86,8 +69,7 @@ bool TrayHost::nativeEventFilter(const QByteArray& type, void* message, qintptr*
   // A tray that comes up announces itself to all clients.
   if ((event->response_type & 0x7F) != XCB_CLIENT_MESSAGE) return false;
   const auto* announcement = reinterpret_cast<const xcb_client_message_event_t*>(event);
-  if (announcement->type == atom(x11Connection(), "MANAGER") && hasEmbeddingTray())
-    becomeAvailable();
+  if (announcement->type == X11::atom("MANAGER") && hasEmbeddingTray()) becomeAvailable();
   return false;
 }
 

@@ -2,6 +2,7 @@
 
 #include <QContextMenuEvent>
 #include <QMenu>
+#include <QMouseEvent>
 #include <QPainter>
 #include <QScopedValueRollback>
 #include <QStyledItemDelegate>
@@ -109,10 +110,14 @@ void Sidebar::focusInEvent(QFocusEvent* event) {
   QListView::focusInEvent(event);
 }
 
+void Sidebar::mousePressEvent(QMouseEvent* event) {
+  // The menu of a row is opened without going to its page.
+  if (event->button() != Qt::RightButton) QListView::mousePressEvent(event);
+}
+
 void Sidebar::contextMenuEvent(QContextMenuEvent* event) {
   const bool isByKeyboard = event->reason() == QContextMenuEvent::Keyboard;
-  const QModelIndex index =
-      isByKeyboard ? currentIndex() : indexAt(viewport()->mapFrom(this, event->pos()));
+  const QModelIndex index = isByKeyboard ? currentIndex() : indexAt(event->pos());
   if (!index.isValid() || !_model.row(index).isFolder()) return;
   const SidebarRow row = _model.row(index);
 
