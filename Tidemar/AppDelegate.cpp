@@ -110,10 +110,6 @@ void AppDelegate::finishLaunching() {
   AppModel* model = _appModel.get();
   modelAtExit = model;
   std::atexit(stopClearingAtExit);
-  connect(_instance.get(), &ApplicationInstance::actionActivated, model,
-          [model](const std::string& name, const QVariantList& parameters) {
-            if (name == "put-back") model->putBack(integers(parameters));
-          });
   connect(&_platform->wakeNotifier, &WakeNotifier::didWake, model,
           [model] { model->runBackgroundCycle(); });
   connect(qApp, &QGuiApplication::focusWindowChanged, model, [model](QWindow* window) {
@@ -141,6 +137,12 @@ void AppDelegate::makeScreens() {
           [this] { _windows->showMain(); });
   connect(_instance.get(), &ApplicationInstance::opened, _windows.get(),
           [this](const std::string& url) { open(url); });
+  connect(_instance.get(), &ApplicationInstance::actionActivated, _windows.get(),
+          [this](const std::string& name, const QVariantList& parameters) {
+            if (name == "put-back") _appModel->putBack(integers(parameters));
+            if (name == "settings") _windows->showSettings();
+            if (name == "setup") _windows->showSetup();
+          });
   connect(qApp, &QCoreApplication::aboutToQuit, _windows.get(), &WindowCoordinator::storeFrames);
 }
 

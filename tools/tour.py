@@ -3,6 +3,7 @@
 program started again 100 days later. Usage: tools/tour.py path/to/tidemar"""
 
 import os
+import subprocess
 import sys
 import time
 import urllib.parse
@@ -58,8 +59,70 @@ def print_trash(session):
         print(f"  {shown(name):28} from {shown(path)}")
 
 
+PANEL = """
+panel_items = S
+panel_position = top right horizontal
+panel_size = 32 32
+panel_monitor = all
+systray_icon_size = 22
+systray_padding = 4 4 4
+"""
+
+
+def start_desktop(session):
+    """A window manager, and a panel in the corner whose only item is the program's icon."""
+    configuration = os.path.join(session.root, "panel")
+    with open(configuration, "w", encoding="ascii") as file:
+        file.write(PANEL)
+    for command in [["openbox"], ["tint2", "-c", configuration]]:
+        session.processes.append(subprocess.Popen(command, env=session.environment,
+                                                  stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL))
+
+
+class Camera:
+    """Takes pictures of the windows on a session's display."""
+
+    def __init__(self, session, directory):
+        self.session = session
+        self.directory = directory
+        os.makedirs(directory, exist_ok=True)
+
+    def run(self, *command):
+        return subprocess.run(command, env=self.session.environment, check=True, text=True, timeout=30,
+                              stdout=subprocess.PIPE, stderr=subprocess.DEVNULL).stdout
+
+    def take(self, name, title):
+        window = self.run("xdotool", "search", "--sync", "--onlyvisible", "--name", f"^{title}$").split()[-1]
+        time.sleep(0.5)  # until it is drawn: a display tells no one when a picture is finished
+        self.run("import", "-window", window, os.path.join(self.directory, name + ".png"))
+
+    def take_popover(self, name):
+        before = set(self.visible_windows())
+        icon = self.run("xdotool", "search", "--sync", "--onlyvisible", "--class", "tint2").split()[-1]
+        self.run("xdotool", "mousemove", "--window", icon, "--sync", "16", "16", "click", "1")
+        popover = self.session.wait_for(lambda: set(self.visible_windows()) - before, "the popover is open").pop()
+        time.sleep(0.5)
+        self.run("import", "-window", popover, os.path.join(self.directory, name + ".png"))
+
+    def visible_windows(self):
+        return self.run("xdotool", "search", "--onlyvisible", "--class", "tidemar").split()
+
+
+def take_pictures(session, folder, directory):
+    camera = Camera(session, directory)
+    session.call("Activate", "{}")
+    camera.take("overview", "Tidemar")
+    session.call("Open", str([link(folder)]), "{}")
+    camera.take("folder", "Tidemar")
+    for action, title in [("settings", "Tidemar Settings"), ("setup", "Set Up Tidemar")]:
+        session.call("ActivateAction", action, "@av []", "{}")
+        camera.take(action, title)
+    camera.take_popover("popover")
+
+
 def main():
     with Session(sys.argv[1]) as session:
+        start_desktop(session)
         folder = os.path.join(os.fsencode(session.home), b"Downloads")
         make_sample(folder)
         os.setxattr(folder, "user.xdg.tags", b"Work,Red")
@@ -89,6 +152,10 @@ def main():
                                               identifier), "the item is back")
         heading(f"{shown(name)} put back")
         print_folder(folder)
+
+        pictures = os.path.abspath(os.path.join(os.path.dirname(sys.argv[1]), "..", "pictures"))
+        take_pictures(session, folder, pictures)
+        print(f"\nPictures of the screens: {os.path.relpath(pictures)}")
         status = session.stop(program)
         print(f"\nTidemar ended with status {status}.")
         return status
