@@ -1,8 +1,8 @@
 #include "Platform/Text.h"
 
-#include <unicode/unistr.h>
-
 #include <cstdint>
+
+#include <unicode/unistr.h>
 
 namespace tidemar {
 

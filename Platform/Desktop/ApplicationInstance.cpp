@@ -3,12 +3,15 @@
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QVariantMap>
+#include <cerrno>
 
 #include <fcntl.h>
 #include <sys/file.h>
 
 #include "Platform/Desktop/FreedesktopApplication.h"
+#include "Platform/Files/CreateDirectory.h"
 #include "Platform/Files/StandardDirectories.h"
+#include "Platform/PlatformError.h"
 
 namespace tidemar {
 namespace {
@@ -33,27 +36,36 @@ ApplicationInstance::ApplicationInstance(QObject* parent) : QObject(parent) {}
 ApplicationInstance::Role ApplicationInstance::claim(Launch launch,
                                                      const std::optional<std::string>& url) {
   QDBusConnection bus = QDBusConnection::sessionBus();
-  if (!bus.isConnected()) return claimByLock();
+  if (!bus.isConnected()) return takeLock() == true ? Role::first : Role::refused;
 
   // The object, which Qt gives to this one, is there before the name: whoever sees the name finds
   // it.
   new FreedesktopApplication(this);
   bus.registerObject(objectPath, this);
-  if (bus.registerService(serviceName)) return Role::first;
+  if (bus.registerService(serviceName)) {
+    // Another session of the user's can have a bus of its own, and the database takes one program.
+    return takeLock() == false ? Role::refused : Role::first;
+  }
 
   if (launch == Launch::byDesktop) return Role::handedOver;
   const QDBusMessage answer = bus.call(request(url));
   return answer.type() == QDBusMessage::ReplyMessage ? Role::handedOver : Role::refused;
 }
 
-ApplicationInstance::Role ApplicationInstance::claimByLock() {
+std::optional<bool> ApplicationInstance::takeLock() {
   const FileURL directory =
       StandardDirectories::runtime().value_or(StandardDirectories::configuration());
   const FileURL file = directory.appendingPathComponent("app.quernly.tidemar.lock");
+  try {
+    createDirectory(directory);
+  } catch (const PlatformError&) {
+    return std::nullopt;
+  }
   _lock =
       FileDescriptor(open(file.path().c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600));
-  if (!_lock) return Role::refused;
-  return flock(_lock.get(), LOCK_EX | LOCK_NB) == 0 ? Role::first : Role::refused;
+  if (!_lock) return std::nullopt;
+  if (flock(_lock.get(), LOCK_EX | LOCK_NB) == 0) return true;
+  return errno == EWOULDBLOCK ? std::optional(false) : std::nullopt;
 }
 
 std::string urlForBus(std::string_view url) {

@@ -11,9 +11,9 @@
 namespace tidemar {
 
 /// Makes Tidemar one process a user, and hands what a second start asks for to the first: over the
-/// session bus by org.freedesktop.Application under the name "app.quernly.tidemar". Without a bus a
-/// lock in the user's runtime directory keeps a second process from starting; then nothing can be
-/// handed over. Main thread.
+/// session bus by org.freedesktop.Application under the name "app.quernly.tidemar". Where there is
+/// no bus, or the first is on another one, a lock in the user's runtime directory keeps a second
+/// process from starting; then nothing can be handed over. Main thread.
 class ApplicationInstance : public QObject {
   Q_OBJECT
  public:
@@ -44,7 +44,8 @@ class ApplicationInstance : public QObject {
   void actionActivated(const std::string& name, const QVariantList& parameters);
 
  private:
-  Role claimByLock();
+  /// Whether no other process holds the lock; none where there is no place for one.
+  std::optional<bool> takeLock();
 
   FileDescriptor _lock;
 };

@@ -45,8 +45,8 @@ struct ResolvedBookmark {
   FileURL url;
   bool isStale = false;  ///< The bookmark wants to be made anew.
 
-  /// The remembered directory wasn't found, and this is another one that lies at its old place. Such
-  /// a bookmark is stale too.
+  /// The remembered directory wasn't found, and this is another one that lies at its old place.
+  /// Such a bookmark is stale too.
   bool isReplacement = false;
 };
 
@@ -58,8 +58,9 @@ struct VolumeCapacity {
 
 /// All access to the disk. Every operation is synchronous on the caller's thread, reentrant and
 /// without shared state; none but those under "Identity" follows a link in the last component of a
-/// URL, and none crosses into another mount or subvolume below it. Failures are thrown as `PlatformError`, and a change that
-/// failed has left the item where it was unless its comment says otherwise.
+/// URL, and none crosses into another mount or subvolume below it. Failures are thrown as
+/// `PlatformError`, and a change that failed has left the item where it was unless its comment says
+/// otherwise.
 class FileManager {
  public:
   virtual ~FileManager() = default;
@@ -111,12 +112,14 @@ class FileManager {
   // Changing.
 
   /// Deletes an item with all that lies in it. An item that is or holds another mount or subvolume,
-  /// or a part that can be seen beforehand not to go, is refused before anything in it is touched.
+  /// a part that can be seen beforehand not to go, or the home folder or one of
+  /// `systemDirectoryURLs`, is refused before anything in it is touched.
   /// A failure after that leaves what had not gone yet.
   virtual void removeItem(const FileURL& url) const = 0;
 
   /// Moves an item to the Bin of its own file system and answers where it lies there. Never copies
-  /// and never deletes. Refuses an item that is or holds another mount or subvolume.
+  /// and never deletes. Refuses an item that is or holds another mount or subvolume, the
+  /// home folder or one of `systemDirectoryURLs`.
   virtual std::optional<FileURL> trashItem(const FileURL& url) const = 0;
 
   /// Moves an item to a place where nothing lies yet, and fails if something does. An item that

@@ -8,8 +8,7 @@
 namespace tidemar {
 
 /// Which names of one directory are hidden: those that begin with "." and those that stand in its
-/// file
-/// `.hidden`, one exact name a line, as the file managers read it.
+/// file `.hidden`, one exact name a line, as the file managers read it.
 class HiddenList {
  public:
   /// A directory without such a file.

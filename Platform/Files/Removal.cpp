@@ -163,6 +163,7 @@ void removeItem(const FileURL& url) {
   const FileDescriptor parent = openParent(url, operation);
   const std::string name(url.lastPathComponent());
   refuseMounts(parent.get(), name, url, operation);
+  refuseFixedPlaces(parent.get(), name, url, operation);
 
   EntryValues parentValues{};
   EntryValues values{};

@@ -7,12 +7,14 @@ namespace tidemar {
 
 std::vector<FileURL> systemDirectoryURLs() {
   std::vector<FileURL> directories;
-  for (const char* path : {"/bin", "/boot", "/dev", "/etc", "/home", "/lib", "/media", "/mnt", "/opt", "/proc", "/root",
-                           "/run", "/sbin", "/srv", "/sys", "/tmp", "/usr", "/usr/local", "/var"}) {
+  for (const char* path :
+       {"/bin", "/boot", "/dev", "/etc", "/home", "/lib", "/media", "/mnt", "/opt", "/proc",
+        "/root", "/run", "/sbin", "/srv", "/sys", "/tmp", "/usr", "/usr/local", "/var"}) {
     directories.emplace_back(path);
   }
   for (const UserDirectory& directory : userDirectories()) {
-    if (directory.name == "DESKTOP" || directory.name == "DOCUMENTS") directories.push_back(directory.url);
+    if (directory.name == "DESKTOP" || directory.name == "DOCUMENTS")
+      directories.push_back(directory.url);
   }
   // What stands for the Library of the home folder here.
   const FileURL home = StandardDirectories::home();

@@ -26,7 +26,6 @@ constexpr const char* operation = "move to the Bin";
     throw PlatformError(operation, url, code,
                         "the part of the drive it lies on has no Bin of its own");
   }
-  if (code == EINVAL) throw PlatformError(operation, url, code, "the Bin itself lies in it");
   throw PlatformError(operation, url, code);
 }
 
@@ -67,6 +66,7 @@ FileURL trashItem(const FileURL& url) {
     fail(url, code);
   }
   refuseMountsAndSubvolumes(parent.get(), name, url, operation);
+  refuseFixedPlaces(parent.get(), name, url, operation);
 
   const FileURL item = pathOfDescriptor(parent.get(), url, operation).appendingPathComponent(name);
   if (homeTrashDevice() == directory.device) {

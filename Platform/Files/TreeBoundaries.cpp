@@ -1,7 +1,10 @@
 #include "Platform/Files/TreeBoundaries.h"
 
 #include <cerrno>
+#include <filesystem>
 #include <optional>
+#include <system_error>
+#include <vector>
 
 #include <linux/magic.h>
 #include <sys/vfs.h>
@@ -10,6 +13,8 @@
 #include "Platform/Files/EntryValues.h"
 #include "Platform/Files/FileDescriptor.h"
 #include "Platform/Files/MountTable.h"
+#include "Platform/Files/StandardDirectories.h"
+#include "Platform/Files/SystemDirectories.h"
 #include "Platform/Files/TreeWalk.h"
 #include "Platform/PlatformError.h"
 
@@ -38,6 +43,26 @@ bool canHoldSubvolumes(int directory, const FileURL& url, const std::string& ope
 }
 
 }  // namespace
+
+void refuseFixedPlaces(int parentDescriptor, const std::string& name, const FileURL& url,
+                       const std::string& operation) {
+  EntryValues values{};
+  if (const int code = readEntryValues(parentDescriptor, name.c_str(), values); code != 0) {
+    throw PlatformError(operation, url, code);
+  }
+  if (!isDirectory(values)) return;
+  const FileURL parentPath = pathOfDescriptor(parentDescriptor, url, operation);
+  const std::string inside = parentPath.appendingPathComponent(name).path() + "/";
+  std::vector<FileURL> places = systemDirectoryURLs();
+  places.push_back(StandardDirectories::home());
+  for (const FileURL& place : places) {
+    std::error_code missing;
+    const std::string path = std::filesystem::canonical(place.path(), missing).string();
+    if (!missing && (path + "/").starts_with(inside)) {
+      throw PlatformError(operation, url, EBUSY, "a folder that is never cleared lies in it");
+    }
+  }
+}
 
 void refuseBoundary(const FileURL& url, const std::string& operation) {
   throw PlatformError(operation, url, EXDEV, "it holds another volume");

@@ -11,6 +11,11 @@ namespace tidemar {
 void refuseMounts(int parentDescriptor, const std::string& name, const FileURL& url,
                   const std::string& operation);
 
+/// Throws PlatformError (EBUSY) if a directory is, or holds anywhere below it, the home folder or
+/// one of `systemDirectoryURLs`: what is never cleared must not go with a folder above it.
+void refuseFixedPlaces(int parentDescriptor, const std::string& name, const FileURL& url,
+                       const std::string& operation);
+
 /// What a refused item's error is.
 [[noreturn]] void refuseBoundary(const FileURL& url, const std::string& operation);
 

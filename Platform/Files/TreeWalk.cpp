@@ -7,7 +7,6 @@
 
 #include <dirent.h>
 
-
 namespace tidemar {
 
 void TreeWalk::run(int parent, const char* name) {

@@ -1,13 +1,10 @@
 #include "Tidemar/Model/AppModel.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <cstdlib>
-#include <filesystem>
 #include <utility>
 
-#include <sys/stat.h>
-
+#include "Platform/Files/CreateDirectory.h"
 #include "Platform/Files/StandardDirectories.h"
 #include "Tidemar/Model/ApplicationLog.h"
 #include "Tidemar/Model/Detached.h"
@@ -61,12 +58,7 @@ Reading readEverything(Engine& engine, const FileManager& fileManager, Date sinc
 
 FileURL makeDataDirectory() {
   const FileURL directory = StandardDirectories::data().appendingPathComponent("Tidemar");
-  std::error_code error;
-  std::filesystem::create_directories(directory.deletingLastPathComponent().path(), error);
-  if (!error && mkdir(directory.path().c_str(), S_IRWXU) != 0 && errno != EEXIST) {
-    error = {errno, std::generic_category()};
-  }
-  if (error) throw PlatformError("make the folder", directory, error.value());
+  createDirectory(directory);
   return directory;
 }
 

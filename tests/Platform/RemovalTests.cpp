@@ -16,6 +16,7 @@
 #include "Platform/Files/Removal.h"
 #include "Platform/PlatformError.h"
 #include "support/FailingSystemCall.h"
+#include "support/ScopedEnvironment.h"
 #include "support/SmallThread.h"
 #include "support/TemporaryTree.h"
 #include "support/TestFileSystems.h"
@@ -169,6 +170,23 @@ int codeOf(const Way& way, const FileURL& url) {
   } catch (const PlatformError& error) {
     return error.code();
   }
+}
+
+TEST(Boundaries, AnItemDoesNotTakeAFolderThatIsNeverClearedWithIt) {
+  TemporaryDirectory directory;
+  makeTree(directory.url(), item);
+  makeTree(directory.url(), "home -> item/sub/deep\nsub -> item\nother/");
+  for (const char* home : {"item/sub/deep", "item", "home"}) {
+    const ScopedEnvironment environment("HOME", directory.path(home));
+    for (const Way& way : ways())
+      EXPECT_EQ(codeOf(way, directory.url("item")), EBUSY) << way.name << " " << home;
+  }
+  EXPECT_TRUE(isWhole(directory));
+  const ScopedEnvironment home("HOME", directory.path("other"));
+  const ScopedEnvironment data("XDG_DATA_HOME", directory.path("item/sub"));
+  EXPECT_EQ(removalCode(directory.url("item")), EBUSY) << "the program's own data";
+  EXPECT_EQ(removalCode(directory.url("sub")), 0) << "a link to it takes nothing along";
+  EXPECT_EQ(removalCode(directory.url("item/sub/deep")), 0) << "what lies inside may go";
 }
 
 TEST(Boundaries, AMountInsideAnItemKeepsItWholeAndWithoutADate) {

@@ -258,7 +258,7 @@ TEST_F(TrashTest, RefusesWhatIsNoItem) {
 TEST_F(TrashTest, RefusesADirectoryThatHoldsTheTrashItself) {
   EXPECT_EQ(codeOf([&] { trashItem(_home.url(".local")); }), ENOENT);
   makeTree(_home.url(), ".local/\n  kept 1");
-  EXPECT_EQ(codeOf([&] { trashItem(_home.url(".local")); }), EINVAL);
+  EXPECT_EQ(codeOf([&] { trashItem(_home.url(".local")); }), EBUSY);
   EXPECT_TRUE(exists(_home.url(".local/kept")));
   expectEmptyTrash();
 }

@@ -146,6 +146,16 @@ class OneProcess(ProgramTest):
         self.assertIsNone(first.poll())
         self.assertEqual(self.session.start().wait(20), 0)
 
+    def test_a_second_start_on_another_bus_leaves_the_database_to_the_first(self):
+        first = self.session.start()
+        self.session.wait_for(lambda: os.path.exists(self.session.database), "the first is there")
+        for prefix in [("dbus-run-session", "--"), ("env", "DBUS_SESSION_BUS_ADDRESS=unix:path=/nowhere")]:
+            with self.subTest(prefix):
+                second = self.session.start(prefix=prefix, stderr=subprocess.PIPE)
+                self.assertEqual(second.wait(20), 1)
+                self.assertIn(b"running already", second.stderr.read())
+        self.assertIsNone(first.poll())
+
 
     def test_arguments_that_mean_nothing_start_nothing(self):
         for arguments in [["--help"], ["-style", "windows"], [link(self.folder), link(self.folder)]]:
