@@ -9,6 +9,8 @@
 namespace tidemar {
 
 TerminationSignals::TerminationSignals() {
+  // Where nobody reads the log any more, a line of it must not end the process.
+  std::signal(SIGPIPE, SIG_IGN);
   sigset_t terminating;
   sigemptyset(&terminating);
   for (const int signal : {SIGTERM, SIGINT, SIGHUP})

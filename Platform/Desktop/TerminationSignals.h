@@ -6,8 +6,8 @@
 
 namespace tidemar {
 
-/// Turns SIGTERM, SIGINT and SIGHUP into an event of the main thread. Make it before the
-/// application and any other thread, so that the signals reach nothing else.
+/// Turns SIGTERM, SIGINT and SIGHUP into an event of the main thread, and ignores SIGPIPE. Make it
+/// before the application and any other thread, so that the signals reach nothing else.
 class TerminationSignals : public QObject {
   Q_OBJECT
  public:
