@@ -7,6 +7,7 @@
 #include <iostream>
 
 #include "Platform/Desktop/ApplicationInstance.h"
+#include "Platform/Desktop/FileManagerExtension.h"
 #include "Platform/Desktop/MessageBoxAlerts.h"
 #include "Platform/Desktop/UnavailableServices.h"
 #include "Platform/Desktop/WakeNotifier.h"
@@ -40,8 +41,8 @@ struct PlatformServices {
   DiskFileManager fileManager;
   UnavailableNotificationCenter notifications;
   UnavailableLoginItem loginItem;
-  UnavailableFinderExtension finderExtension;
   MessageBoxAlerts alerts;
+  FileManagerExtension finderExtension{alerts};
   UserDefaults standardDefaults = UserDefaults::standard();
   UserDefaults sharedDefaults = UserDefaults::shared();
   WakeNotifier wakeNotifier;
@@ -92,6 +93,7 @@ void AppDelegate::finishLaunching() {
   connect(qApp, &QGuiApplication::focusWindowChanged, model, [model](QWindow* window) {
     if (window != nullptr) model->refreshSystemState();
   });
+  _platform->finderExtension.onChange = [model] { model->refreshSystemState(); };
   connect(qApp, &QCoreApplication::aboutToQuit, model, &AppModel::stopClearing);
   model->startSchedule();
 }

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "Platform/Desktop/FinderExtension.h"
 #include "Platform/Desktop/LoginItem.h"
 #include "Platform/Desktop/NotificationCenter.h"
 
@@ -20,11 +19,6 @@ class UnavailableLoginItem : public LoginItem {
   Status status() const override { return Status::off; }
   void registerItem() override;
   void unregisterItem() override;
-};
-
-class UnavailableFinderExtension : public FinderExtension {
- public:
-  bool isEnabled() const override { return false; }
 };
 
 }  // namespace tidemar
