@@ -10,12 +10,12 @@
 #include "Platform/Desktop/ApplicationInstance.h"
 #include "Platform/Desktop/AutostartLoginItem.h"
 #include "Platform/Desktop/DesktopNotificationCenter.h"
+#include "Platform/Desktop/FileManagerExtension.h"
 #include "Platform/Desktop/FileViewer.h"
 #include "Platform/Desktop/LoginItemsSettings.h"
 #include "Platform/Desktop/ModalAlerts.h"
 #include "Platform/Desktop/PackageOwnership.h"
 #include "Platform/Desktop/PackageUpdates.h"
-#include "Platform/Desktop/UnavailableFinderExtension.h"
 #include "Platform/Desktop/WakeNotifier.h"
 #include "Platform/Files/DiskFileManager.h"
 #include "Platform/UserDefaults.h"
@@ -59,8 +59,8 @@ struct PlatformServices {
   DiskFileManager fileManager;
   DesktopNotificationCenter notifications{QDBusConnection::sessionBus()};
   AutostartLoginItem loginItem{currentProgram()};
-  UnavailableFinderExtension finderExtension;
   ModalAlerts alerts;
+  FileManagerExtension finderExtension{alerts};
   UserDefaults standardDefaults = UserDefaults::standard();
   UserDefaults sharedDefaults = UserDefaults::shared();
   WakeNotifier wakeNotifier{QDBusConnection::systemBus()};
@@ -115,6 +115,7 @@ void AppDelegate::finishLaunching() {
   connect(qApp, &QGuiApplication::focusWindowChanged, model, [model](QWindow* window) {
     if (window != nullptr) model->refreshSystemState();
   });
+  _platform->finderExtension.onChange = [model] { model->refreshSystemState(); };
   connect(qApp, &QCoreApplication::aboutToQuit, model, &AppModel::stopClearing);
   model->startSchedule();
 }
@@ -122,16 +123,16 @@ void AppDelegate::finishLaunching() {
 void AppDelegate::makeScreens() {
   adoptQuietStyle();
   _updates = std::make_unique<Updates>(_platform->updateService);
-  _windows = std::make_unique<WindowCoordinator>(
-      ScreenContext{.model = *_appModel,
-                    .updates = *_updates,
-                    .defaults = _platform->standardDefaults,
-                    .currentDate = currentDate,
-                    .currentFormats = currentFormats,
-                    .showInFileManager = FileViewer::show,
-                    .showExtensionManagement = [this] { _windows->showSetup(); },
-                    .openLoginItemsSettings = LoginItemsSettings::open,
-                    .quit = &QCoreApplication::quit});
+  _windows = std::make_unique<WindowCoordinator>(ScreenContext{
+      .model = *_appModel,
+      .updates = *_updates,
+      .defaults = _platform->standardDefaults,
+      .currentDate = currentDate,
+      .currentFormats = currentFormats,
+      .showInFileManager = FileViewer::show,
+      .showExtensionManagement = [this] { _platform->finderExtension.showManagementInterface(); },
+      .openLoginItemsSettings = LoginItemsSettings::open,
+      .quit = &QCoreApplication::quit});
   _menuBarExtra = std::make_unique<MenuBarExtra>(*_windows);
   connect(_instance.get(), &ApplicationInstance::activated, _windows.get(),
           [this] { _windows->showMain(); });

@@ -36,20 +36,20 @@ std::string percentEncoded(std::string_view bytes) {
   return text;
 }
 
-std::string percentDecoded(std::string_view text) {
+std::optional<std::string> percentDecoded(std::string_view text) {
   std::string bytes;
   bytes.reserve(text.size());
   for (std::size_t i = 0; i < text.size(); ++i) {
-    if (text[i] == '%' && text.size() - i > 2) {
-      const auto high = hexadecimalDigit(text[i + 1]);
-      const auto low = hexadecimalDigit(text[i + 2]);
-      if (high && low) {
-        bytes += static_cast<char>(*high * 16 + *low);
-        i += 2;
-        continue;
-      }
+    if (text[i] != '%') {
+      bytes += text[i];
+      continue;
     }
-    bytes += text[i];
+    if (text.size() - i < 3) return std::nullopt;
+    const auto high = hexadecimalDigit(text[i + 1]);
+    const auto low = hexadecimalDigit(text[i + 2]);
+    if (!high || !low) return std::nullopt;
+    bytes += static_cast<char>(*high * 16 + *low);
+    i += 2;
   }
   return bytes;
 }

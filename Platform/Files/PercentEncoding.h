@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -9,7 +10,7 @@ namespace tidemar {
 /// other byte as "%" with two upper-case hexadecimal digits.
 std::string percentEncoded(std::string_view bytes);
 
-/// The bytes that such a text stands for. A "%" without two hexadecimal digits stands for itself.
-std::string percentDecoded(std::string_view text);
+/// The bytes that such a text stands for; none where a "%" lacks its two hexadecimal digits.
+std::optional<std::string> percentDecoded(std::string_view text);
 
 }  // namespace tidemar

@@ -51,10 +51,10 @@ int makeFile(int directory, const char* name, std::string_view text) noexcept {
 }
 
 /// The name that a line "{size} {time} {percent-encoded name}" is about.
-std::string nameInSizesLine(std::string_view line) {
+std::optional<std::string> nameInSizesLine(std::string_view line) {
   const std::size_t first = line.find(' ');
   const std::size_t second = first == line.npos ? first : line.find(' ', first + 1);
-  return second == line.npos ? std::string() : percentDecoded(line.substr(second + 1));
+  return second == line.npos ? std::nullopt : percentDecoded(line.substr(second + 1));
 }
 
 std::string sizesWithout(std::string_view sizes, std::string_view name) {

@@ -1,31 +1,13 @@
 #include "Tidemar/Model/FolderLink.h"
 
-#include <algorithm>
-#include <charconv>
 #include <string>
+
+#include "Platform/Files/PercentEncoding.h"
 
 namespace tidemar {
 namespace {
 
 constexpr std::size_t longestURL = 64 * 1024;
-
-std::optional<std::string> percentDecoded(std::string_view text) {
-  std::string bytes;
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    if (text[i] != '%') {
-      bytes += text[i];
-      continue;
-    }
-    const std::string_view digits = text.substr(i + 1, 2);
-    unsigned value = 0;
-    const auto [end, error] =
-        std::from_chars(digits.data(), digits.data() + digits.size(), value, 16);
-    if (digits.size() != 2 || error != std::errc() || end != digits.data() + 2) return std::nullopt;
-    bytes += static_cast<char>(value);
-    i += 2;
-  }
-  return bytes;
-}
 
 /// Takes the text up to one of the delimiters off the front.
 std::string_view takeUntil(std::string_view& text, std::string_view delimiters) {

@@ -1,0 +1,72 @@
+#include "Platform/Desktop/ExtensionWindow.h"
+
+#include <QCheckBox>
+#include <QDialogButtonBox>
+#include <QEvent>
+#include <QLabel>
+#include <QVBoxLayout>
+
+namespace tidemar {
+
+/// Only the user's own clicks reach the entry: `clicked` isn't sent by `setChecked`.
+class ExtensionWindow::Box : public QCheckBox {
+ public:
+  Box(MenuEntry& entry, const Switch& onSwitch)
+      : QCheckBox(QString::fromStdString(entry.name())), _entry(entry) {
+    refresh();
+    connect(this, &QCheckBox::clicked, this, [this, onSwitch](bool isOn) {
+      onSwitch(_entry, isOn);
+      refresh();
+    });
+  }
+
+  void refresh() { setChecked(_entry.isInstalled()); }
+
+ private:
+  MenuEntry& _entry;
+};
+
+namespace {
+
+QLabel* label(const QString& text) {
+  auto* result = new QLabel(text);
+  result->setTextFormat(Qt::PlainText);
+  result->setWordWrap(true);
+  return result;
+}
+
+}  // namespace
+
+ExtensionWindow::ExtensionWindow(const std::vector<MenuEntry*>& entries, Switch onSwitch) {
+  setWindowTitle(tr("Tidemar Extension"));
+  auto* layout = new QVBoxLayout(this);
+  if (entries.empty()) {
+    layout->addWidget(
+        label(tr("No file manager was found that Tidemar can extend. It knows Dolphin, "
+                 "Files (Nautilus), Nemo, Caja and Thunar.")));
+  } else {
+    layout->addWidget(label(tr("Adds “Tidemar: Make Temporary…” to the right-click menu of:")));
+    for (MenuEntry* entry : entries) {
+      _boxes.push_back(new Box(*entry, onSwitch));
+      layout->addWidget(_boxes.back());
+    }
+    layout->addWidget(
+        label(tr("A file manager that is open shows the change once it was "
+                 "quit and opened again.")));
+    _boxes.front()->setFocus();
+  }
+  auto* buttons = new QDialogButtonBox(QDialogButtonBox::Close);
+  connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
+  layout->addWidget(buttons);
+  setMinimumWidth(380);
+}
+
+bool ExtensionWindow::event(QEvent* event) {
+  if (event->type() == QEvent::WindowActivate) {
+    for (Box* box : _boxes)
+      box->refresh();
+  }
+  return QDialog::event(event);
+}
+
+}  // namespace tidemar

@@ -1,0 +1,67 @@
+#include "Platform/Desktop/FileManagerExtension.h"
+
+#include <QCoreApplication>
+#include <QFile>
+#include <algorithm>
+
+#include "Platform/Desktop/ExtensionWindow.h"
+#include "Platform/Extension/MenuEntries.h"
+
+namespace tidemar {
+namespace {
+
+FileURL helperBesideThisProgram() {
+  const QByteArray directory = QFile::encodeName(QCoreApplication::applicationDirPath());
+  return FileURL(directory.toStdString()).appendingPathComponent("tidemar-make-temporary");
+}
+
+}  // namespace
+
+FileManagerExtension::FileManagerExtension(Alerts& alerts)
+    : FileManagerExtension(menuEntries(helperBesideThisProgram()), alerts) {}
+
+FileManagerExtension::FileManagerExtension(std::vector<std::unique_ptr<MenuEntry>> entries,
+                                           Alerts& alerts)
+    : _entries(std::move(entries)), _alerts(alerts) {}
+
+FileManagerExtension::~FileManagerExtension() {
+  delete _window;
+}
+
+bool FileManagerExtension::isEnabled() const {
+  return std::ranges::any_of(
+      _entries, [](const auto& entry) { return entry->isAvailable() && entry->isInstalled(); });
+}
+
+void FileManagerExtension::showManagementInterface() {
+  if (!_window) {
+    std::vector<MenuEntry*> offered;
+    for (const auto& entry : _entries) {
+      // What a file manager left behind that is gone by now can still be switched off.
+      if (entry->isAvailable() || entry->isInstalled()) offered.push_back(entry.get());
+    }
+    _window = new ExtensionWindow(
+        offered, [this](MenuEntry& entry, bool isOn) { switchEntry(entry, isOn); });
+    _window->setAttribute(Qt::WA_DeleteOnClose);
+  }
+  _window->show();
+  _window->raise();
+  _window->activateWindow();
+}
+
+void FileManagerExtension::switchEntry(MenuEntry& entry, bool isOn) {
+  try {
+    if (isOn) {
+      entry.install();
+    } else {
+      entry.uninstall();
+    }
+  } catch (const std::exception& error) {
+    _alerts.run({.message = std::string("Couldn't turn ") + (isOn ? "on" : "off") +
+                            " the extension for " + entry.name(),
+                 .information = error.what()});
+  }
+  if (onChange) onChange();
+}
+
+}  // namespace tidemar
