@@ -23,6 +23,7 @@
 #include "Tidemar/Model/AppModel.h"
 #include "Tidemar/Updates.h"
 #include "Tidemar/WindowCoordinator.h"
+#include "TidemarUI/Views/Icons.h"
 #include "TidemarUI/Views/QuietStyle.h"
 
 namespace tidemar {
@@ -122,6 +123,7 @@ void AppDelegate::finishLaunching() {
 
 void AppDelegate::makeScreens() {
   adoptQuietStyle();
+  QApplication::setWindowIcon(icons::application());
   _updates = std::make_unique<Updates>(_platform->updateService);
   _windows = std::make_unique<WindowCoordinator>(ScreenContext{
       .model = *_appModel,

@@ -81,7 +81,6 @@ void WindowCoordinator::openWindow(const std::string& identifier,
   if (window == nullptr) {
     window = makeWindow();
     window->installEventFilter(this);
-    window->setWindowIcon(icons::application());
     window->addActions({&_openSettings, &_quit});
     _windows[identifier] = window;
   }

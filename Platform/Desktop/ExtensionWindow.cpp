@@ -4,23 +4,28 @@
 #include <QDialogButtonBox>
 #include <QEvent>
 #include <QLabel>
+#include <QPushButton>
+#include <QSignalBlocker>
 #include <QVBoxLayout>
 
 namespace tidemar {
 
-/// Only the user's own clicks reach the entry: `clicked` isn't sent by `setChecked`.
+/// Whatever toggles it but `refresh` reaches the entry: a screen reader doesn't click.
 class ExtensionWindow::Box : public QCheckBox {
  public:
   Box(MenuEntry& entry, const Switch& onSwitch)
       : QCheckBox(QString::fromStdString(entry.name())), _entry(entry) {
     refresh();
-    connect(this, &QCheckBox::clicked, this, [this, onSwitch](bool isOn) {
+    connect(this, &QCheckBox::toggled, this, [this, onSwitch](bool isOn) {
       onSwitch(_entry, isOn);
       refresh();
     });
   }
 
-  void refresh() { setChecked(_entry.isInstalled()); }
+  void refresh() {
+    const QSignalBlocker quiet(this);
+    setChecked(_entry.isInstalled());
+  }
 
  private:
   MenuEntry& _entry;
@@ -56,6 +61,7 @@ ExtensionWindow::ExtensionWindow(const std::vector<MenuEntry*>& entries, Switch 
     _boxes.front()->setFocus();
   }
   auto* buttons = new QDialogButtonBox(QDialogButtonBox::Close);
+  buttons->button(QDialogButtonBox::Close)->setIcon({});
   connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
   layout->addWidget(buttons);
   setMinimumWidth(380);
