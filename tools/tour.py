@@ -132,8 +132,8 @@ def main():
 
         program = session.start(link(folder))
         session.wait_for(lambda: b"Tidemar: Temporary" in tags(folder), "the folder is Temporary")
-        made = session.wait_for(lambda: session.last_run(folder), "the folder is known")
         session.stop(program)
+        made = session.last_run(folder)
         heading("Made Temporary by " + link(folder).replace(session.home, "/home/me"))
         print("  tags: " + ", ".join(tag.decode() for tag in tags(folder)))
 
