@@ -85,6 +85,8 @@ std::string nemoActionText(const FileURL& helper) {
   return ownershipComment + "[Nemo Action]\nName=" + menuCommandName +
          "\nExec=" + keyFileEscaped(percentDoubled(shellQuoted(helper.path()))) +
          " %U\n"
+         // A URI may hold an apostrophe, but never what is special between double quotes.
+         "Quote=double\n"
          "Selection=notnone\n"
          "Extensions=dir;\n";
 }
