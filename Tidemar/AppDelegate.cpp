@@ -75,11 +75,12 @@ AppDelegate::~AppDelegate() {
   modelAtExit = nullptr;
 }
 
-bool AppDelegate::start(const CommandLine& commandLine, int& exitStatus) {
+bool AppDelegate::start(const CommandLine& commandLine, const ActivationToken& token,
+                        int& exitStatus) {
   using Launch = ApplicationInstance::Launch;
   _instance = std::make_unique<ApplicationInstance>();
   const Launch launch = commandLine.isByDesktop ? Launch::byDesktop : Launch::byUser;
-  switch (_instance->claim(launch, commandLine.url)) {
+  switch (_instance->claim(launch, commandLine.url, token)) {
     case ApplicationInstance::Role::first:
       break;
     case ApplicationInstance::Role::handedOver:

@@ -4,6 +4,7 @@
 #include <QObject>
 #include <memory>
 
+#include "Platform/Desktop/ActivationToken.h"
 #include "Tidemar/CommandLine.h"
 
 namespace tidemar {
@@ -25,7 +26,7 @@ class AppDelegate : public QObject {
 
   /// Becomes the application, or hands the URL to the one that runs already. Answers false where
   /// this process has nothing more to do, with its exit status.
-  bool start(const CommandLine& commandLine, int& exitStatus);
+  bool start(const CommandLine& commandLine, const ActivationToken& token, int& exitStatus);
 
  private:
   void finishLaunching();

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "Platform/Desktop/ActivationToken.h"
 #include "Tidemar/MainContainerView.h"
 #include "Tidemar/PreferenceContainerViews.h"
 #include "Tidemar/WindowFrame.h"
@@ -85,9 +86,7 @@ void WindowCoordinator::openWindow(const std::string& identifier,
     _windows[identifier] = window;
   }
   window->setWindowState(window->windowState() & ~Qt::WindowMinimized);
-  window->show();
-  window->raise();
-  window->activateWindow();
+  bringForward(*window);
   if (isFirst) emit hasOpenWindowsChanged();
 }
 

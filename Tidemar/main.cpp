@@ -4,6 +4,7 @@
 #include <stdexcept>
 #include <vector>
 
+#include "Platform/Desktop/ActivationToken.h"
 #include "Platform/Desktop/TerminationSignals.h"
 #include "Tidemar/AppDelegate.h"
 
@@ -29,6 +30,7 @@ int main(int argc, char** argv) {
     std::cerr << "Tidemar needs a desktop session: there is no display.\n";
     return EXIT_FAILURE;
   }
+  const auto token = tidemar::ActivationToken::fromEnvironment();
   tidemar::TerminationSignals terminationSignals;
   // The login item brings the program back, and without a window; a restored session would not.
   QApplication::setAttribute(Qt::AA_DisableSessionManager);
@@ -42,7 +44,7 @@ int main(int argc, char** argv) {
 
   tidemar::AppDelegate delegate;
   int status = EXIT_SUCCESS;
-  if (delegate.start(commandLine, status)) status = QApplication::exec();
+  if (delegate.start(commandLine, token, status)) status = QApplication::exec();
   // Nothing clears any more; what still reads a large folder need not be waited for.
   std::quick_exit(status);
 }

@@ -20,12 +20,12 @@ const QString serviceName = QStringLiteral("app.quernly.tidemar");
 const QString objectPath = QStringLiteral("/app/quernly/tidemar");
 const QString interfaceName = QStringLiteral("org.freedesktop.Application");
 
-QDBusMessage request(const std::optional<std::string>& url) {
+QDBusMessage request(const std::optional<std::string>& url, const ActivationToken& token) {
   QDBusMessage message =
       QDBusMessage::createMethodCall(serviceName, objectPath, interfaceName,
                                      url ? QStringLiteral("Open") : QStringLiteral("Activate"));
   if (url) message << QStringList(QString::fromStdString(urlForBus(*url)));
-  message << QVariantMap();
+  message << token.platformData();
   return message;
 }
 
@@ -34,7 +34,8 @@ QDBusMessage request(const std::optional<std::string>& url) {
 ApplicationInstance::ApplicationInstance(QObject* parent) : QObject(parent) {}
 
 ApplicationInstance::Role ApplicationInstance::claim(Launch launch,
-                                                     const std::optional<std::string>& url) {
+                                                     const std::optional<std::string>& url,
+                                                     const ActivationToken& token) {
   QDBusConnection bus = QDBusConnection::sessionBus();
   if (!bus.isConnected()) return takeLock() == true ? Role::first : Role::refused;
 
@@ -48,7 +49,7 @@ ApplicationInstance::Role ApplicationInstance::claim(Launch launch,
   }
 
   if (launch == Launch::byDesktop) return Role::handedOver;
-  const QDBusMessage answer = bus.call(request(url));
+  const QDBusMessage answer = bus.call(request(url, token));
   return answer.type() == QDBusMessage::ReplyMessage ? Role::handedOver : Role::refused;
 }
 

@@ -6,6 +6,7 @@
 #include <string>
 #include <string_view>
 
+#include "Platform/Desktop/ActivationToken.h"
 #include "Platform/Files/FileDescriptor.h"
 
 namespace tidemar {
@@ -30,8 +31,9 @@ class ApplicationInstance : public QObject {
 
   explicit ApplicationInstance(QObject* parent = nullptr);
 
-  /// Call once. `url` is the bytes of the command line.
-  Role claim(Launch launch, const std::optional<std::string>& url);
+  /// Call once. `url` is the bytes of the command line; the token goes to the first with the
+  /// request.
+  Role claim(Launch launch, const std::optional<std::string>& url, const ActivationToken& token);
 
  signals:
   /// The user started the application again.

@@ -4,6 +4,7 @@
 #include <QFile>
 #include <algorithm>
 
+#include "Platform/Desktop/ActivationToken.h"
 #include "Platform/Desktop/ExtensionWindow.h"
 #include "Platform/Extension/MenuEntries.h"
 
@@ -44,9 +45,7 @@ void FileManagerExtension::showManagementInterface() {
         offered, [this](MenuEntry& entry, bool isOn) { switchEntry(entry, isOn); });
     _window->setAttribute(Qt::WA_DeleteOnClose);
   }
-  _window->show();
-  _window->raise();
-  _window->activateWindow();
+  bringForward(*_window);
 }
 
 void FileManagerExtension::switchEntry(MenuEntry& entry, bool isOn) {

@@ -8,8 +8,8 @@
 
 namespace tidemar {
 
-/// The bus interface org.freedesktop.Application of the Desktop Entry specification; what it is asked for
-/// the instance tells.
+/// The bus interface org.freedesktop.Application of the Desktop Entry specification; what it is
+/// asked for the instance tells.
 class FreedesktopApplication : public QDBusAbstractAdaptor {
   Q_OBJECT
   Q_CLASSINFO("D-Bus Interface", "org.freedesktop.Application")
@@ -18,11 +18,18 @@ class FreedesktopApplication : public QDBusAbstractAdaptor {
       : QDBusAbstractAdaptor(instance), _instance(*instance) {}
 
  public slots:
-  void Activate(const QVariantMap&) { emit _instance.activated(); }
-  void Open(const QStringList& urls, const QVariantMap&) {
-    for (const QString& url : urls) emit _instance.opened(url.toStdString());
+  void Activate(const QVariantMap& platformData) {
+    accept(ActivationToken::fromPlatformData(platformData));
+    emit _instance.activated();
   }
-  void ActivateAction(const QString& name, const QVariantList& parameters, const QVariantMap&) {
+  void Open(const QStringList& urls, const QVariantMap& platformData) {
+    accept(ActivationToken::fromPlatformData(platformData));
+    for (const QString& url : urls)
+      emit _instance.opened(url.toStdString());
+  }
+  void ActivateAction(const QString& name, const QVariantList& parameters,
+                      const QVariantMap& platformData) {
+    accept(ActivationToken::fromPlatformData(platformData));
     emit _instance.actionActivated(name.toStdString(), parameters);
   }
 

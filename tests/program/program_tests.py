@@ -2,6 +2,7 @@
 """Tests of the whole program from outside: real files, a private bus, a virtual display, a shifted clock.
 Usage: program_tests.py path/to/tidemar [unittest's arguments]"""
 
+import contextlib
 import datetime
 import os
 import shutil
@@ -13,11 +14,37 @@ import unittest
 import urllib.parse
 
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..", "tools"))
-from session import Session, link, tags  # noqa: E402
+from session import SERVICE, Session, link, tags  # noqa: E402
+
+from gi.repository import Gio, GLib  # noqa: E402
 
 PROGRAM = sys.argv.pop(1)
 TAG = b"Tidemar: Temporary"
 DAYS = 100
+
+
+APPLICATION_INTERFACE = """<node><interface name="org.freedesktop.Application">
+<method name="Activate"><arg type="a{sv}" direction="in"/></method>
+<method name="Open"><arg type="as" direction="in"/><arg type="a{sv}" direction="in"/></method>
+</interface></node>"""
+
+
+@contextlib.contextmanager
+def running_instance(address, calls):
+    """Stands on the bus in the program's place and keeps the calls that come in."""
+    flags = Gio.DBusConnectionFlags
+    bus = Gio.DBusConnection.new_for_address_sync(
+        address, flags.AUTHENTICATION_CLIENT | flags.MESSAGE_BUS_CONNECTION, None, None)
+
+    def take(_bus, _sender, _path, _interface, method, parameters, invocation):
+        calls.append((method, parameters.unpack()))
+        invocation.return_value(None)
+    interface = Gio.DBusNodeInfo.new_for_xml(APPLICATION_INTERFACE).interfaces[0]
+    bus.register_object("/app/quernly/tidemar", interface, take, None, None)
+    Gio.bus_own_name_on_connection(bus, SERVICE, Gio.BusNameOwnerFlags.NONE, None, None)
+    GLib.MainContext.default().iteration(True)
+    yield
+    bus.close_sync(None)
 
 
 def write(path, content=b"x" * 100, days_ahead=0):
@@ -156,6 +183,24 @@ class OneProcess(ProgramTest):
                 self.assertIn(b"running already", second.stderr.read())
         self.assertIsNone(first.poll())
 
+    def test_a_second_start_hands_the_launchers_token_on(self):
+        calls = []
+        with running_instance(self.session.environment["DBUS_SESSION_BUS_ADDRESS"], calls):
+            token = ("env", "XDG_ACTIVATION_TOKEN=token 1", "DESKTOP_STARTUP_ID=launcher_TIME42")
+            for arguments in [[], [link(self.folder)]]:
+                self.assertEqual(self.hand_over(*arguments, prefix=token), 0)
+            self.assertEqual(self.hand_over(), 0)
+        data = {"activation-token": "token 1", "desktop-startup-id": "launcher_TIME42"}
+        self.assertEqual(calls, [("Activate", (data,)), ("Open", ([link(self.folder)], data)), ("Activate", ({},))])
+
+    def hand_over(self, *arguments, prefix=()):
+        second = self.session.start(*arguments, prefix=prefix)
+        context = GLib.MainContext.default()
+        end = time.monotonic() + 20
+        while second.poll() is None and time.monotonic() < end:
+            context.iteration(False)
+            time.sleep(0.01)
+        return second.poll()
 
     def test_arguments_that_mean_nothing_start_nothing(self):
         for arguments in [["--help"], ["-style", "windows"], [link(self.folder), link(self.folder)]]:
