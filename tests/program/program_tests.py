@@ -7,6 +7,7 @@ import datetime
 import os
 import shutil
 import signal
+import sqlite3
 import subprocess
 import sys
 import time
@@ -45,6 +46,23 @@ def running_instance(address, calls):
     GLib.MainContext.default().iteration(True)
     yield
     bus.close_sync(None)
+
+
+@contextlib.contextmanager
+def private_system_bus(session):
+    """Gives the session a system bus of its own, and a connection to it."""
+    command = ["dbus-daemon", "--session", "--nofork", "--nopidfile", "--print-address=1"]
+    daemon = subprocess.Popen(command, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True)
+    session.processes.append(daemon)
+    with daemon.stdout:
+        address = session.environment["DBUS_SYSTEM_BUS_ADDRESS"] = daemon.stdout.readline().strip()
+    flags = Gio.DBusConnectionFlags
+    bus = Gio.DBusConnection.new_for_address_sync(
+        address, flags.AUTHENTICATION_CLIENT | flags.MESSAGE_BUS_CONNECTION, None, None)
+    bus.set_exit_on_close(False)
+    yield bus
+    bus.close_sync(None)
+    del session.environment["DBUS_SYSTEM_BUS_ADDRESS"]
 
 
 def write(path, content=b"x" * 100, days_ahead=0):
@@ -209,6 +227,36 @@ class OneProcess(ProgramTest):
                 self.assertEqual(program.wait(20), 2)
                 self.assertRegex(program.stderr.read(), b"^Tidemar [^\n]+\\.\n$")
                 self.assertFalse(os.path.exists(self.session.data))
+
+
+class Waking(ProgramTest):
+    def test_a_wake_brings_one_cycle_however_often_it_is_told(self):
+        last = b""
+        for name, is_about_to_sleep, cycles in [
+                ("never", [], 0), ("once", [True, False], 1), ("twice within a second", [True, False] * 2, 1)]:
+            with self.subTest(name), private_system_bus(self.session) as logind:
+                Gio.bus_own_name_on_connection(logind, "org.freedesktop.login1", Gio.BusNameOwnerFlags.NONE, None, None)
+                program = self.session.start(link(self.folder))
+                self.session.wait_for_run(self.folder, last)
+                self.runs()  # those of the start
+                for flag in is_about_to_sleep:
+                    logind.emit_signal(None, "/org/freedesktop/login1", "org.freedesktop.login1.Manager",
+                                       "PrepareForSleep", GLib.Variant("(b)", (flag,)))
+                logind.flush_sync(None)
+                self.assertEqual(self.runs(), cycles)
+                self.session.stop(program)
+                last = self.session.last_run(self.folder)
+
+    def runs(self):
+        """How many runs follow, until there has been none for a while."""
+        last, count, since = self.session.last_run(self.folder), 0, time.monotonic()
+        while time.monotonic() < since + 4:
+            time.sleep(0.005)
+            with contextlib.suppress(sqlite3.Error):  # it is being written
+                run = self.session.last_run(self.folder)
+                if run != last:
+                    last, count, since = run, count + 1, time.monotonic()
+        return count
 
 
 class TheEnd(ProgramTest):
