@@ -4,9 +4,9 @@
 #include <nlohmann/json.hpp>
 #include <utility>
 
-#include "Platform/Files/CreateDirectory.h"
-#include "Platform/Files/StandardDirectories.h"
-#include "Platform/Files/WholeFile.h"
+#include "Platform/Files/Descriptors/CreateDirectory.h"
+#include "Platform/Files/Descriptors/WholeFile.h"
+#include "Platform/Files/Places/StandardDirectories.h"
 #include "Platform/PlatformError.h"
 #include "Platform/Text.h"
 

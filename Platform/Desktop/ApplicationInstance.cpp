@@ -9,8 +9,8 @@
 #include <sys/file.h>
 
 #include "Platform/Desktop/FreedesktopApplication.h"
-#include "Platform/Files/CreateDirectory.h"
-#include "Platform/Files/StandardDirectories.h"
+#include "Platform/Files/Descriptors/CreateDirectory.h"
+#include "Platform/Files/Places/StandardDirectories.h"
 #include "Platform/PlatformError.h"
 
 namespace tidemar {

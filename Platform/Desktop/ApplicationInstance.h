@@ -7,7 +7,7 @@
 #include <string_view>
 
 #include "Platform/Desktop/ActivationToken.h"
-#include "Platform/Files/FileDescriptor.h"
+#include "Platform/Files/Descriptors/FileDescriptor.h"
 
 namespace tidemar {
 

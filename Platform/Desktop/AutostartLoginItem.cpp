@@ -9,9 +9,9 @@
 #include <unistd.h>
 
 #include "Platform/Desktop/AutostartEntry.h"
-#include "Platform/Files/CreateDirectory.h"
-#include "Platform/Files/StandardDirectories.h"
-#include "Platform/Files/WholeFile.h"
+#include "Platform/Files/Descriptors/CreateDirectory.h"
+#include "Platform/Files/Descriptors/WholeFile.h"
+#include "Platform/Files/Places/StandardDirectories.h"
 #include "Platform/PlatformError.h"
 
 namespace tidemar {

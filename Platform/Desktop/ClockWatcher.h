@@ -2,7 +2,7 @@
 
 #include <QObject>
 
-#include "Platform/Files/FileDescriptor.h"
+#include "Platform/Files/Descriptors/FileDescriptor.h"
 
 namespace tidemar {
 

@@ -15,8 +15,8 @@
 
 #include <fcntl.h>
 
-#include "Platform/Files/FileDescriptor.h"
-#include "Platform/Files/PercentEncoding.h"
+#include "Platform/Files/Descriptors/FileDescriptor.h"
+#include "Platform/Files/Trash/PercentEncoding.h"
 
 namespace tidemar::FileViewer {
 namespace {

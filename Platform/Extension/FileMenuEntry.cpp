@@ -10,8 +10,8 @@
 
 #include "Platform/Extension/EntryTexts.h"
 #include "Platform/Extension/ProgramSearch.h"
-#include "Platform/Files/CreateDirectory.h"
-#include "Platform/Files/WholeFile.h"
+#include "Platform/Files/Descriptors/CreateDirectory.h"
+#include "Platform/Files/Descriptors/WholeFile.h"
 #include "Platform/PlatformError.h"
 
 namespace tidemar {

@@ -8,7 +8,7 @@
 #include "Platform/Extension/EntryTexts.h"
 #include "Platform/Extension/FileMenuEntry.h"
 #include "Platform/Extension/ThunarMenuEntry.h"
-#include "Platform/Files/StandardDirectories.h"
+#include "Platform/Files/Places/StandardDirectories.h"
 
 namespace tidemar {
 namespace {

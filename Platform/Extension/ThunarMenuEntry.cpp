@@ -10,9 +10,9 @@
 #include "Platform/Extension/EntryTexts.h"
 #include "Platform/Extension/ProgramSearch.h"
 #include "Platform/Extension/ThunarActions.h"
-#include "Platform/Files/CreateDirectory.h"
-#include "Platform/Files/StandardDirectories.h"
-#include "Platform/Files/WholeFile.h"
+#include "Platform/Files/Descriptors/CreateDirectory.h"
+#include "Platform/Files/Descriptors/WholeFile.h"
+#include "Platform/Files/Places/StandardDirectories.h"
 #include "Platform/PlatformError.h"
 
 namespace tidemar {

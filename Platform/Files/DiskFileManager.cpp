@@ -4,17 +4,17 @@
 #include <cstdlib>
 #include <memory>
 
-#include "Platform/Files/Bookmark.h"
-#include "Platform/Files/BootTime.h"
-#include "Platform/Files/Listing.h"
-#include "Platform/Files/Move.h"
-#include "Platform/Files/Removal.h"
-#include "Platform/Files/StandardDirectories.h"
-#include "Platform/Files/SystemDirectories.h"
+#include "Platform/Files/Bookmarks/Bookmark.h"
+#include "Platform/Files/Changes/Move.h"
+#include "Platform/Files/Changes/Removal.h"
+#include "Platform/Files/Places/BootTime.h"
+#include "Platform/Files/Places/StandardDirectories.h"
+#include "Platform/Files/Places/SystemDirectories.h"
+#include "Platform/Files/Places/Volumes.h"
 #include "Platform/Files/Tags.h"
-#include "Platform/Files/Trash.h"
-#include "Platform/Files/TreeWalk.h"
-#include "Platform/Files/Volumes.h"
+#include "Platform/Files/Trash/Trash.h"
+#include "Platform/Files/Walk/Listing.h"
+#include "Platform/Files/Walk/TreeWalk.h"
 
 namespace tidemar {
 namespace {

@@ -13,7 +13,7 @@
 #include <spawn.h>
 #include <unistd.h>
 
-#include "Platform/Files/PercentEncoding.h"
+#include "Platform/Files/Trash/PercentEncoding.h"
 
 namespace {
 

@@ -4,8 +4,8 @@
 #include <cstdlib>
 #include <utility>
 
-#include "Platform/Files/CreateDirectory.h"
-#include "Platform/Files/StandardDirectories.h"
+#include "Platform/Files/Descriptors/CreateDirectory.h"
+#include "Platform/Files/Places/StandardDirectories.h"
 #include "Tidemar/Model/ApplicationLog.h"
 #include "Tidemar/Model/Detached.h"
 #include "TidemarUI/State/FailureLine.h"

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "Platform/Files/PercentEncoding.h"
+#include "Platform/Files/Trash/PercentEncoding.h"
 
 namespace tidemar {
 namespace {

@@ -8,7 +8,7 @@
 #include <sqlite3.h>
 #include <unistd.h>
 
-#include "Platform/Files/FileDescriptor.h"
+#include "Platform/Files/Descriptors/FileDescriptor.h"
 #include "Platform/Text.h"
 #include "TidemarCore/FileURL.h"
 #include "TidemarKit/Store/LastDatabaseError.h"

@@ -9,9 +9,9 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
-#include "Platform/Files/Bookmark.h"
-#include "Platform/Files/BookmarkRecord.h"
-#include "Platform/Files/Trash.h"
+#include "Platform/Files/Bookmarks/Bookmark.h"
+#include "Platform/Files/Bookmarks/BookmarkRecord.h"
+#include "Platform/Files/Trash/Trash.h"
 #include "Platform/PlatformError.h"
 #include "support/FailingSystemCall.h"
 #include "support/ScopedEnvironment.h"

@@ -5,10 +5,10 @@
 
 #include <gtest/gtest.h>
 
-#include "Platform/Files/BootTime.h"
+#include "Platform/Files/Descriptors/EntryValues.h"
 #include "Platform/Files/DiskFileManager.h"
-#include "Platform/Files/EntryValues.h"
-#include "Platform/Files/MountTable.h"
+#include "Platform/Files/Places/BootTime.h"
+#include "Platform/Files/Places/MountTable.h"
 #include "support/ScopedEnvironment.h"
 #include "support/TemporaryTree.h"
 

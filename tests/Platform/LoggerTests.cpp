@@ -8,7 +8,7 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
-#include "Platform/Files/FileDescriptor.h"
+#include "Platform/Files/Descriptors/FileDescriptor.h"
 #include "Platform/Logger.h"
 
 namespace tidemar {

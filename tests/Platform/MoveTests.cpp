@@ -8,9 +8,9 @@
 #include <sys/xattr.h>
 #include <unistd.h>
 
-#include "Platform/Files/Move.h"
+#include "Platform/Files/Changes/Move.h"
 #include "Platform/Files/Tags.h"
-#include "Platform/Files/Trash.h"
+#include "Platform/Files/Trash/Trash.h"
 #include "Platform/PlatformError.h"
 #include "support/FailingSystemCall.h"
 #include "support/FileExpectations.h"

@@ -11,9 +11,9 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
+#include "Platform/Files/Changes/Removal.h"
+#include "Platform/Files/Descriptors/FileDescriptor.h"
 #include "Platform/Files/DiskFileManager.h"
-#include "Platform/Files/FileDescriptor.h"
-#include "Platform/Files/Removal.h"
 #include "Platform/PlatformError.h"
 #include "support/FailingSystemCall.h"
 #include "support/ScopedEnvironment.h"

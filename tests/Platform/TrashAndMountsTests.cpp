@@ -7,7 +7,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "Platform/Files/Trash.h"
+#include "Platform/Files/Trash/Trash.h"
 #include "support/FileExpectations.h"
 #include "support/ScopedEnvironment.h"
 #include "support/TemporaryTree.h"

@@ -12,9 +12,9 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
-#include "Platform/Files/PercentEncoding.h"
-#include "Platform/Files/Trash.h"
-#include "Platform/Files/TrashName.h"
+#include "Platform/Files/Trash/PercentEncoding.h"
+#include "Platform/Files/Trash/Trash.h"
+#include "Platform/Files/Trash/TrashName.h"
 #include "support/FailingSystemCall.h"
 #include "support/FileExpectations.h"
 #include "support/ScopedEnvironment.h"

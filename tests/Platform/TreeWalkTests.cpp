@@ -11,10 +11,10 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "Platform/Files/FileDescriptor.h"
-#include "Platform/Files/Listing.h"
-#include "Platform/Files/Removal.h"
-#include "Platform/Files/TreeWalk.h"
+#include "Platform/Files/Changes/Removal.h"
+#include "Platform/Files/Descriptors/FileDescriptor.h"
+#include "Platform/Files/Walk/Listing.h"
+#include "Platform/Files/Walk/TreeWalk.h"
 #include "support/SmallThread.h"
 #include "support/TemporaryTree.h"
 
@@ -191,7 +191,9 @@ TEST(TreeWalk, NoDirectoryAtAllIsOneFailure) {
 }
 
 /// Where large trees are made quickly.
-std::string_view fastPlace() { return access("/dev/shm", W_OK) == 0 ? "/dev/shm" : ""; }
+std::string_view fastPlace() {
+  return access("/dev/shm", W_OK) == 0 ? "/dev/shm" : "";
+}
 
 /// Makes directories inside one another, each called "d", with a file in the last.
 void makeDeepTree(const FileURL& root, int depth) {

@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include "Platform/Files/UserDirectories.h"
+#include "Platform/Files/Places/UserDirectories.h"
 
 namespace tidemar {
 namespace {

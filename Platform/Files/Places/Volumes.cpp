@@ -1,0 +1,40 @@
+#include "Platform/Files/Places/Volumes.h"
+
+#include <cerrno>
+#include <cstdint>
+#include <limits>
+
+#include <sys/statvfs.h>
+
+#include "Platform/Files/Places/MountTable.h"
+
+namespace tidemar {
+namespace {
+
+std::int64_t bytes(std::uint64_t blocks, std::uint64_t blockSize) {
+  std::int64_t result = 0;
+  return __builtin_mul_overflow(blocks, blockSize, &result)
+             ? std::numeric_limits<std::int64_t>::max()
+             : result;
+}
+
+}  // namespace
+
+VolumeCapacity readVolumeCapacity(const FileURL& url) {
+  struct statvfs volume {};
+  if (statvfs(url.path().c_str(), &volume) != 0)
+    throw PlatformError("read the free space of", url, errno);
+  if (volume.f_blocks == 0) return {};
+  return {.available = bytes(volume.f_bavail, volume.f_frsize),
+          .total = bytes(volume.f_blocks, volume.f_frsize)};
+}
+
+std::vector<FileURL> readMountedVolumeURLs() {
+  std::vector<FileURL> volumes;
+  for (const Mount& mount : readMountTable()) {
+    if (!isPseudoFileSystem(mount.fileSystemType)) volumes.emplace_back(mount.mountPoint);
+  }
+  return volumes;
+}
+
+}  // namespace tidemar

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "Platform/Files/Descriptors/FileDescriptor.h"
+#include "TidemarCore/FileURL.h"
+
+namespace tidemar {
+
+/// One Trash of this user by the freedesktop Trash specification, open to put items into. Its
+/// directories are real ones that belong to this user.
+struct TrashDirectory {
+  FileURL filesURL;          ///< Where the items lie.
+  FileDescriptor files;      ///< The same, opened as a place to work from.
+  FileDescriptor info;       ///< Where their records lie.
+  std::uint64_t device = 0;  ///< The device of `files`, and the id of its mount.
+  std::uint64_t mount = 0;
+  std::size_t longestName = 0;  ///< In bytes, of an item whose record's name must fit too.
+};
+
+/// The device on which the home Trash lies or would lie. Makes nothing. Throws PlatformError.
+std::uint64_t homeTrashDevice();
+
+/// The Trash in the user's data directory, made with mode 0700 where it is missing. Throws
+/// PlatformError, also for one that is a link or belongs to someone else.
+TrashDirectory openHomeTrash();
+
+/// The user's Trash at the top of a mount, whose top directory is given open and by its path:
+/// `.Trash/{uid}` where an administrator has made a `.Trash` that is fit for it, else
+/// `.Trash-{uid}`. What is missing is made with mode 0700. Throws as above.
+TrashDirectory openTrashOfMount(int topDirectory, const FileURL& topURL);
+
+}  // namespace tidemar

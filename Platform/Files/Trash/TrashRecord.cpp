@@ -1,0 +1,114 @@
+#include "Platform/Files/Trash/TrashRecord.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstdio>
+#include <optional>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include "Platform/Files/Descriptors/FileDescriptor.h"
+#include "Platform/Files/Trash/PercentEncoding.h"
+
+namespace tidemar {
+namespace {
+
+constexpr const char* sizesName = "directorysizes";
+constexpr const char* newSizesName = ".directorysizes.tidemar";
+
+int writeAll(int file, std::string_view text) noexcept {
+  while (!text.empty()) {
+    const ssize_t written = write(file, text.data(), text.size());
+    if (written < 0 && errno == EINTR) continue;
+    if (written < 0) return errno;
+    text.remove_prefix(static_cast<std::size_t>(written));
+  }
+  return 0;
+}
+
+std::optional<std::string> readAll(int file) {
+  std::string text;
+  std::array<char, 4096> buffer{};
+  while (true) {
+    const ssize_t size = read(file, buffer.data(), buffer.size());
+    if (size < 0 && errno == EINTR) continue;
+    if (size < 0) return std::nullopt;
+    if (size == 0) return text;
+    text.append(buffer.data(), static_cast<std::size_t>(size));
+  }
+}
+
+/// Creates a file that didn't exist and writes it whole, or leaves none.
+int makeFile(int directory, const char* name, std::string_view text) noexcept {
+  constexpr int flags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
+  const FileDescriptor file(openat(directory, name, flags, 0600));
+  if (!file) return errno;
+  const int code = writeAll(file.get(), text);
+  if (code != 0) unlinkat(directory, name, 0);
+  return code;
+}
+
+/// The name that a line "{size} {time} {percent-encoded name}" is about.
+std::optional<std::string> nameInSizesLine(std::string_view line) {
+  const std::size_t first = line.find(' ');
+  const std::size_t second = first == line.npos ? first : line.find(' ', first + 1);
+  return second == line.npos ? std::nullopt : percentDecoded(line.substr(second + 1));
+}
+
+std::string sizesWithout(std::string_view sizes, std::string_view name) {
+  std::string kept;
+  while (!sizes.empty()) {
+    const std::size_t end = sizes.find('\n');
+    const std::string_view line = sizes.substr(0, end == sizes.npos ? end : end + 1);
+    sizes.remove_prefix(line.size());
+    if (nameInSizesLine(line.substr(0, std::min(line.find('\n'), line.size()))) != name) {
+      kept += line;
+    }
+  }
+  return kept;
+}
+
+void forgetSize(int trash, const std::string& name) {
+  const FileDescriptor file(
+      openat(trash, sizesName, O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+  if (!file) return;
+  const std::optional<std::string> sizes = readAll(file.get());
+  if (!sizes) return;
+  const std::string kept = sizesWithout(*sizes, name);
+  if (kept.size() == sizes->size()) return;
+  // A file of this name is what a crash left.
+  unlinkat(trash, newSizesName, 0);
+  if (makeFile(trash, newSizesName, kept) != 0) return;
+  if (renameat(trash, newSizesName, trash, sizesName) != 0) unlinkat(trash, newSizesName, 0);
+}
+
+}  // namespace
+
+std::string trashRecordText(std::string_view path, std::time_t deletionDate) {
+  std::tm local{};
+  localtime_r(&deletionDate, &local);
+  std::array<char, 32> date{};
+  std::strftime(date.data(), date.size(), "%Y-%m-%dT%H:%M:%S", &local);
+  return "[Trash Info]\nPath=" + percentEncoded(path) + "\nDeletionDate=" + date.data() + "\n";
+}
+
+int makeTrashRecord(int infoDirectory, const std::string& name, std::string_view text) noexcept {
+  return makeFile(infoDirectory, (name + std::string(trashRecordEnding)).c_str(), text);
+}
+
+void removeTrashRecord(int infoDirectory, const std::string& name) noexcept {
+  unlinkat(infoDirectory, (name + std::string(trashRecordEnding)).c_str(), 0);
+}
+
+void forgetTrashedItem(int filesDirectory, const std::string& name) {
+  constexpr int flags = O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
+  const FileDescriptor trash(openat(filesDirectory, "..", flags));
+  if (!trash) return;
+  const FileDescriptor info(openat(trash.get(), "info", flags));
+  if (info) removeTrashRecord(info.get(), name);
+  forgetSize(trash.get(), name);
+}
+
+}  // namespace tidemar

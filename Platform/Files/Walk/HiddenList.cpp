@@ -1,0 +1,70 @@
+#include "Platform/Files/Walk/HiddenList.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <system_error>
+#include <utility>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "Platform/Files/Descriptors/FileDescriptor.h"
+
+namespace tidemar {
+namespace {
+
+constexpr std::size_t largestList = 1024 * 1024;
+
+[[noreturn]] void fail(int code) {
+  throw std::system_error(code, std::generic_category());
+}
+
+std::string readWhole(int descriptor) {
+  std::string content(largestList + 1, '\0');
+  std::size_t size = 0;
+  while (size < content.size()) {
+    const ssize_t count = read(descriptor, content.data() + size, content.size() - size);
+    if (count < 0 && errno == EINTR) continue;
+    if (count < 0) fail(errno);
+    if (count == 0) break;
+    size += static_cast<std::size_t>(count);
+  }
+  if (size > largestList) fail(EFBIG);
+  content.resize(size);
+  return content;
+}
+
+}  // namespace
+
+HiddenList HiddenList::ofDirectory(int directory) {
+  // Opening for reading could wait on a FIFO or touch a device, so the type is looked at first.
+  struct stat type {};
+  if (fstatat(directory, ".hidden", &type, AT_SYMLINK_NOFOLLOW) != 0) {
+    if (errno == ENOENT) return {};
+    fail(errno);
+  }
+  if (!S_ISREG(type.st_mode)) return {};
+
+  const FileDescriptor file(
+      openat(directory, ".hidden", O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+  if (!file) fail(errno);
+  const std::string content = readWhole(file.get());
+
+  HiddenList list;
+  for (std::size_t start = 0; start < content.size();) {
+    const std::size_t end = std::min(content.find('\n', start), content.size());
+    if (end > start) list._names.push_back(content.substr(start, end - start));
+    start = end + 1;
+  }
+  std::ranges::sort(list._names);
+  return list;
+}
+
+bool HiddenList::hides(std::string_view name) const {
+  if (name.starts_with('.')) return true;
+  return std::ranges::binary_search(_names, name, {},
+                                    [](const auto& text) { return std::string_view(text); });
+}
+
+}  // namespace tidemar
