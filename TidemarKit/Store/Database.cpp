@@ -1,11 +1,17 @@
 #include "TidemarKit/Store/Database.h"
 
+#include <algorithm>
+#include <array>
 #include <cerrno>
+#include <cstddef>
+#include <filesystem>
 #include <system_error>
+#include <thread>
 #include <utility>
 
 #include <fcntl.h>
 #include <sqlite3.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include "Platform/Files/Descriptors/FileDescriptor.h"
@@ -16,9 +22,19 @@
 namespace tidemar {
 namespace {
 
+using namespace std::chrono_literals;
+
+/// What every database begins with.
+constexpr std::string_view magic("SQLite format 3", 16);
+
+DatabaseError failure(const std::string& operation, const std::string& path, int code,
+                      const std::string& reason) {
+  return {code, "Couldn't " + operation + " the database “" + displayText(path.c_str()) +
+                    "”: " + reason + "."};
+}
+
 [[noreturn]] void failOpening(const std::string& path, int code, int systemCode) {
-  throw DatabaseError(code, "Couldn't open the database “" + displayText(path.c_str()) +
-                                "”: " + std::generic_category().message(systemCode) + ".");
+  throw failure("open", path, code, std::generic_category().message(systemCode));
 }
 
 /// Made here and not by SQLite, so that there is no moment in which others could read the file.
@@ -38,7 +54,8 @@ Database::Database() {
   open(":memory:");
 }
 
-Database::Database(const std::string& path) {
+Database::Database(const std::string& path, std::chrono::milliseconds patience)
+    : _patience(patience) {
   if (path.contains('\0')) failOpening(path, SQLITE_CANTOPEN, EINVAL);
   createFileIfMissing(path);
   // A relative path could be one of the names that mean something else to SQLite.
@@ -49,11 +66,11 @@ Database::Database(const std::string& path) {
   if (sqlite3_db_readonly(_connection.get(), "main") != 0) {
     failOpening(path, SQLITE_READONLY, EACCES);
   }
-  const std::string file = sqlite3_db_filename(_connection.get(), "main");
-  const FileURL directory = FileURL(file).deletingLastPathComponent();
+  const FileURL directory = FileURL(file()).deletingLastPathComponent();
   if (faccessat(AT_FDCWD, directory.path().c_str(), W_OK | X_OK, AT_EACCESS) != 0) {
     failOpening(path, SQLITE_READONLY_DIRECTORY, errno);
   }
+  rememberPlace(path);
 }
 
 void Database::open(const std::string& name) {
@@ -63,7 +80,61 @@ void Database::open(const std::string& name) {
   _connection.reset(connection);
   if (connection == nullptr) failOpening(name, SQLITE_NOMEM, ENOMEM);
   if (code != SQLITE_OK) throw lastDatabaseError(connection, "open");
+  sqlite3_busy_handler(connection, waitForOthers, this);
   execute("PRAGMA foreign_keys = ON");
+}
+
+/// Longer and longer up to a twentieth of a second, so that a lock held for a moment costs a
+/// moment.
+int Database::waitForOthers(void* database, int earlierWaits) {
+  constexpr std::array pauses = {1ms, 2ms, 5ms, 10ms, 20ms, 50ms};
+  auto& self = *static_cast<Database*>(database);
+  const auto now = std::chrono::steady_clock::now();
+  if (earlierWaits == 0) self._endOfPatience = now + self._patience;
+  if (now >= self._endOfPatience) return 0;
+  const auto pause = pauses[std::min<std::size_t>(earlierWaits, pauses.size() - 1)];
+  std::this_thread::sleep_until(std::min(now + pause, self._endOfPatience));
+  return 1;
+}
+
+std::string Database::file() const {
+  const char* name = sqlite3_db_filename(_connection.get(), "main");
+  return name != nullptr ? name : "";
+}
+
+std::optional<Database::Identity> Database::identityAt(const std::string& path) {
+  struct stat status {};
+  if (stat(path.c_str(), &status) != 0) return std::nullopt;
+  return Identity{status.st_dev, status.st_ino};
+}
+
+void Database::rememberPlace(const std::string& path) {
+  _path = std::filesystem::absolute(path).string();
+  // Of the open file SQLite knows the inode alone, which a file of another drive can have too.
+  int hasMoved = 1;
+  sqlite3_file_control(_connection.get(), "main", SQLITE_FCNTL_HAS_MOVED, &hasMoved);
+  const auto identity = identityAt(_path);
+  if (hasMoved != 0 || !identity) failOpening(path, SQLITE_READONLY_DBMOVED, ENOENT);
+  _identity = *identity;
+}
+
+void Database::requireInPlace() const {
+  if (_path.empty() || identityAt(_path) == _identity) return;
+  throw failure("write to", _path, SQLITE_READONLY_DBMOVED,
+                "it was moved away or replaced while Tidemar had it open");
+}
+
+void Database::requireWritableFile() {
+  if (_path.empty()) return;
+  // By SQLite's own descriptor: closing another one of the same file would drop its locks.
+  sqlite3_file* opened = nullptr;
+  sqlite3_file_control(_connection.get(), "main", SQLITE_FCNTL_FILE_POINTER, &opened);
+  const int code =
+      opened->pMethods->xWrite(opened, magic.data(), static_cast<int>(magic.size()), 0);
+  if (code == SQLITE_OK) return;
+  int systemCode = 0;
+  sqlite3_file_control(_connection.get(), "main", SQLITE_FCNTL_LAST_ERRNO, &systemCode);
+  throw failure("write to", _path, code, std::generic_category().message(systemCode));
 }
 
 Statement Database::statement(std::string_view sql) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <atomic>
+#include <chrono>
 #include <string>
 #include <thread>
 #include <type_traits>
@@ -22,7 +23,8 @@ class DatabaseQueue {
   DatabaseQueue() = default;
 
   /// On a file. Throws `DatabaseError`.
-  explicit DatabaseQueue(const std::string& path) : _database(path) {}
+  DatabaseQueue(const std::string& path, std::chrono::milliseconds patience)
+      : _database(path, patience) {}
 
   /// Answers what `access(database)` answers, which must not refer to the database any more.
   template <class Access>
@@ -30,10 +32,26 @@ class DatabaseQueue {
     return perform(Transaction::Kind::reading, std::forward<Access>(access));
   }
 
+  /// Throws for a file that isn't in its place any more: before the access, and behind it for one
+  /// that was moved away meanwhile.
   template <class Access>
   auto write(Access&& access) {
     return perform(Transaction::Kind::writing, std::forward<Access>(access));
   }
+
+  /// Carries out what a write would do and takes it back.
+  template <class Access>
+  void attempt(Access&& access) {
+    const Turn turn(*this);
+    _database.requireInPlace();
+    Transaction transaction(_database, Transaction::Kind::trial);
+    _database.requireWritableFile();
+    std::forward<Access>(access)(_database);
+    transaction.rollBack();
+  }
+
+  /// The file; empty for a database in memory. Any thread, at any time.
+  std::string file() const { return _database.file(); }
 
  private:
   /// The scope in which the calling thread has the connection for itself.
@@ -51,13 +69,19 @@ class DatabaseQueue {
   template <class Access>
   auto perform(Transaction::Kind kind, Access&& access) {
     const Turn turn(*this);
+    const bool writes = kind == Transaction::Kind::writing;
+    if (writes) _database.requireInPlace();
     Transaction transaction(_database, kind);
+    const auto commit = [&] {
+      transaction.commit();
+      if (writes) _database.requireInPlace();
+    };
     if constexpr (std::is_void_v<std::invoke_result_t<Access, Database&>>) {
       std::forward<Access>(access)(_database);
-      transaction.commit();
+      commit();
     } else {
       auto result = std::forward<Access>(access)(_database);
-      transaction.commit();
+      commit();
       return result;
     }
   }

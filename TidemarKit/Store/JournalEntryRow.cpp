@@ -3,7 +3,11 @@
 #include <string>
 #include <string_view>
 
+#include <sqlite3.h>
+
 #include "TidemarKit/Store/Database.h"
+#include "TidemarKit/Store/DatabaseDate.h"
+#include "TidemarKit/Store/DatabaseError.h"
 #include "TidemarKit/Store/StoredWords.h"
 
 namespace tidemar::JournalEntryRow {
@@ -27,6 +31,14 @@ JournalEntry entry(const Row& row) {
   entry.reasons = StoredWords::reasons(row.text(6));
   entry.performedAt = row.date(7);
   entry.undoneAt = row.optional(8, &Row::date);
+  return entry;
+}
+
+/// An entry as it will be read back: its dates are kept to the millisecond.
+JournalEntry asStored(JournalEntry entry) {
+  const auto stored = [](Date date) { return DatabaseDate::date(DatabaseDate::text(date)); };
+  entry.performedAt = stored(entry.performedAt);
+  if (entry.undoneAt) entry.undoneAt = stored(*entry.undoneAt);
   return entry;
 }
 
@@ -57,6 +69,10 @@ std::vector<JournalEntry> ofFolder(Database& database, std::int64_t folderID) {
   return all(statement.bind(folderID));
 }
 
+bool isStored(Database& database, const JournalEntry& entry) {
+  return entry.id && withID(database, *entry.id) == asStored(entry);
+}
+
 std::int64_t insert(Database& database, const JournalEntry& entry) {
   database
       .statement(
@@ -65,7 +81,14 @@ std::int64_t insert(Database& database, const JournalEntry& entry) {
       .bind(entry.id, entry.folderID, rawValue(entry.disposal), entry.name, entry.binnedPath,
             entry.size, StoredWords::text(entry.reasons), entry.performedAt, entry.undoneAt)
       .run();
-  return database.lastInsertedRowID();
+  JournalEntry inserted = entry;
+  inserted.id = database.lastInsertedRowID();
+  if (database.changedRowCount() != 1 || !isStored(database, inserted)) {
+    throw DatabaseError(SQLITE_MISMATCH,
+                        "Couldn't write to the database: its journal doesn't keep a row as it is "
+                        "written.");
+  }
+  return *inserted.id;
 }
 
 bool update(Database& database, const JournalEntry& entry) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <deque>
+#include <functional>
 #include <mutex>
 
 #include "Platform/Logger.h"
@@ -9,6 +10,7 @@
 
 namespace tidemar {
 
+class DatabaseError;
 class Store;
 
 /// Sees to it that no removal goes without its row in the journal: before an item goes its row is
@@ -45,7 +47,9 @@ class RemovalLedger {
 
  private:
   void writeOutstanding();
-  void tryRow(const JournalEntry& entry);
+  bool isOfForgottenFolder(const JournalEntry& entry, const DatabaseError& error);
+  void withReserve(const std::function<void()>& write);
+  bool isForLackOfSpace(const DatabaseError& error) const;
 
   Store& _store;
   SpaceReserve _reserve;

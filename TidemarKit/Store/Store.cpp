@@ -26,11 +26,18 @@ Store::Store() : database(std::make_unique<DatabaseQueue>()) {
   storeMigrator().migrate(*database);
 }
 
-Store::Store(const std::string& path) : database(std::make_unique<DatabaseQueue>(path)) {
+Store::Store(const std::string& path, std::chrono::milliseconds patience)
+    : database(std::make_unique<DatabaseQueue>(path, patience)) {
   storeMigrator().migrate(*database);
 }
 
 Store::~Store() = default;
+
+std::optional<FileURL> Store::directory() const {
+  const std::string file = database->file();
+  if (file.empty()) return std::nullopt;
+  return FileURL(file).deletingLastPathComponent();
+}
 
 std::vector<Folder> Store::folders() const {
   return database->read([](Database& db) { return FolderRow::all(db); });
@@ -74,6 +81,18 @@ Folder Store::insert(Folder folder) {
 JournalEntry Store::insert(JournalEntry entry) {
   entry.id = database->write([&](Database& db) { return JournalEntryRow::insert(db, entry); });
   return entry;
+}
+
+void Store::tryInsert(const JournalEntry& entry) {
+  database->attempt([&](Database& db) { JournalEntryRow::insert(db, entry); });
+}
+
+void Store::record(JournalEntry& entry) {
+  database->write([&](Database& db) {
+    if (JournalEntryRow::isStored(db, entry)) return;
+    entry.id.reset();
+    entry.id = JournalEntryRow::insert(db, entry);
+  });
 }
 
 void Store::update(const Folder& folder) {

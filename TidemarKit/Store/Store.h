@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -8,6 +9,7 @@
 #include <vector>
 
 #include "TidemarCore/Date.h"
+#include "TidemarCore/FileURL.h"
 #include "TidemarKit/Store/Folder.h"
 #include "TidemarKit/Store/JournalEntry.h"
 
@@ -17,8 +19,9 @@ class DatabaseQueue;
 
 /// All that is remembered between launches: a thin set of reads and writes over one SQLite file,
 /// one transaction each. Any thread may call it; calls are served one at a time
-/// in order of arrival, each blocking its caller. Every operation throws `DatabaseError` and
-/// retries nothing.
+/// in order of arrival, each blocking its caller. Every operation throws `DatabaseError`. One that
+/// meets another program's lock waits for it; else nothing is tried twice. A write throws, before
+/// or after its commit, where the file isn't in its place any more.
 ///
 /// Dates are kept to the millisecond: a date read back may differ from the one written by less than
 /// that.
@@ -27,12 +30,17 @@ class Store {
   /// A fresh store in memory, gone with this object.
   Store();
 
-  /// Opens or creates the file and brings its schema up to date. Never erases anything.
-  explicit Store(const std::string& path);
+  /// Opens or creates the file and brings its schema up to date. Never erases anything. `patience`
+  /// is how long another program's lock is waited for.
+  explicit Store(const std::string& path,
+                 std::chrono::milliseconds patience = std::chrono::seconds(30));
 
   ~Store();
   Store(const Store&) = delete;
   Store& operator=(const Store&) = delete;
+
+  /// Where the file lies; none for a store in memory.
+  std::optional<FileURL> directory() const;
 
   /// All folders in the order in which they were added.
   std::vector<Folder> folders() const;
@@ -56,6 +64,13 @@ class Store {
   /// Inserts a row and answers the record with its new id.
   Folder insert(Folder folder);
   JournalEntry insert(JournalEntry entry);
+
+  /// Throws where this very row couldn't be inserted just now and kept as it is. Leaves no trace.
+  void tryInsert(const JournalEntry& entry);
+
+  /// Inserts a row and gives the entry its id, even where it throws after the row may have reached
+  /// the file; called again with such an entry it looks for that row first.
+  void record(JournalEntry& entry);
 
   /// Writes all fields to the row of the record's id. Throws `RecordNotFound` where the row is
   /// gone.

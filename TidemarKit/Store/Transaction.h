@@ -12,6 +12,7 @@ class Transaction {
   enum class Kind : std::uint8_t {
     reading,  ///< Sees one state of the database throughout.
     writing,  ///< Takes the right to write at once, so that it can't be lost to another half-way.
+    trial,    ///< Takes all that a commit would take: no other program reads or writes meanwhile.
   };
 
   /// Throws `DatabaseError`, as `commit` does.
@@ -21,6 +22,7 @@ class Transaction {
   ~Transaction();
 
   void commit();
+  void rollBack();
 
  private:
   Database& _database;
