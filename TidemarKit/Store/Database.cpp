@@ -84,10 +84,9 @@ void Database::open(const std::string& name) {
   execute("PRAGMA foreign_keys = ON");
 }
 
-/// Longer and longer up to a twentieth of a second, so that a lock held for a moment costs a
-/// moment.
+/// Short, so that of a program that writes all the time a gap is met.
 int Database::waitForOthers(void* database, int earlierWaits) {
-  constexpr std::array pauses = {1ms, 2ms, 5ms, 10ms, 20ms, 50ms};
+  constexpr std::array pauses = {1ms, 2ms, 5ms, 10ms};
   auto& self = *static_cast<Database*>(database);
   const auto now = std::chrono::steady_clock::now();
   if (earlierWaits == 0) self._endOfPatience = now + self._patience;

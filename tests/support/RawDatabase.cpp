@@ -1,17 +1,18 @@
 #include "support/RawDatabase.h"
 
-#include <memory>
 #include <stdexcept>
 
 #include <sqlite3.h>
 
 namespace tidemar::testing {
 
-std::vector<std::string> runSQL(const std::string& path, const std::string& sql) {
+OtherProgram::OtherProgram(const std::string& path) : _connection(nullptr, sqlite3_close) {
   sqlite3* opened = nullptr;
   sqlite3_open(path.c_str(), &opened);
-  const std::unique_ptr<sqlite3, decltype(&sqlite3_close)> connection(opened, sqlite3_close);
+  _connection.reset(opened);
+}
 
+std::vector<std::string> OtherProgram::run(const std::string& sql) {
   std::vector<std::string> rows;
   const auto addRow = [](void* result, int count, char** values, char**) {
     std::string row;
@@ -22,10 +23,14 @@ std::vector<std::string> runSQL(const std::string& path, const std::string& sql)
     static_cast<std::vector<std::string>*>(result)->push_back(row);
     return 0;
   };
-  if (sqlite3_exec(connection.get(), sql.c_str(), addRow, &rows, nullptr) != SQLITE_OK) {
-    throw std::runtime_error(sqlite3_errmsg(connection.get()));
+  if (sqlite3_exec(_connection.get(), sql.c_str(), addRow, &rows, nullptr) != SQLITE_OK) {
+    throw std::runtime_error(sqlite3_errmsg(_connection.get()));
   }
   return rows;
+}
+
+std::vector<std::string> runSQL(const std::string& path, const std::string& sql) {
+  return OtherProgram(path).run(sql);
 }
 
 }  // namespace tidemar::testing

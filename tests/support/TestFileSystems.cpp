@@ -28,7 +28,7 @@ void enterOwnMountNamespace() {
 const char* sizeOf(TestFileSystem::Type type) {
   switch (type) {
     case TestFileSystem::Type::ext4:
-      return "16M";
+      return "64M";
     case TestFileSystem::Type::xfs:
       return "300M";
     case TestFileSystem::Type::btrfs:

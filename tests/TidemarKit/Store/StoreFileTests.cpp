@@ -1,3 +1,4 @@
+#include <chrono>
 #include <filesystem>
 #include <optional>
 #include <string>
@@ -11,6 +12,7 @@
 #include "TidemarKit/Store/DatabaseError.h"
 #include "TidemarKit/Store/Store.h"
 #include "support/RawDatabase.h"
+#include "support/Records.h"
 #include "support/TemporaryTree.h"
 
 namespace tidemar {
@@ -172,13 +174,14 @@ TEST(StoreFile, aFileOrDirectoryThatCannotBeWrittenIsRefusedAtOnce) {
   EXPECT_EQ(failureOfOpening(path), std::nullopt);
 }
 
-TEST(StoreFile, aDatabaseLockedByAnotherConnectionFailsAtOnceAndLaterWorks) {
+TEST(StoreFile, aLockOfAnotherProgramIsWaitedForAsLongAsTheStoreHasPatience) {
   const TemporaryDirectory directory;
   const std::string path = directory.path("tidemar.sqlite");
-  Store store(path);
-  sqlite3* other = nullptr;
-  ASSERT_EQ(sqlite3_open(path.c_str(), &other), SQLITE_OK);
-  ASSERT_EQ(sqlite3_exec(other, "BEGIN EXCLUSIVE", nullptr, nullptr, nullptr), SQLITE_OK);
+  constexpr auto patience = std::chrono::milliseconds(120);
+  Store store(path, patience);
+  OtherProgram other(path);
+  other.run("BEGIN EXCLUSIVE");
+  const auto begin = std::chrono::steady_clock::now();
   try {
     store.insert(Folder());
     ADD_FAILURE() << "wrote past a lock";
@@ -186,10 +189,25 @@ TEST(StoreFile, aDatabaseLockedByAnotherConnectionFailsAtOnceAndLaterWorks) {
     EXPECT_EQ(error.code(), SQLITE_BUSY);
     EXPECT_EQ(error.what(), "Couldn't write to the database “" + path + "”: database is locked.");
   }
+  EXPECT_GE(std::chrono::steady_clock::now() - begin, patience);
   EXPECT_THROW(store.folders(), DatabaseError);
-  sqlite3_close(other);
-  store.insert(Folder());
-  EXPECT_EQ(store.folders().size(), 1U);
+  other.run("COMMIT");
+  EXPECT_TRUE(store.folders().empty());
+}
+
+TEST(StoreFile, aFileOfALaterVersionIsUsedAsFarAsItsTablesTakeOurRows) {
+  const TemporaryDirectory directory;
+  const std::string path = directory.path("tidemar.sqlite");
+  Folder folder = Store(path).insert(folderAt("/a"));
+  runSQL(path,
+         "INSERT INTO grdb_migrations VALUES ('colours'); ALTER TABLE folder ADD COLUMN colour;"
+         "ALTER TABLE journalEntry ADD COLUMN colour DEFAULT 'red'; CREATE TABLE colours (x);");
+  Store store(path);
+  EXPECT_EQ(store.folders(), std::vector{folder});
+  const JournalEntry entry = store.insert(entryOf(folder, "x"));
+  EXPECT_EQ(store.journalSince(Date{0}), std::vector{entry});
+  EXPECT_EQ(runSQL(path, "SELECT identifier FROM grdb_migrations ORDER BY rowid"),
+            (Rows{"temporary folders and journal", "colours"}));
 }
 
 }  // namespace

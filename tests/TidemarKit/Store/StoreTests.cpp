@@ -8,6 +8,7 @@
 #include "TidemarKit/Store/DatabaseError.h"
 #include "TidemarKit/Store/Store.h"
 #include "support/RawDatabase.h"
+#include "support/Records.h"
 #include "support/TemporaryTree.h"
 
 namespace tidemar {
@@ -15,25 +16,6 @@ namespace {
 
 using namespace tidemar::testing;
 using Rows = std::vector<std::string>;
-
-Folder folderAt(const std::string& path, double createdAt = 1000) {
-  Folder folder;
-  folder.bookmark = "bookmark";
-  folder.path = path;
-  folder.createdAt = Date{createdAt};
-  folder.lastRunAt = Date{createdAt};
-  return folder;
-}
-
-JournalEntry entryOf(const Folder& folder, const std::string& name, double performedAt = 2000) {
-  JournalEntry entry;
-  entry.folderID = folder.id.value();
-  entry.name = name;
-  entry.size = 12;
-  entry.reasons = {Rule::age};
-  entry.performedAt = Date{performedAt};
-  return entry;
-}
 
 Rows names(const std::vector<JournalEntry>& entries) {
   Rows result;
