@@ -83,7 +83,7 @@ std::int64_t insert(Database& database, const JournalEntry& entry) {
       .run();
   JournalEntry inserted = entry;
   inserted.id = database.lastInsertedRowID();
-  if (database.changedRowCount() != 1 || !isStored(database, inserted)) {
+  if (!isStored(database, inserted)) {
     throw DatabaseError(SQLITE_MISMATCH,
                         "Couldn't write to the database: its journal doesn't keep a row as it is "
                         "written.");

@@ -24,6 +24,7 @@
 #include "support/RawDatabase.h"
 #include "support/Records.h"
 #include "support/TemporaryTree.h"
+#include "support/TestFileSystems.h"
 
 namespace tidemar {
 namespace {
@@ -235,6 +236,19 @@ TEST(RemovalLedger, doesNotTakeARowForWrittenThatWentIntoAFileNoLongerOurs) {
               comesBack ? std::nullopt : std::optional(SQLITE_READONLY));
     EXPECT_EQ(world.names(), comesBack ? Rows{"a"} : Rows{}) << "once";
   }
+}
+
+TEST(RemovalLedger, isNotTakenInByAFileOfAnotherDriveWithTheSameNumber) {
+  const TestFileSystem drive(TestFileSystem::Type::tmpfs);
+  const TestFileSystem twin(TestFileSystem::Type::tmpfs);
+  if (!twin.isMounted()) GTEST_SKIP() << twin.reason();
+  Store(twin.url("tidemar.sqlite").path()).insert(folderAt("/f"));
+  Store store(drive.url("tidemar.sqlite").path());
+  RemovalLedger ledger(store);
+  const JournalEntry row = entryOf(store.insert(folderAt("/f")), "a");
+  ledger.prepare(row);
+  const BindMount over(twin.url(), drive.url());
+  EXPECT_EQ(codeOf([&] { ledger.prepare(row); }), SQLITE_READONLY);
 }
 
 TEST(RemovalLedger, dropsTheRowOfAForgottenFolderAndWritesTheOthers) {
