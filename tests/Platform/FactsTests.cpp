@@ -8,7 +8,6 @@
 #include "Platform/Files/Descriptors/EntryValues.h"
 #include "Platform/Files/DiskFileManager.h"
 #include "Platform/Files/Places/BootTime.h"
-#include "Platform/Files/Places/MountTable.h"
 #include "support/ScopedEnvironment.h"
 #include "support/TemporaryTree.h"
 
@@ -16,47 +15,6 @@ namespace tidemar {
 namespace {
 
 using namespace testing;
-
-TEST(MountTable, ReadsEveryFormOfLine) {
-  struct Row {
-    const char* name;
-    const char* line;
-    std::optional<Mount> mount;
-  };
-  const Row rows[] = {
-      {"without optional fields", "22 1 8:1 / / rw,relatime - ext4 /dev/sda1 rw",
-       Mount{22, "/", "ext4", "/dev/sda1"}},
-      {"with two", "36 35 98:0 /m /mnt rw shared:1 master:2 - xfs /dev/sdb rw",
-       Mount{36, "/mnt", "xfs", "/dev/sdb"}},
-      {"a blank, a newline and a backslash in the path",
-       R"(7 1 0:5 / /a\040b\012c\134d rw - tmpfs none rw)",
-       Mount{7, "/a b\nc\\d", "tmpfs", "none"}},
-      {"a backslash that begins no escape", R"(7 1 0:5 / /a\9 rw - tmpfs none rw)",
-       Mount{7, "/a\\9", "tmpfs", "none"}},
-      {"a path called -", "7 1 0:5 / /- rw - tmpfs none rw", Mount{7, "/-", "tmpfs", "none"}},
-      {"without a separator", "22 1 8:1 / / rw,relatime ext4 /dev/sda1 rw", std::nullopt},
-      {"cut off", "22 1 8:1 /", std::nullopt},
-      {"an id that is no number", "x2 1 8:1 / / rw - ext4 /dev/sda1 rw", std::nullopt},
-      {"nothing", "", std::nullopt},
-  };
-  for (const Row& row : rows) {
-    const std::vector<Mount> expected = row.mount ? std::vector{*row.mount} : std::vector<Mount>();
-    EXPECT_EQ(parseMountTable(row.line), expected) << row.name;
-    EXPECT_EQ(parseMountTable(std::string(row.line) + "\n"), expected) << row.name;
-  }
-}
-
-TEST(Volumes, AreTheMountsWithoutTheKernelsOwn) {
-  const auto volumes = DiskFileManager().mountedVolumeURLs();
-  EXPECT_FALSE(volumes.empty());
-  EXPECT_EQ(std::ranges::find(volumes, FileURL("/proc")), volumes.end());
-
-  const VolumeCapacity capacity = DiskFileManager().volumeCapacity(FileURL("/"));
-  EXPECT_GT(*capacity.total, 0);
-  EXPECT_LE(*capacity.available, *capacity.total);
-  EXPECT_EQ(DiskFileManager().volumeCapacity(FileURL("/proc")).total, std::nullopt)
-      << "a volume of size 0 has no capacity that a rule could work with";
-}
 
 TEST(BootTime, IsTheEarliestSeenInOneBoot) {
   const Date early{100};
