@@ -51,19 +51,20 @@ TEST(BootTime, StandsInItsOwnLine) {
 }
 
 TEST(Packages, AreToldByTheEndingOfADirectorysName) {
-  for (const char* name :
-       {"Tool.AppDir", "tool.appdir", "x.app", "Pictures.PhotosLibrary", "a.b.rtfd"}) {
+  for (const char* name : {"Tool.AppDir", "tool.appdir", "Pictures.PhotosLibrary", "a.b.rtfd"})
     EXPECT_TRUE(isPackageName(name)) << name;
-  }
-  for (const char* name : {".app", "app", "x.apps", "x.app.bak", "xapp", ""})
+  for (const char* name : {".appdir", "appdir", "x.appdirs", "x.appdir.bak", "xappdir", "",
+                           "site.app", "x.framework", "x.bundle"})
     EXPECT_FALSE(isPackageName(name)) << name;
 
   TemporaryDirectory directory;
-  makeTree(directory.url(), "a.app/\nb.app\nc.app -> a.app");
-  EXPECT_EQ(DiskFileManager().resourceValues(directory.url("a.app")).isPackage, true);
-  EXPECT_EQ(DiskFileManager().resourceValues(directory.url("b.app")).isPackage, false)
-      << "a plain file";
-  EXPECT_EQ(DiskFileManager().resourceValues(directory.url("c.app")).isPackage, false) << "a link";
+  makeTree(directory.url(), "a.AppDir/\nb.AppDir\nc.AppDir -> a.AppDir");
+  const auto isPackage = [&](const char* name) {
+    return DiskFileManager().resourceValues(directory.url(name)).isPackage;
+  };
+  EXPECT_EQ(isPackage("a.AppDir"), true);
+  EXPECT_EQ(isPackage("b.AppDir"), false) << "a plain file";
+  EXPECT_EQ(isPackage("c.AppDir"), false) << "a link";
 }
 
 TEST(SystemDirectories, HoldTheUsersDesktopAndDocumentsByTheirOwnNames) {
