@@ -67,20 +67,19 @@ TEST(Packages, AreToldByTheEndingOfADirectorysName) {
   EXPECT_EQ(isPackage("c.AppDir"), false) << "a link";
 }
 
-TEST(SystemDirectories, HoldTheUsersDesktopAndDocumentsByTheirOwnNames) {
+TEST(SystemDirectories, HoldTheUsersAndTheProgramsOwnPlacesByTheirOwnNames) {
   TemporaryDirectory home;
   const ScopedHome scoped(home.url());
+  const ScopedEnvironment data("XDG_DATA_HOME", home.path("data"));
   makeTree(home.url(), ".config/");
   writeFile(home.url(".config/user-dirs.dirs"),
             "XDG_DESKTOP_DIR=\"$HOME/Schreibtisch\"\nXDG_DOCUMENTS_DIR=\"$HOME/Dokumente\"\n"
             "XDG_DOWNLOAD_DIR=\"$HOME/Downloads\"\n");
   const auto directories = DiskFileManager().systemDirectoryURLs();
-  const auto has = [&](const FileURL& url) {
-    return std::ranges::find(directories, url) != directories.end();
-  };
-  EXPECT_TRUE(has(home.url("Schreibtisch")));
-  EXPECT_TRUE(has(home.url("Dokumente")));
-  EXPECT_TRUE(has(home.url(".config")));
+  const auto has = [&](const FileURL& url) { return std::ranges::count(directories, url) > 0; };
+  for (const char* name :
+       {"Schreibtisch", "Dokumente", ".config", ".local", "data", "data/Tidemar", "data/Trash"})
+    EXPECT_TRUE(has(home.url(name))) << name;
   EXPECT_TRUE(has(FileURL("/home")));
   EXPECT_FALSE(has(home.url("Downloads")));
 }
