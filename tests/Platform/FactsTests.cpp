@@ -1,13 +1,20 @@
 #include <algorithm>
+#include <atomic>
+#include <cstdint>
 #include <optional>
+#include <set>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include "Platform/Files/Descriptors/EntryValues.h"
+#include "Platform/Files/Descriptors/WholeFile.h"
 #include "Platform/Files/DiskFileManager.h"
 #include "Platform/Files/Places/BootTime.h"
+#include "support/FileExpectations.h"
 #include "support/ScopedEnvironment.h"
 #include "support/TemporaryTree.h"
 
@@ -27,21 +34,83 @@ TEST(BootTime, IsTheEarliestSeenInOneBoot) {
       << "a real restart";
 }
 
-TEST(BootTime, IsKeptBetweenTwoReadings) {
-  TemporaryDirectory directory;
-  const ScopedEnvironment runtime("XDG_RUNTIME_DIR", directory.path());
-  const FileURL file = directory.url("tidemar-boot-time");
-  const Date real = readBootTime();
-  const std::string record = readFile(file);
-  const std::string bootID = record.substr(0, record.find('\n'));
+class KeptBootTime : public ::testing::Test {
+ protected:
+  TemporaryDirectory _directory;
+  ScopedEnvironment _runtime{"XDG_RUNTIME_DIR", _directory.path()};
+  FileURL _file = _directory.url("tidemar-boot-time");
+  Date _real = readBootTime();
+  std::string _record = readFile(_file);
+  std::string _bootID = _record.substr(0, _record.find('\n'));
+};
 
-  writeFile(file, bootID + "\n1000\n");
+TEST_F(KeptBootTime, IsTakenOnlyFromAWholeAndPossibleRecord) {
+  writeFile(_file, _bootID + "\n1000\n");
   EXPECT_EQ(readBootTime(), Date{1000});
-  for (const std::string& damaged :
-       {std::string(), bootID, bootID + "\n", bootID + "\nsoon\n", std::string("\n\n")}) {
-    writeFile(file, damaged);
-    EXPECT_EQ(readBootTime(), real) << damaged;
+  const std::string later = std::to_string(std::int64_t(_real.secondsSince1970) + 1);
+  const std::string damaged[] = {"",
+                                 _bootID,
+                                 _bootID + "\n",
+                                 _bootID + "\n\n",
+                                 _bootID + "\nsoon\n",
+                                 "\n\n",
+                                 "\n1000\n",
+                                 _bootID + "\n1000",
+                                 _bootID + "\n-1000\n",
+                                 _bootID + "\n" + later + "\n",
+                                 _bootID + "\n1000\n1000\n",
+                                 "x\n1000\n",
+                                 _bootID + "\n99999999999999999999\n",
+                                 _bootID + "\n" + std::string(200, '0') + "1000\n"};
+  for (const std::string& record : damaged) {
+    writeFile(_file, record);
+    EXPECT_EQ(readBootTime(), _real) << record;
+    EXPECT_EQ(readFile(_file), _record) << record;
   }
+}
+
+TEST_F(KeptBootTime, ReplacesWhatIsNoRecordAndTouchesNothingElse) {
+  const std::string name = "tidemar-boot-time";
+  const std::string foreign = _bootID + "\n1000\n";
+  writeFile(_directory.url("foreign"), foreign);
+  for (const std::string& instead : {name + " -> foreign", name + " -> nowhere", name + " |"}) {
+    ASSERT_EQ(unlink(_file.path().c_str()), 0);
+    makeTree(_directory.url(), instead);
+    EXPECT_EQ(readBootTime(), _real) << instead;
+    EXPECT_EQ(readFile(_file), _record) << instead;
+    EXPECT_EQ(readFile(_directory.url("foreign")), foreign) << instead;
+  }
+  writeFile(_file, foreign);
+  if (chown(_file.path().c_str(), 12345, 12345) == 0) {
+    EXPECT_EQ(readBootTime(), _real) << "another user's";
+  }
+  ASSERT_EQ(unlink(_file.path().c_str()), 0);
+  makeTree(_directory.url(), name + "/");
+  EXPECT_EQ(readBootTime(), _real);
+  EXPECT_EQ(namesIn(_directory.url()), (std::set<std::string>{name, "foreign"}));
+}
+
+TEST_F(KeptBootTime, IsNeverSeenHalfWrittenByAnotherReader) {
+  const auto writeAnew = [&] {
+    for (int i = 0; i < 500; ++i) {
+      unlink(_file.path().c_str());
+      EXPECT_EQ(readBootTime(), _real);
+    }
+  };
+  std::atomic<bool> isOver = false;
+  std::thread first(writeAnew);
+  std::thread second(writeAnew);
+  std::thread reader([&] {
+    while (!isOver) {
+      const auto text = WholeFile::read(_file);
+      EXPECT_EQ(text.value_or(_record), _record);
+    }
+  });
+  first.join();
+  second.join();
+  isOver = true;
+  reader.join();
+  EXPECT_LE(namesIn(_directory.url()).size(), 1U) << "no temporary file is left";
 }
 
 TEST(BootTime, StandsInItsOwnLine) {
