@@ -4,6 +4,7 @@
 #include <functional>
 #include <string>
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
@@ -11,6 +12,7 @@
 
 #include "Platform/Files/Bookmarks/Bookmark.h"
 #include "Platform/Files/Bookmarks/BookmarkRecord.h"
+#include "Platform/Files/Descriptors/FileDescriptor.h"
 #include "Platform/Files/Trash/Trash.h"
 #include "Platform/PlatformError.h"
 #include "support/FailingSystemCall.h"
@@ -36,6 +38,13 @@ std::string whereFrom(const std::string& bookmark) {
     EXPECT_TRUE(std::string(error.what()).starts_with("Couldn't find “")) << error.what();
     return "none: " + std::to_string(error.code());
   }
+}
+
+/// Whether a bookmark remembers the directory that lies at this place now.
+bool isOf(const std::string& bookmark, const FileURL& url) {
+  const FileDescriptor directory(open(url.path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  EXPECT_TRUE(directory) << url.path();
+  return isBookmarkOf(bookmark, directory.get(), url);
 }
 
 const std::string none = "none: " + std::to_string(ENOENT);
@@ -225,6 +234,8 @@ TEST(BookmarkRecord, ThatIsDamagedLeadsNowhere) {
   EXPECT_EQ(whereFrom(directory.path()), invalid);
   EXPECT_EQ(whereFrom(bookmark.substr(0, bookmark.size() - 1)), invalid);
   EXPECT_EQ(whereFrom(bookmark + "x"), invalid);
+  EXPECT_TRUE(isOf(bookmark, directory.url()));
+  EXPECT_FALSE(isOf(bookmark + "x", directory.url()));
 }
 
 class BookmarkOnADrive : public ::testing::TestWithParam<TestFileSystem::Type> {
@@ -263,6 +274,8 @@ TEST_P(BookmarkOnADrive, FollowsAMoveThatNobodySaw) {
   _drive.unmount();
   _drive.mount();
   EXPECT_EQ(whereFrom(_bookmark), _drive.url("b/renamed").path() + " (stale)");
+  EXPECT_TRUE(isOf(_bookmark, _drive.url("b/renamed")));
+  EXPECT_FALSE(isOf(_bookmark, _drive.url("b")));
 }
 
 TEST_P(BookmarkOnADrive, IsNotDeceivedByAnInodeNumberThatIsUsedAgain) {
@@ -280,6 +293,7 @@ TEST_P(BookmarkOnADrive, IsNotDeceivedByAnInodeNumberThatIsUsedAgain) {
   EXPECT_EQ(whereFrom(_bookmark), none);
 
   std::filesystem::rename(_drive.url("a/impostor").path(), _drive.url("a/folder").path());
+  EXPECT_FALSE(isOf(_bookmark, _drive.url("a/folder")));
   EXPECT_EQ(whereFrom(_bookmark), _drive.url("a/folder").path() + " (replaced)");
 }
 
@@ -293,6 +307,8 @@ TEST_F(BookmarkTest, FollowsASubvolumeAndTellsItFromOthers) {
   EXPECT_EQ(whereFrom(bookmark), drive.url("volume").path());
   rename(drive.url("volume"), drive.url("moved"));
   EXPECT_EQ(whereFrom(bookmark), drive.url("moved").path() + " (stale)");
+  EXPECT_TRUE(isOf(bookmark, drive.url("moved")));
+  EXPECT_FALSE(isOf(bookmark, drive.url("other")));
   runCommand("btrfs subvolume delete " + drive.url("moved").path());
   EXPECT_EQ(whereFrom(bookmark), none) << "every subvolume has the same inode number";
 }
@@ -305,6 +321,7 @@ TEST_F(BookmarkTest, IsNotDeceivedByACopyOfTheDrive) {
   drive.unmount();
   drive.changeUUID();
   drive.mount();
+  EXPECT_FALSE(isOf(bookmark, drive.url("folder")));
   EXPECT_EQ(whereFrom(bookmark), none);
 }
 

@@ -1,14 +1,20 @@
 #include <algorithm>
+#include <atomic>
+#include <cstdint>
 #include <optional>
+#include <set>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include "Platform/Files/Descriptors/EntryValues.h"
+#include "Platform/Files/Descriptors/WholeFile.h"
 #include "Platform/Files/DiskFileManager.h"
 #include "Platform/Files/Places/BootTime.h"
-#include "Platform/Files/Places/MountTable.h"
+#include "support/FileExpectations.h"
 #include "support/ScopedEnvironment.h"
 #include "support/TemporaryTree.h"
 
@@ -16,47 +22,6 @@ namespace tidemar {
 namespace {
 
 using namespace testing;
-
-TEST(MountTable, ReadsEveryFormOfLine) {
-  struct Row {
-    const char* name;
-    const char* line;
-    std::optional<Mount> mount;
-  };
-  const Row rows[] = {
-      {"without optional fields", "22 1 8:1 / / rw,relatime - ext4 /dev/sda1 rw",
-       Mount{22, "/", "ext4", "/dev/sda1"}},
-      {"with two", "36 35 98:0 /m /mnt rw shared:1 master:2 - xfs /dev/sdb rw",
-       Mount{36, "/mnt", "xfs", "/dev/sdb"}},
-      {"a blank, a newline and a backslash in the path",
-       R"(7 1 0:5 / /a\040b\012c\134d rw - tmpfs none rw)",
-       Mount{7, "/a b\nc\\d", "tmpfs", "none"}},
-      {"a backslash that begins no escape", R"(7 1 0:5 / /a\9 rw - tmpfs none rw)",
-       Mount{7, "/a\\9", "tmpfs", "none"}},
-      {"a path called -", "7 1 0:5 / /- rw - tmpfs none rw", Mount{7, "/-", "tmpfs", "none"}},
-      {"without a separator", "22 1 8:1 / / rw,relatime ext4 /dev/sda1 rw", std::nullopt},
-      {"cut off", "22 1 8:1 /", std::nullopt},
-      {"an id that is no number", "x2 1 8:1 / / rw - ext4 /dev/sda1 rw", std::nullopt},
-      {"nothing", "", std::nullopt},
-  };
-  for (const Row& row : rows) {
-    const std::vector<Mount> expected = row.mount ? std::vector{*row.mount} : std::vector<Mount>();
-    EXPECT_EQ(parseMountTable(row.line), expected) << row.name;
-    EXPECT_EQ(parseMountTable(std::string(row.line) + "\n"), expected) << row.name;
-  }
-}
-
-TEST(Volumes, AreTheMountsWithoutTheKernelsOwn) {
-  const auto volumes = DiskFileManager().mountedVolumeURLs();
-  EXPECT_FALSE(volumes.empty());
-  EXPECT_EQ(std::ranges::find(volumes, FileURL("/proc")), volumes.end());
-
-  const VolumeCapacity capacity = DiskFileManager().volumeCapacity(FileURL("/"));
-  EXPECT_GT(*capacity.total, 0);
-  EXPECT_LE(*capacity.available, *capacity.total);
-  EXPECT_EQ(DiskFileManager().volumeCapacity(FileURL("/proc")).total, std::nullopt)
-      << "a volume of size 0 has no capacity that a rule could work with";
-}
 
 TEST(BootTime, IsTheEarliestSeenInOneBoot) {
   const Date early{100};
@@ -69,21 +34,83 @@ TEST(BootTime, IsTheEarliestSeenInOneBoot) {
       << "a real restart";
 }
 
-TEST(BootTime, IsKeptBetweenTwoReadings) {
-  TemporaryDirectory directory;
-  const ScopedEnvironment runtime("XDG_RUNTIME_DIR", directory.path());
-  const FileURL file = directory.url("tidemar-boot-time");
-  const Date real = readBootTime();
-  const std::string record = readFile(file);
-  const std::string bootID = record.substr(0, record.find('\n'));
+class KeptBootTime : public ::testing::Test {
+ protected:
+  TemporaryDirectory _directory;
+  ScopedEnvironment _runtime{"XDG_RUNTIME_DIR", _directory.path()};
+  FileURL _file = _directory.url("tidemar-boot-time");
+  Date _real = readBootTime();
+  std::string _record = readFile(_file);
+  std::string _bootID = _record.substr(0, _record.find('\n'));
+};
 
-  writeFile(file, bootID + "\n1000\n");
+TEST_F(KeptBootTime, IsTakenOnlyFromAWholeAndPossibleRecord) {
+  writeFile(_file, _bootID + "\n1000\n");
   EXPECT_EQ(readBootTime(), Date{1000});
-  for (const std::string& damaged :
-       {std::string(), bootID, bootID + "\n", bootID + "\nsoon\n", std::string("\n\n")}) {
-    writeFile(file, damaged);
-    EXPECT_EQ(readBootTime(), real) << damaged;
+  const std::string later = std::to_string(std::int64_t(_real.secondsSince1970) + 1);
+  const std::string damaged[] = {"",
+                                 _bootID,
+                                 _bootID + "\n",
+                                 _bootID + "\n\n",
+                                 _bootID + "\nsoon\n",
+                                 "\n\n",
+                                 "\n1000\n",
+                                 _bootID + "\n1000",
+                                 _bootID + "\n-1000\n",
+                                 _bootID + "\n" + later + "\n",
+                                 _bootID + "\n1000\n1000\n",
+                                 "x\n1000\n",
+                                 _bootID + "\n99999999999999999999\n",
+                                 _bootID + "\n" + std::string(200, '0') + "1000\n"};
+  for (const std::string& record : damaged) {
+    writeFile(_file, record);
+    EXPECT_EQ(readBootTime(), _real) << record;
+    EXPECT_EQ(readFile(_file), _record) << record;
   }
+}
+
+TEST_F(KeptBootTime, ReplacesWhatIsNoRecordAndTouchesNothingElse) {
+  const std::string name = "tidemar-boot-time";
+  const std::string foreign = _bootID + "\n1000\n";
+  writeFile(_directory.url("foreign"), foreign);
+  for (const std::string& instead : {name + " -> foreign", name + " -> nowhere", name + " |"}) {
+    ASSERT_EQ(unlink(_file.path().c_str()), 0);
+    makeTree(_directory.url(), instead);
+    EXPECT_EQ(readBootTime(), _real) << instead;
+    EXPECT_EQ(readFile(_file), _record) << instead;
+    EXPECT_EQ(readFile(_directory.url("foreign")), foreign) << instead;
+  }
+  writeFile(_file, foreign);
+  if (chown(_file.path().c_str(), 12345, 12345) == 0) {
+    EXPECT_EQ(readBootTime(), _real) << "another user's";
+  }
+  ASSERT_EQ(unlink(_file.path().c_str()), 0);
+  makeTree(_directory.url(), name + "/");
+  EXPECT_EQ(readBootTime(), _real);
+  EXPECT_EQ(namesIn(_directory.url()), (std::set<std::string>{name, "foreign"}));
+}
+
+TEST_F(KeptBootTime, IsNeverSeenHalfWrittenByAnotherReader) {
+  const auto writeAnew = [&] {
+    for (int i = 0; i < 500; ++i) {
+      unlink(_file.path().c_str());
+      EXPECT_EQ(readBootTime(), _real);
+    }
+  };
+  std::atomic<bool> isOver = false;
+  std::thread first(writeAnew);
+  std::thread second(writeAnew);
+  std::thread reader([&] {
+    while (!isOver) {
+      const auto text = WholeFile::read(_file);
+      EXPECT_EQ(text.value_or(_record), _record);
+    }
+  });
+  first.join();
+  second.join();
+  isOver = true;
+  reader.join();
+  EXPECT_LE(namesIn(_directory.url()).size(), 1U) << "no temporary file is left";
 }
 
 TEST(BootTime, StandsInItsOwnLine) {
@@ -93,35 +120,35 @@ TEST(BootTime, StandsInItsOwnLine) {
 }
 
 TEST(Packages, AreToldByTheEndingOfADirectorysName) {
-  for (const char* name :
-       {"Tool.AppDir", "tool.appdir", "x.app", "Pictures.PhotosLibrary", "a.b.rtfd"}) {
+  for (const char* name : {"Tool.AppDir", "tool.appdir", "Pictures.PhotosLibrary", "a.b.rtfd"})
     EXPECT_TRUE(isPackageName(name)) << name;
-  }
-  for (const char* name : {".app", "app", "x.apps", "x.app.bak", "xapp", ""})
+  for (const char* name : {".appdir", "appdir", "x.appdirs", "x.appdir.bak", "xappdir", "",
+                           "site.app", "x.framework", "x.bundle"})
     EXPECT_FALSE(isPackageName(name)) << name;
 
   TemporaryDirectory directory;
-  makeTree(directory.url(), "a.app/\nb.app\nc.app -> a.app");
-  EXPECT_EQ(DiskFileManager().resourceValues(directory.url("a.app")).isPackage, true);
-  EXPECT_EQ(DiskFileManager().resourceValues(directory.url("b.app")).isPackage, false)
-      << "a plain file";
-  EXPECT_EQ(DiskFileManager().resourceValues(directory.url("c.app")).isPackage, false) << "a link";
+  makeTree(directory.url(), "a.AppDir/\nb.AppDir\nc.AppDir -> a.AppDir");
+  const auto isPackage = [&](const char* name) {
+    return DiskFileManager().resourceValues(directory.url(name)).isPackage;
+  };
+  EXPECT_EQ(isPackage("a.AppDir"), true);
+  EXPECT_EQ(isPackage("b.AppDir"), false) << "a plain file";
+  EXPECT_EQ(isPackage("c.AppDir"), false) << "a link";
 }
 
-TEST(SystemDirectories, HoldTheUsersDesktopAndDocumentsByTheirOwnNames) {
+TEST(SystemDirectories, HoldTheUsersAndTheProgramsOwnPlacesByTheirOwnNames) {
   TemporaryDirectory home;
   const ScopedHome scoped(home.url());
+  const ScopedEnvironment data("XDG_DATA_HOME", home.path("data"));
   makeTree(home.url(), ".config/");
   writeFile(home.url(".config/user-dirs.dirs"),
             "XDG_DESKTOP_DIR=\"$HOME/Schreibtisch\"\nXDG_DOCUMENTS_DIR=\"$HOME/Dokumente\"\n"
             "XDG_DOWNLOAD_DIR=\"$HOME/Downloads\"\n");
   const auto directories = DiskFileManager().systemDirectoryURLs();
-  const auto has = [&](const FileURL& url) {
-    return std::ranges::find(directories, url) != directories.end();
-  };
-  EXPECT_TRUE(has(home.url("Schreibtisch")));
-  EXPECT_TRUE(has(home.url("Dokumente")));
-  EXPECT_TRUE(has(home.url(".config")));
+  const auto has = [&](const FileURL& url) { return std::ranges::count(directories, url) > 0; };
+  for (const char* name :
+       {"Schreibtisch", "Dokumente", ".config", ".local", "data", "data/Tidemar", "data/Trash"})
+    EXPECT_TRUE(has(home.url(name))) << name;
   EXPECT_TRUE(has(FileURL("/home")));
   EXPECT_FALSE(has(home.url("Downloads")));
 }

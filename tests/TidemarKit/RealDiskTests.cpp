@@ -74,12 +74,12 @@ TEST(RealDisk, AnItemThatHoldsAMountIsNeverPlannedAndAPackageThatDoesIsRefused) 
     folder/
       a-plain/
         mount/
-      b-package.app/
+      b-package.AppDir/
         mount/
         part
       c-file)");
   const BindMount inPlain(elsewhere.url(), world.home.url("folder/a-plain/mount"));
-  const BindMount inPackage(elsewhere.url(), world.home.url("folder/b-package.app/mount"));
+  const BindMount inPackage(elsewhere.url(), world.home.url("folder/b-package.AppDir/mount"));
   if (!inPlain.isMounted()) GTEST_SKIP() << inPlain.reason();
 
   for (const Disposal disposal : {Disposal::delete_, Disposal::bin}) {
@@ -92,8 +92,8 @@ TEST(RealDisk, AnItemThatHoldsAMountIsNeverPlannedAndAPackageThatDoesIsRefused) 
     }
     const RunResult result = world.run(folder);
     ASSERT_EQ(result.failures.size(), 1U);
-    EXPECT_EQ(result.failures[0].item.url, world.home.url("folder/b-package.app"));
-    EXPECT_TRUE(exists(world.home.url("folder/b-package.app/part")));
+    EXPECT_EQ(result.failures[0].item.url, world.home.url("folder/b-package.AppDir"));
+    EXPECT_TRUE(exists(world.home.url("folder/b-package.AppDir/part")));
     EXPECT_TRUE(exists(elsewhere.url("precious")));
     EXPECT_FALSE(exists(world.home.url("folder/c-file")));
     writeFile(world.home.url("folder/c-file"), "");

@@ -100,7 +100,7 @@ void TestFileSystem::mount() {
 BindMount::BindMount(const FileURL& directory, const FileURL& place) : _place(place) {
   try {
     enterOwnMountNamespace();
-    runCommand("mount --bind " + directory.path() + " " + place.path());
+    runCommand("mount --bind '" + directory.path() + "' '" + place.path() + "'");
   } catch (const std::exception& error) {
     _reason = error.what();
   }

@@ -128,4 +128,12 @@ std::optional<BookmarkRecord> decodeBookmark(std::string_view bytes) {
   return record;
 }
 
+bool isBookmarkOf(std::string_view bookmark, int directory, const FileURL& url) {
+  constexpr const char* operation = "find";
+  const std::optional<BookmarkRecord> remembered = decodeBookmark(bookmark);
+  return remembered &&
+         isSameDirectory(persistentIdentity(directory, url, operation), remembered->directory) &&
+         fileSystemIdentity(directory, url, operation) == remembered->fileSystem;
+}
+
 }  // namespace tidemar

@@ -26,4 +26,9 @@ std::string encodeBookmark(const BookmarkRecord& record);
 /// behind the end, or with a value that no record has.
 std::optional<BookmarkRecord> decodeBookmark(std::string_view bytes);
 
+/// Whether these bytes are a bookmark of exactly this open directory (not O_PATH), wherever it lies
+/// now: a few questions about its descriptor and no search. Where a file system tells too little
+/// of its directories to be sure, it is none. Throws PlatformError, made of `url`.
+bool isBookmarkOf(std::string_view bookmark, int directory, const FileURL& url);
+
 }  // namespace tidemar

@@ -54,10 +54,9 @@ Date addedDate(const EntryValues& values) noexcept {
 }
 
 bool isPackageName(std::string_view name) noexcept {
-  // Few on purpose: a package's age doesn't count what lies in it, so a name that is none errs on
-  // the side of keeping.
-  constexpr std::array<std::string_view, 6> endings = {".app",       ".appdir",        ".bundle",
-                                                       ".framework", ".photoslibrary", ".rtfd"};
+  // Few on purpose: a package's age doesn't count what lies in it, so nothing is one that people
+  // edit inside, as they do in a project called "site.app".
+  constexpr std::array<std::string_view, 3> endings = {".appdir", ".photoslibrary", ".rtfd"};
   return std::ranges::any_of(endings, [name](std::string_view ending) {
     return name.size() > ending.size() &&
            std::ranges::equal(name.substr(name.size() - ending.size()), ending, {}, lowerASCII);

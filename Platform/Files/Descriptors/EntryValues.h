@@ -41,8 +41,8 @@ Date modificationDate(const EntryValues& values) noexcept;
 /// The later of change time and birth time.
 Date addedDate(const EntryValues& values) noexcept;
 
-/// Whether a directory of this name is one thing to the user: an AppDir or a bundle by its ending,
-/// in any case.
+/// Whether a directory of this name is one thing to the user: an AppDir, a photo library or a rich
+/// text with pictures, by its ending in any case.
 bool isPackageName(std::string_view name) noexcept;
 
 /// The values of an entry as the rest of the program sees them. At a boundary there are no dates.

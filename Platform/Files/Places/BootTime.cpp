@@ -1,19 +1,28 @@
 #include "Platform/Files/Places/BootTime.h"
 
+#include <algorithm>
+#include <array>
 #include <cerrno>
 #include <charconv>
 #include <cstdint>
 #include <cstdio>
+#include <cstdlib>
 #include <fstream>
 #include <iterator>
 #include <utility>
 
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "Platform/Files/Descriptors/FileDescriptor.h"
 #include "Platform/Files/Places/StandardDirectories.h"
 #include "Platform/PlatformError.h"
 
 namespace tidemar {
 namespace {
 
+/// Of one of the kernel's own files.
 std::string contentOf(const std::string& path) {
   std::ifstream file(path, std::ios::binary);
   return {std::istreambuf_iterator<char>(file), {}};
@@ -27,24 +36,40 @@ std::optional<std::int64_t> wholeSeconds(std::string_view digits) {
   return seconds;
 }
 
+/// Two whole lines and nothing else; a number that was cut off would be a wrong one.
 std::optional<BootRecord> parseRecord(std::string_view text) {
   const std::size_t lineEnd = text.find('\n');
-  if (lineEnd == std::string_view::npos) return std::nullopt;
-  const std::string_view rest = text.substr(lineEnd + 1);
-  const auto seconds = wholeSeconds(rest.substr(0, rest.find('\n')));
-  if (!seconds) return std::nullopt;
+  if (lineEnd == text.npos || !text.ends_with('\n')) return std::nullopt;
+  std::string_view digits = text.substr(lineEnd + 1);
+  digits.remove_suffix(digits.empty() ? 0 : 1);
+  const auto seconds = wholeSeconds(digits);
+  if (!seconds || *seconds < 0) return std::nullopt;
   return BootRecord{std::string(text.substr(0, lineEnd)), Date{static_cast<double>(*seconds)}};
 }
 
+/// The record that this user wrote; whatever else may lie there is none.
+std::optional<BootRecord> keptRecord(const std::string& path) {
+  const FileDescriptor file(open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+  struct stat values {};
+  if (!file || fstat(file.get(), &values) != 0 || values.st_uid != geteuid()) return std::nullopt;
+  std::array<char, 128> text{};
+  const ssize_t size = read(file.get(), text.data(), text.size());
+  return parseRecord({text.data(), static_cast<std::size_t>(std::max<ssize_t>(size, 0))});
+}
+
+/// Replaces whatever lies there, a link itself, in one step. A record that can't be kept costs only
+/// the protection from a clock set forward.
 void keep(const BootRecord& record, const std::string& path) {
-  // A record that can't be kept costs only the protection from a clock set forward.
-  const std::string temporary = path + ".new";
-  std::ofstream file(temporary, std::ios::binary | std::ios::trunc);
-  file << record.bootID << '\n'
-       << static_cast<std::int64_t>(record.earliest.secondsSince1970) << '\n';
-  file.close();
-  if (file.fail() || std::rename(temporary.c_str(), path.c_str()) != 0)
-    std::remove(temporary.c_str());
+  const std::string text =
+      record.bootID + '\n' +
+      std::to_string(static_cast<std::int64_t>(record.earliest.secondsSince1970)) + '\n';
+  std::string temporary = path + ".XXXXXX";
+  const FileDescriptor file(mkostemp(temporary.data(), O_CLOEXEC));
+  if (!file) return;
+  if (write(file.get(), text.data(), text.size()) != std::ssize(text) ||
+      std::rename(temporary.c_str(), path.c_str()) != 0) {
+    unlink(temporary.c_str());
+  }
 }
 
 }  // namespace
@@ -81,7 +106,7 @@ Date readBootTime() {
   if (!runtime || bootID.empty()) return *current;
 
   const std::string path = runtime->appendingPathComponent("tidemar-boot-time").path();
-  const auto kept = parseRecord(contentOf(path));
+  const auto kept = keptRecord(path);
   const BootRecord record = earliestBootRecord(kept, bootID, *current);
   if (record != kept) keep(record, path);
   return record.earliest;

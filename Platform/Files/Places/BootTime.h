@@ -9,7 +9,9 @@
 namespace tidemar {
 
 /// See FileManager::bootTime. The kernel's answer moves when the clock is set, so the earliest one
-/// seen in this boot is kept in the user's runtime directory, where there is one.
+/// seen in this boot is kept in the user's runtime directory, where there is one. Whatever lies
+/// there, the answer is never later than the kernel's. Any number of threads and processes may ask
+/// at once.
 Date readBootTime();
 
 /// The boot time in the text of /proc/stat: its line "btime", in whole seconds.

@@ -2,10 +2,13 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <charconv>
-#include <fstream>
-#include <iterator>
-#include <optional>
+#include <utility>
+
+#include <fcntl.h>
+#include <poll.h>
+#include <unistd.h>
 
 #include "Platform/PlatformError.h"
 
@@ -39,32 +42,92 @@ std::string withoutOctalEscapes(std::string_view field) {
   return bytes;
 }
 
+/// Whether this type of file system holds the kernel's own objects and no files of anyone.
+bool isPseudoFileSystem(std::string_view type) {
+  constexpr std::array<std::string_view, 22> types = {
+      "autofs",     "binfmt_misc", "bpf",      "cgroup",   "cgroup2", "configfs",
+      "debugfs",    "devpts",      "devtmpfs", "efivarfs", "fusectl", "hugetlbfs",
+      "mqueue",     "nsfs",        "proc",     "pstore",   "ramfs",   "rpc_pipefs",
+      "securityfs", "selinuxfs",   "sysfs",    "tracefs"};
+  return std::ranges::find(types, type) != types.end();
+}
+
+/// The subvolume of btrfs in which a mount lies. It stands last, since a comma in it isn't escaped.
+std::string_view subvolumeIn(std::string_view fileSystemOptions) {
+  constexpr std::string_view key = ",subvol=";
+  const std::size_t start = fileSystemOptions.find(key);
+  return start == fileSystemOptions.npos ? "" : fileSystemOptions.substr(start + key.size());
+}
+
+bool isWhole(const Mount& mount, std::string_view fileSystemOptions) {
+  if (mount.root == "/") return true;
+  const std::string_view type = mount.fileSystemType;
+  if (type == "btrfs") return mount.root == withoutOctalEscapes(subvolumeIn(fileSystemOptions));
+  // Who mounts a directory of a network share names it as the source.
+  if (type == "cifs" || type == "smb3") return mount.source.ends_with(mount.root);
+  return false;
+}
+
 std::optional<Mount> parseLine(std::string_view line) {
   // id, parent, major:minor, root, mount point, options, any number of further fields, "-", type,
-  // source
+  // source, options of the file system
   const std::vector<std::string_view> fields = fieldsOf(line);
-  const auto separator = std::ranges::find(fields, "-");
-  if (fields.size() < 6 || fields.end() - separator < 3 || separator - fields.begin() < 6)
-    return std::nullopt;
+  if (fields.size() < 6) return std::nullopt;
+  const auto separator = std::find(fields.begin() + 6, fields.end(), "-");
+  if (fields.end() - separator < 3) return std::nullopt;
   Mount mount;
   const auto [end, error] =
       std::from_chars(fields[0].data(), fields[0].data() + fields[0].size(), mount.id);
   if (error != std::errc() || end != fields[0].data() + fields[0].size()) return std::nullopt;
   mount.mountPoint = withoutOctalEscapes(fields[4]);
+  mount.root = withoutOctalEscapes(fields[3]);
   mount.fileSystemType = separator[1];
   mount.source = withoutOctalEscapes(separator[2]);
+  const bool hasOptions = fields.end() - separator > 3;
+  mount.isVolume = !isPseudoFileSystem(mount.fileSystemType) &&
+                   isWhole(mount, hasOptions ? separator[3] : std::string_view());
   return mount;
+}
+
+constexpr const char* tablePath = "/proc/self/mountinfo";
+
+PlatformError unreadable(int code) {
+  return {"read", FileURL(tablePath), code, "the mounts can't be told"};
+}
+
+/// All of an open table, from its beginning.
+std::string textOf(const FileDescriptor& table) {
+  std::string text;
+  std::array<char, 16384> buffer{};
+  if (lseek(table.get(), 0, SEEK_SET) != 0) throw unreadable(errno);
+  while (const ssize_t count = read(table.get(), buffer.data(), buffer.size())) {
+    if (count < 0) throw unreadable(errno);
+    text.append(buffer.data(), static_cast<std::size_t>(count));
+  }
+  // The root at least is always mounted.
+  if (text.empty()) throw unreadable(EIO);
+  return text;
+}
+
+/// Whether the mounts have changed since the table was opened, or since this was last asked.
+bool hasChanged(const FileDescriptor& table) {
+  pollfd polled{.fd = table.get(), .events = POLLPRI, .revents = 0};
+  return poll(&polled, 1, 0) != 0;
 }
 
 }  // namespace
 
+const std::vector<Mount>& MountTableReader::mounts() {
+  if (!_table) _table = FileDescriptor(open(tablePath, O_RDONLY | O_CLOEXEC));
+  if (!_table) throw unreadable(errno);
+  // Asked before the reading: a change during it is then seen by the next call.
+  if (hasChanged(_table)) _mounts.reset();
+  if (!_mounts) _mounts = parseMountTable(textOf(_table));
+  return *_mounts;
+}
+
 std::vector<Mount> readMountTable() {
-  constexpr const char* path = "/proc/self/mountinfo";
-  std::ifstream file(path, std::ios::binary);
-  const std::string text{std::istreambuf_iterator<char>(file), {}};
-  if (!file.is_open() || text.empty())
-    throw PlatformError("read", FileURL(path), EIO, "the mounts can't be told");
-  return parseMountTable(text);
+  return MountTableReader().mounts();
 }
 
 std::vector<Mount> parseMountTable(std::string_view text) {
@@ -75,15 +138,6 @@ std::vector<Mount> parseMountTable(std::string_view text) {
     text.remove_prefix(std::min(end + 1, text.size()));
   }
   return mounts;
-}
-
-bool isPseudoFileSystem(std::string_view type) noexcept {
-  constexpr std::array<std::string_view, 22> types = {
-      "autofs",     "binfmt_misc", "bpf",      "cgroup",   "cgroup2", "configfs",
-      "debugfs",    "devpts",      "devtmpfs", "efivarfs", "fusectl", "hugetlbfs",
-      "mqueue",     "nsfs",        "proc",     "pstore",   "ramfs",   "rpc_pipefs",
-      "securityfs", "selinuxfs",   "sysfs",    "tracefs"};
-  return std::ranges::find(types, type) != types.end();
 }
 
 }  // namespace tidemar

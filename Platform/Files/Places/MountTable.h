@@ -1,9 +1,12 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "Platform/Files/Descriptors/FileDescriptor.h"
 
 namespace tidemar {
 
@@ -11,21 +14,36 @@ namespace tidemar {
 struct Mount {
   std::uint64_t id = 0;        ///< What statx calls the mount id.
   std::string mountPoint;      ///< In the file system's bytes, without links.
+  std::string root;            ///< The part of the file system that shows there: "/" for all of it.
   std::string fileSystemType;  ///< "ext4" and its like.
   std::string source;          ///< The device or name that it was mounted from.
+
+  /// Whether this is what the user calls a volume: not a pseudo file system, and the whole of a
+  /// file system or subvolume. A directory that is shown at a second place is none.
+  bool isVolume = false;
 
   friend bool operator==(const Mount&, const Mount&) = default;
 };
 
-/// The mounts in the order in which they were made, read anew from the kernel. Throws
-/// PlatformError.
+/// Knows the mounts, and asks the kernel for them again only when they have changed. For one
+/// thread.
+class MountTableReader {
+ public:
+  /// The mounts as they are at this call, in the order in which they were made; valid until the
+  /// next call. Touches none of them, so that one that doesn't answer holds nothing up. Throws
+  /// PlatformError.
+  const std::vector<Mount>& mounts();
+
+ private:
+  FileDescriptor _table;
+  std::optional<std::vector<Mount>> _mounts;
+};
+
+/// The mounts read once, as above.
 std::vector<Mount> readMountTable();
 
 /// The mounts that a text in the format of proc_pid_mountinfo(5) lists. A line that isn't in that
 /// format is passed over.
 std::vector<Mount> parseMountTable(std::string_view text);
-
-/// Whether this type of file system holds the kernel's own objects and no files of anyone.
-bool isPseudoFileSystem(std::string_view type) noexcept;
 
 }  // namespace tidemar

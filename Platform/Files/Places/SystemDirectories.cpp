@@ -19,7 +19,11 @@ std::vector<FileURL> systemDirectoryURLs() {
   // What stands for the Library of the home folder here.
   const FileURL home = StandardDirectories::home();
   directories.push_back(home.appendingPathComponent(".local"));
-  directories.push_back(StandardDirectories::data());
+  const FileURL data = StandardDirectories::data();
+  directories.push_back(data);
+  // The journal of what was removed, and what was removed and can be put back.
+  directories.push_back(data.appendingPathComponent("Tidemar"));
+  directories.push_back(data.appendingPathComponent("Trash"));
   directories.push_back(StandardDirectories::configuration());
   return directories;
 }

@@ -32,7 +32,7 @@ VolumeCapacity readVolumeCapacity(const FileURL& url) {
 std::vector<FileURL> readMountedVolumeURLs() {
   std::vector<FileURL> volumes;
   for (const Mount& mount : readMountTable()) {
-    if (!isPseudoFileSystem(mount.fileSystemType)) volumes.emplace_back(mount.mountPoint);
+    if (mount.isVolume) volumes.emplace_back(mount.mountPoint);
   }
   return volumes;
 }
