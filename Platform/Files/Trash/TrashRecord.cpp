@@ -58,19 +58,6 @@ std::optional<std::string> nameInSizesLine(std::string_view line) {
   return second == line.npos ? std::nullopt : percentDecoded(line.substr(second + 1));
 }
 
-std::string sizesWithout(std::string_view sizes, std::string_view name) {
-  std::string kept;
-  while (!sizes.empty()) {
-    const std::size_t end = sizes.find('\n');
-    const std::string_view line = sizes.substr(0, end == sizes.npos ? end : end + 1);
-    sizes.remove_prefix(line.size());
-    if (nameInSizesLine(line.substr(0, std::min(line.find('\n'), line.size()))) != name) {
-      kept += line;
-    }
-  }
-  return kept;
-}
-
 /// What stands behind the first of these line starts. None without a line end: what was cut short
 /// may be half a path, which leads elsewhere.
 std::optional<std::string_view> valueBehind(std::string_view lineStart, std::string_view lines) {
@@ -100,7 +87,7 @@ void forgetSize(int trash, const std::string& name) {
   if (!file) return;
   const std::optional<std::string> sizes = readAll(file.get());
   if (!sizes) return;
-  const std::string kept = sizesWithout(*sizes, name);
+  const std::string kept = directorySizesWithout(name, *sizes);
   if (kept.size() == sizes->size()) return;
   // A file of this name is what a crash left.
   unlinkat(trash, newSizesName, 0);
@@ -132,6 +119,19 @@ std::optional<std::string> pathInTrashRecord(std::string_view text) {
   if (!std::ranges::all_of(*path, standsPlain)) return std::nullopt;
   auto decoded = percentDecoded(*path);
   return decoded && isRecordable(*decoded) ? std::move(decoded) : std::nullopt;
+}
+
+std::string directorySizesWithout(std::string_view name, std::string_view sizes) {
+  std::string kept;
+  while (!sizes.empty()) {
+    const std::size_t end = sizes.find('\n');
+    const std::string_view line = sizes.substr(0, end == sizes.npos ? end : end + 1);
+    sizes.remove_prefix(line.size());
+    if (nameInSizesLine(line.substr(0, std::min(line.find('\n'), line.size()))) != name) {
+      kept += line;
+    }
+  }
+  return kept;
 }
 
 int makeTrashRecord(int infoDirectory, const std::string& name, std::string_view text) noexcept {

@@ -21,6 +21,10 @@ std::string trashRecordText(std::string_view path, std::time_t deletionDate);
 /// it must be, holds a NUL or has a component "..". Of two lines with one key the first counts.
 std::optional<std::string> pathInTrashRecord(std::string_view text);
 
+/// The text of a cache `directorysizes` without the lines "{size} {time} {percent-encoded name}" of
+/// one item. All other lines, of whatever form, stay byte for byte.
+std::string directorySizesWithout(std::string_view name, std::string_view sizes);
+
 /// Makes the record of an item in the open `info` directory of a Trash, for its user alone. Answers
 /// 0 or an errno value, EEXIST where there is a record of this name. On failure nothing is left.
 int makeTrashRecord(int infoDirectory, const std::string& name, std::string_view text) noexcept;
