@@ -33,10 +33,14 @@ TEST(MountTable, ReadsEveryFormOfLine) {
        Mount{7, "/a b\nc\\d", "tmpfs", "none"}},
       {"a backslash that begins no escape", R"(7 1 0:5 / /a\9 rw - tmpfs none rw)",
        Mount{7, "/a\\9", "tmpfs", "none"}},
+      {"digits that make no byte", R"(7 1 0:5 / /a\777 rw - tmpfs none rw)",
+       Mount{7, "/a\\777", "tmpfs", "none"}},
       {"a path called -", "7 1 0:5 / /- rw - tmpfs none rw", Mount{7, "/-", "tmpfs", "none"}},
       {"without a separator", "22 1 8:1 / / rw,relatime ext4 /dev/sda1 rw", std::nullopt},
       {"cut off", "22 1 8:1 /", std::nullopt},
       {"an id that is no number", "x2 1 8:1 / / rw - ext4 /dev/sda1 rw", std::nullopt},
+      {"a path that isn't absolute", "7 1 0:5 / a rw - tmpfs none rw", std::nullopt},
+      {"a NUL in the path", R"(7 1 0:5 / /a\000b rw - tmpfs none rw)", std::nullopt},
       {"nothing", "", std::nullopt},
   };
   for (const Row& row : rows) {
