@@ -16,8 +16,8 @@ namespace tidemar {
 /// Keeps nothing in memory: every operation reads the file anew. Any thread may read; two writers
 /// of one suite at a time, in this program or another, can lose the value of one of them.
 ///
-/// A file that isn't a JSON object reads as empty, and the next write keeps it beside the new one
-/// with ".damaged" behind its name.
+/// A file that isn't a JSON object, and one that is nested or filled as no suite is, reads as
+/// empty, and the next write keeps it beside the new one with ".damaged" behind its name.
 class UserDefaults {
  public:
   /// The suite of a file, which need not be there yet.

@@ -1,6 +1,5 @@
 #include "Platform/Extension/ThunarActions.h"
 
-#include <ranges>
 #include <vector>
 
 #include "Platform/Extension/EntryTexts.h"
@@ -152,17 +151,18 @@ std::string addingOurs(std::string_view list, std::string_view command) {
 }
 
 std::string removingOurs(std::string_view list) {
-  std::string result(list);
-  const List places = read(list);
-  for (const Range& range : places.ours | std::views::reverse) {
-    std::size_t end = range.end;
-    if (list.substr(end).starts_with("\r\n")) {
-      end += 2;
-    } else if (list.substr(end).starts_with('\n')) {
-      end += 1;
+  std::string result;
+  std::size_t position = 0;
+  for (const Range& range : read(list).ours) {
+    result += list.substr(position, range.begin - position);
+    position = range.end;
+    if (list.substr(position).starts_with("\r\n")) {
+      position += 2;
+    } else if (list.substr(position).starts_with('\n')) {
+      position += 1;
     }
-    result.erase(range.begin, end - range.begin);
   }
+  result += list.substr(position);
   return result;
 }
 

@@ -71,24 +71,11 @@ PlatformError writeFailure(const FileURL& url, int code) {
 }  // namespace
 
 std::vector<std::string> readTagNames(const FileURL& url) {
-  const std::string value = readAttribute(url);
-  std::vector<std::string> tags;
-  if (value.empty()) return tags;
-  std::string_view rest = value;
-  for (std::size_t comma = rest.find(','); comma != rest.npos; comma = rest.find(',')) {
-    tags.emplace_back(rest.substr(0, comma));
-    rest.remove_prefix(comma + 1);
-  }
-  tags.emplace_back(rest);
-  return tags;
+  return splitTagNames(readAttribute(url));
 }
 
 void writeTagNames(const FileURL& url, std::span<const std::string> tags) {
-  std::string value;
-  for (const std::string& tag : tags) {
-    if (&tag != tags.data()) value += ',';
-    value += tag;
-  }
+  const std::string value = joinTagNames(tags);
   const char* path = pathOf(url, writeOperation);
   if (value.empty()) {
     if (lremovexattr(path, attribute) == 0 || errno == ENODATA || errno == ENOTSUP) return;
@@ -96,6 +83,26 @@ void writeTagNames(const FileURL& url, std::span<const std::string> tags) {
     if (lsetxattr(path, attribute, value.data(), value.size(), 0) == 0) return;
   }
   throw writeFailure(url, errno);
+}
+
+std::vector<std::string> splitTagNames(std::string_view value) {
+  std::vector<std::string> tags;
+  if (value.empty()) return tags;
+  for (std::size_t comma = value.find(','); comma != value.npos; comma = value.find(',')) {
+    tags.emplace_back(value.substr(0, comma));
+    value.remove_prefix(comma + 1);
+  }
+  tags.emplace_back(value);
+  return tags;
+}
+
+std::string joinTagNames(std::span<const std::string> tags) {
+  std::string value;
+  for (const std::string& tag : tags) {
+    if (&tag != tags.data()) value += ',';
+    value += tag;
+  }
+  return value;
 }
 
 }  // namespace tidemar

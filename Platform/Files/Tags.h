@@ -2,6 +2,7 @@
 
 #include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "TidemarCore/FileURL.h"
@@ -18,5 +19,10 @@ std::vector<std::string> readTagNames(const FileURL& url);
 /// Replaces all tags; an empty list removes the attribute. On failure the old tags stay and the
 /// PlatformError tells the user what to do about it.
 void writeTagNames(const FileURL& url, std::span<const std::string> tags);
+
+/// The tags in the value of the attribute, and the value for a list of tags. What was split and is
+/// joined again is the same byte for byte.
+std::vector<std::string> splitTagNames(std::string_view value);
+std::string joinTagNames(std::span<const std::string> tags);
 
 }  // namespace tidemar

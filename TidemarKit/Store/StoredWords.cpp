@@ -34,7 +34,8 @@ std::string text(RuleSet reasons) {
 
 RuleSet reasons(std::string_view text) {
   const json words = json::parse(text, nullptr, /*allow_exceptions=*/false);
-  if (!words.is_array()) fail("Unreadable reasons", text);
+  // The parser takes a NUL for the end of the text.
+  if (!words.is_array() || text.contains('\0')) fail("Unreadable reasons", text);
   RuleSet reasons;
   for (const json& word : words) {
     if (!word.is_string()) fail("Unreadable reasons", text);

@@ -15,6 +15,7 @@
 #include "Platform/Files/DiskFileManager.h"
 #include "Platform/Files/Places/BootTime.h"
 #include "support/FileExpectations.h"
+
 #include "support/ScopedEnvironment.h"
 #include "support/TemporaryTree.h"
 

@@ -112,15 +112,32 @@ TEST_F(UserDefaultsOnFile, whatChangesNothingWritesNothing) {
 }
 
 TEST_F(UserDefaultsOnFile, aDamagedFileReadsAsEmptyAndIsKeptBesideByTheNextWrite) {
-  for (const std::string content : {"", "{\"flag\": true", "[true]", "{\"flag\": \"\xff\"}"}) {
-    writeFile(file, content);
-    EXPECT_EQ(defaults.boolean("flag"), std::nullopt) << content;
+  std::string endless = "{\"flag\": true";
+  for (int i = 0; i < 50'000; ++i)
+    endless += ", \"" + std::to_string(i) + "\": 1";
+  const std::string deep = std::string(300'000, '[') + std::string(300'000, ']');
+  const struct {
+    const char* title;
+    std::string content;
+  } rows[] = {
+      {"nothing", ""},
+      {"cut short", "{\"flag\": true"},
+      {"an array", "[true]"},
+      {"bytes that are no text", "{\"flag\": \"\xff\"}"},
+      {"a NUL and more behind the object", std::string("{\"flag\": true}\0{}", 17)},
+      {"more keys than a suite has", endless + "}"},
+      {"deeper than a suite is", "{\"flag\": true, \"deep\": " + deep + "}"},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.title);
+    writeFile(file, row.content);
+    EXPECT_EQ(defaults.boolean("flag"), std::nullopt);
     defaults.remove("flag");
-    EXPECT_EQ(readFile(file), content);
+    EXPECT_TRUE(readFile(file) == row.content);
 
     defaults.setBoolean("flag", false);
-    EXPECT_EQ(defaults.boolean("flag"), false) << content;
-    EXPECT_EQ(readFile(directory.url("suite.json.damaged")), content);
+    EXPECT_EQ(defaults.boolean("flag"), false);
+    EXPECT_TRUE(readFile(directory.url("suite.json.damaged")) == row.content);
   }
 }
 

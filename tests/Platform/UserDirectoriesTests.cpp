@@ -26,6 +26,7 @@ TEST(UserDirectories, AreReadFromTheLinesThatAShellWouldRead) {
       {"a comment", R"(# XDG_MUSIC_DIR="/m")", {}},
       {"another variable", R"(XDG_MUSIC_DIR="$OTHER/m")", {}},
       {"a variable whose name only begins alike", R"(XDG_MUSIC_DIR="$HOMEWORK/m")", {}},
+      {"with a NUL", std::string("XDG_MUSIC_DIR=\"/m\0n\"", 20), {}},
       {"relative", R"(XDG_MUSIC_DIR="m")", {}},
       {"without quotes", "XDG_MUSIC_DIR=/m", {}},
       {"without an end", R"(XDG_MUSIC_DIR="/m)", {}},

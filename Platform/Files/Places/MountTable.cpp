@@ -31,7 +31,8 @@ std::string withoutOctalEscapes(std::string_view field) {
   std::string bytes;
   for (std::size_t i = 0; i < field.size(); ++i) {
     const std::string_view digits = field.substr(i + 1 < field.size() ? i + 1 : field.size(), 3);
-    if (field[i] == '\\' && digits.size() == 3 && std::ranges::all_of(digits, isOctal)) {
+    if (field[i] == '\\' && digits.size() == 3 && std::ranges::all_of(digits, isOctal) &&
+        digits[0] <= '3') {
       bytes +=
           static_cast<char>((digits[0] - '0') * 64 + (digits[1] - '0') * 8 + (digits[2] - '0'));
       i += 3;
@@ -81,6 +82,7 @@ std::optional<Mount> parseLine(std::string_view line) {
   if (error != std::errc() || end != fields[0].data() + fields[0].size()) return std::nullopt;
   mount.mountPoint = withoutOctalEscapes(fields[4]);
   mount.root = withoutOctalEscapes(fields[3]);
+  if (!mount.mountPoint.starts_with('/') || mount.mountPoint.contains('\0')) return std::nullopt;
   mount.fileSystemType = separator[1];
   mount.source = withoutOctalEscapes(separator[2]);
   const bool hasOptions = fields.end() - separator > 3;

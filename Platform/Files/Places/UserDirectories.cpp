@@ -45,7 +45,7 @@ std::optional<UserDirectory> parseLine(std::string_view line, const FileURL& hom
   if (*place == homeVariable || place->starts_with(std::string(homeVariable) + "/")) {
     place->replace(0, homeVariable.size(), home.path() == "/" ? "" : home.path());
   }
-  if (!place->starts_with('/')) return std::nullopt;
+  if (!place->starts_with('/') || place->contains('\0')) return std::nullopt;
   const std::string_view name = key.substr(front.size(), key.size() - front.size() - back.size());
   return UserDirectory{std::string(name), FileURL(*std::move(place))};
 }

@@ -21,8 +21,8 @@ struct UserDirectory {
 /// which leads to the home itself, is left out.
 std::vector<UserDirectory> userDirectories();
 
-/// The directories in the text of such a file, for this home. A line of another form is passed
-/// over.
+/// The directories in the text of such a file, for this home. A line of another form or with a
+/// NUL is passed over.
 std::vector<UserDirectory> parseUserDirectories(std::string_view text, const FileURL& home);
 
 }  // namespace tidemar

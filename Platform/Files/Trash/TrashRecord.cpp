@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <optional>
+#include <utility>
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -57,17 +58,27 @@ std::optional<std::string> nameInSizesLine(std::string_view line) {
   return second == line.npos ? std::nullopt : percentDecoded(line.substr(second + 1));
 }
 
-std::string sizesWithout(std::string_view sizes, std::string_view name) {
-  std::string kept;
-  while (!sizes.empty()) {
-    const std::size_t end = sizes.find('\n');
-    const std::string_view line = sizes.substr(0, end == sizes.npos ? end : end + 1);
-    sizes.remove_prefix(line.size());
-    if (nameInSizesLine(line.substr(0, std::min(line.find('\n'), line.size()))) != name) {
-      kept += line;
-    }
-  }
-  return kept;
+/// What stands behind the first of these line starts. None without a line end: what was cut short
+/// may be half a path, which leads elsewhere.
+std::optional<std::string_view> valueBehind(std::string_view lineStart, std::string_view lines) {
+  const std::size_t start = lines.find(lineStart);
+  if (start == lines.npos) return std::nullopt;
+  const std::string_view value = lines.substr(start + lineStart.size());
+  const std::size_t end = value.find('\n');
+  return end == value.npos ? std::nullopt : std::optional(value.substr(0, end));
+}
+
+bool isDate(std::string_view text) {
+  constexpr std::string_view shape = "nnnn-nn-nnTnn:nn:nn";
+  return std::ranges::equal(text, shape, [](char c, char wanted) {
+    return wanted == 'n' ? c >= '0' && c <= '9' : c == wanted;
+  });
+}
+
+/// Whether a path can stand in a record. One that goes up again says nothing about where it ends.
+bool isRecordable(std::string_view path) {
+  return !path.empty() && path.find('\0') == path.npos &&
+         ("/" + std::string(path) + "/").find("/../") == std::string::npos;
 }
 
 void forgetSize(int trash, const std::string& name) {
@@ -76,7 +87,7 @@ void forgetSize(int trash, const std::string& name) {
   if (!file) return;
   const std::optional<std::string> sizes = readAll(file.get());
   if (!sizes) return;
-  const std::string kept = sizesWithout(*sizes, name);
+  const std::string kept = directorySizesWithout(name, *sizes);
   if (kept.size() == sizes->size()) return;
   // A file of this name is what a crash left.
   unlinkat(trash, newSizesName, 0);
@@ -92,6 +103,35 @@ std::string trashRecordText(std::string_view path, std::time_t deletionDate) {
   std::array<char, 32> date{};
   std::strftime(date.data(), date.size(), "%Y-%m-%dT%H:%M:%S", &local);
   return "[Trash Info]\nPath=" + percentEncoded(path) + "\nDeletionDate=" + date.data() + "\n";
+}
+
+std::optional<std::string> pathInTrashRecord(std::string_view text) {
+  constexpr std::string_view header = "[Trash Info]";
+  if (!text.starts_with(header)) return std::nullopt;
+  std::string_view lines = text.substr(header.size());
+  if (const auto nextGroup = lines.find("\n["); nextGroup != lines.npos) {
+    lines = lines.substr(0, nextGroup + 1);
+  }
+  const auto path = valueBehind("\nPath=", lines);
+  const auto date = valueBehind("\nDeletionDate=", lines);
+  if (!lines.starts_with('\n') || !path || !date || !isDate(*date)) return std::nullopt;
+  const auto standsPlain = [](char c) { return c > ' ' && c <= '~'; };
+  if (!std::ranges::all_of(*path, standsPlain)) return std::nullopt;
+  auto decoded = percentDecoded(*path);
+  return decoded && isRecordable(*decoded) ? std::move(decoded) : std::nullopt;
+}
+
+std::string directorySizesWithout(std::string_view name, std::string_view sizes) {
+  std::string kept;
+  while (!sizes.empty()) {
+    const std::size_t end = sizes.find('\n');
+    const std::string_view line = sizes.substr(0, end == sizes.npos ? end : end + 1);
+    sizes.remove_prefix(line.size());
+    if (nameInSizesLine(line.substr(0, std::min(line.find('\n'), line.size()))) != name) {
+      kept += line;
+    }
+  }
+  return kept;
 }
 
 int makeTrashRecord(int infoDirectory, const std::string& name, std::string_view text) noexcept {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <ctime>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -12,6 +13,17 @@ inline constexpr std::string_view trashRecordEnding = ".trashinfo";
 /// The text of a record: where the item lay (`path`, raw bytes) and when it came into the Trash, in
 /// local time.
 std::string trashRecordText(std::string_view path, std::time_t deletionDate);
+
+/// The path that the text of a record holds, in raw bytes: absolute, or relative to the directory
+/// in which the Trash lies. None for a text that isn't a whole record by the freedesktop Trash
+/// specification: whose first line isn't "[Trash Info]", whose group of that name lacks a finished
+/// line with a path or one with a date, or whose path is empty, escaped wrongly, not escaped where
+/// it must be, holds a NUL or has a component "..". Of two lines with one key the first counts.
+std::optional<std::string> pathInTrashRecord(std::string_view text);
+
+/// The text of a cache `directorysizes` without the lines "{size} {time} {percent-encoded name}" of
+/// one item. All other lines, of whatever form, stay byte for byte.
+std::string directorySizesWithout(std::string_view name, std::string_view sizes);
 
 /// Makes the record of an item in the open `info` directory of a Trash, for its user alone. Answers
 /// 0 or an errno value, EEXIST where there is a record of this name. On failure nothing is left.

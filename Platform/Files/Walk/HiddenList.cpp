@@ -49,12 +49,14 @@ HiddenList HiddenList::ofDirectory(int directory) {
   const FileDescriptor file(
       openat(directory, ".hidden", O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
   if (!file) fail(errno);
-  const std::string content = readWhole(file.get());
+  return parse(readWhole(file.get()));
+}
 
+HiddenList HiddenList::parse(std::string_view content) {
   HiddenList list;
   for (std::size_t start = 0; start < content.size();) {
     const std::size_t end = std::min(content.find('\n', start), content.size());
-    if (end > start) list._names.push_back(content.substr(start, end - start));
+    if (end > start) list._names.emplace_back(content.substr(start, end - start));
     start = end + 1;
   }
   std::ranges::sort(list._names);

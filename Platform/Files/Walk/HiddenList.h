@@ -19,6 +19,9 @@ class HiddenList {
   /// MiB: then nothing says what is hidden.
   static HiddenList ofDirectory(int directory);
 
+  /// The list that a file of this content makes.
+  static HiddenList parse(std::string_view content);
+
   bool hides(std::string_view name) const;
 
  private:

@@ -197,6 +197,7 @@ TEST_F(StoreOnFile, aRowThatIsNotUnderstoodFailsTheWholeFetch) {
       {"journalEntry", "reasons = '{}'", "Unreadable reasons {}"},
       {"journalEntry", "reasons = '[\"age\"'", "Unreadable reasons [\"age\""},
       {"journalEntry", "reasons = ''", "Unreadable reasons "},
+      {"journalEntry", "reasons = '[\"age\"]' || char(0) || ']'", "Unreadable reasons [\"age\"]"},
       {"journalEntry", "undoneAt = ''", "“” isn't a date."},
   };
   for (const auto& row : rows) {
