@@ -1,9 +1,12 @@
 #include "TidemarKit/Inventory.h"
 
+#include <span>
+#include <string>
 #include <string_view>
 #include <utility>
 
 #include "TidemarCore/SaturatingArithmetic.h"
+#include "TidemarKit/TemporaryTag.h"
 
 namespace tidemar::Inventory {
 namespace {
@@ -39,23 +42,39 @@ std::optional<Date> dateOfPlainDirectory(const ResourceValues& values) {
   return values.addedToDirectoryDate ? values.addedToDirectoryDate : values.contentModificationDate;
 }
 
-/// Folds a directory's tree into its storage and the latest date in it, as the walk delivers it.
-class DirectoryTally final : public TreeVisitor {
+/// Makes items of a reading, in which each top-level entry is followed by all that lies in it.
+class ItemsOfReading final : public TreeVisitor {
  public:
-  DirectoryTally(const FileManager& fileManager, const FileURL& directory) {
-    fileManager.walkTree(directory, *this);
+  explicit ItemsOfReading(const FileURL& folder) : _folder(folder) {}
+
+  /// The items of all that was read, to be taken once.
+  std::vector<Item> take() {
+    finish();
+    return std::move(_items);
   }
 
-  /// The latest date among the entries that count for dates; none if none did.
-  std::optional<Date> latest() const { return _latest; }
-
-  /// Bytes of all entries that could be read.
-  std::int64_t size() const { return _size; }
-
-  /// False as soon as any part of the tree could not be read.
-  bool isComplete() const { return _isComplete; }
-
   void visit(const TreeElement& element) override {
+    if (element.depth == 0) {
+      finish();
+      _name = element.name;
+      _values = element.values;
+    } else {
+      add(element);
+    }
+  }
+
+  // Which part it was doesn't matter: any unread part may hold the freshest file.
+  void failed(int) override { _isComplete = false; }
+
+  void knownFolder(std::span<const std::string> tags) override {
+    if (TemporaryTag::holdsName(tags)) _holdsTemporaryFolder = true;
+  }
+
+  void restart() override { *this = ItemsOfReading(_folder); }
+
+ private:
+  /// Folds an entry of an item's tree into the tree's storage and latest date.
+  void add(const TreeElement& element) {
     const ResourceValues& values = element.values;
     // Before every filter below: whatever takes up storage counts for the size.
     _size = addingSaturated(_size, ownSize(values));
@@ -72,53 +91,56 @@ class DirectoryTally final : public TreeVisitor {
         _latest, isPlainDirectory(values) ? dateOfPlainDirectory(values) : dateOfFile(values));
   }
 
-  void failed(const PlatformError&) override {
-    // Which part it was doesn't matter: any unread part may hold the freshest file.
-    _isComplete = false;
+  void finish() {
+    if (!_name.empty() && !isHidden(_values, _name)) {
+      _items.push_back({_folder.appendingPathComponent(_name), freshness(),
+                        addingSaturated(ownSize(_values), _size)});
+    }
+    _name.clear();
+    _latest.reset();
+    _size = 0;
+    _isComplete = true;
+    _holdsTemporaryFolder = false;
+    _skippedDepth.reset();
   }
 
- private:
-  std::optional<Date> _latest;
-  std::int64_t _size = 0;
+  std::optional<Date> freshness() const {
+    if (_holdsTemporaryFolder) return std::nullopt;
+    // Of a package its own dates alone count, whatever lies in it.
+    if (!isPlainDirectory(_values)) return dateOfFile(_values);
+    return _isComplete ? laterDate(dateOfPlainDirectory(_values), _latest) : std::nullopt;
+  }
+
+  FileURL _folder;
+  std::vector<Item> _items;
+
+  // The top-level entry that is being read.
+  std::string _name;
+  ResourceValues _values;
+  std::optional<Date> _latest;  ///< Among the entries of its tree that count for dates.
+  std::int64_t _size = 0;       ///< Bytes of all entries of its tree that could be read.
   bool _isComplete = true;
+  bool _holdsTemporaryFolder = false;
 
   /// Depth of the hidden directory or package whose contents don't count for dates. All that lies
   /// in it follows it directly, so what is deeper lies inside it.
   std::optional<std::size_t> _skippedDepth;
 };
 
-Item fileItem(const FileManager& fileManager, FileURL url, const ResourceValues& values) {
-  const std::int64_t innerSize = isPackage(values) ? DirectoryTally(fileManager, url).size() : 0;
-  return {std::move(url), dateOfFile(values), addingSaturated(ownSize(values), innerSize)};
-}
-
-Item directoryItem(const FileManager& fileManager, FileURL url, const ResourceValues& values) {
-  const DirectoryTally tally(fileManager, url);
-  const std::optional<Date> freshness =
-      tally.isComplete() ? laterDate(dateOfPlainDirectory(values), tally.latest()) : std::nullopt;
-  return {std::move(url), freshness, addingSaturated(ownSize(values), tally.size())};
-}
-
-std::optional<Item> itemUnlessHidden(const FileManager& fileManager, FileURL url,
-                                     const ResourceValues& values) {
-  if (isHidden(values, url.lastPathComponent())) return std::nullopt;
-  return isPlainDirectory(values) ? directoryItem(fileManager, std::move(url), values)
-                                  : fileItem(fileManager, std::move(url), values);
-}
-
 }  // namespace
 
-std::vector<Item> items(const FileManager& fileManager, const FileURL& folder) {
-  std::vector<Item> result;
-  for (DirectoryEntry& entry : fileManager.contentsOfDirectory(folder)) {
-    if (auto item = itemUnlessHidden(fileManager, std::move(entry.url), entry.values))
-      result.push_back(*std::move(item));
-  }
-  return result;
+std::vector<Item> items(OpenFolder& folder) {
+  ItemsOfReading items(folder.url());
+  folder.read(items);
+  return items.take();
 }
 
-std::optional<Item> item(const FileManager& fileManager, const FileURL& url) {
-  return itemUnlessHidden(fileManager, url, fileManager.resourceValues(url));
+Look item(OpenFolder& folder, std::string_view name, Disposal disposal) {
+  ItemsOfReading reading(folder.url());
+  Look look{.item = std::nullopt, .state = folder.look(name, disposal, reading)};
+  std::vector<Item> items = reading.take();
+  if (!items.empty()) look.item = std::move(items.front());
+  return look;
 }
 
 }  // namespace tidemar::Inventory

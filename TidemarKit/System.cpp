@@ -1,6 +1,5 @@
 #include "TidemarKit/System.h"
 
-#include <algorithm>
 #include <system_error>
 #include <utility>
 
@@ -24,9 +23,9 @@ struct Describe {
 Failure::Failure(Case failure)
     : _failure(std::move(failure)), _description(std::visit(Describe{}, _failure)) {}
 
-Capacity capacity(const FileManager& fileManager, const FileURL& url) {
-  const VolumeCapacity reported = fileManager.volumeCapacity(url);
-  if (!reported.available || !reported.total) throw Failure(Failure::UnknownCapacity{url});
+Capacity capacity(const OpenFolder& folder) {
+  const VolumeCapacity reported = folder.volumeCapacity();
+  if (!reported.available || !reported.total) throw Failure(Failure::UnknownCapacity{folder.url()});
   return {*reported.available, *reported.total};
 }
 
@@ -38,12 +37,9 @@ Date bootTime(const FileManager& fileManager) {
   }
 }
 
-bool isProtectedRoot(const FileManager& fileManager, const FileURL& url, const FileURL& home,
+bool isProtectedRoot(const OpenFolder& folder, const FileURL& home,
                      std::span<const FileURL> volumes) {
-  const std::string path = fileManager.resolvingSymlinksInPath(url);
-  return std::ranges::any_of(protectedRootURLs(home, volumes), [&](const FileURL& root) {
-    return fileManager.resolvingSymlinksInPath(root) == path;
-  });
+  return folder.isOneOf(protectedRootURLs(home, volumes));
 }
 
 }  // namespace tidemar::System

@@ -7,6 +7,7 @@
 #include <variant>
 
 #include "Platform/Files/FileManager.h"
+#include "Platform/Files/OpenFolder.h"
 
 /// Facts about the computer that planning needs. Synchronous, reentrant and without state: each
 /// call asks anew. A fact that can't be had is thrown; no value is ever made up.
@@ -49,16 +50,16 @@ struct Capacity {
   friend bool operator==(const Capacity&, const Capacity&) = default;
 };
 
-/// The capacities of the volume on which this URL lies. Throws `PlatformError` where they can't be
-/// read, and `Failure` where the volume doesn't report them.
-Capacity capacity(const FileManager& fileManager, const FileURL& url);
+/// The capacities of the volume on which this folder lies. Throws `PlatformError` where they can't
+/// be read, and `Failure` where the volume doesn't report them.
+Capacity capacity(const OpenFolder& folder);
 
 /// When the computer last started. Throws `Failure`.
 Date bootTime(const FileManager& fileManager);
 
-/// Whether this folder is one of `protectedRootURLs`, links followed on both sides. What lies
-/// inside one of these is not.
-bool isProtectedRoot(const FileManager& fileManager, const FileURL& url, const FileURL& home,
+/// Whether this folder is one of `protectedRootURLs`, told by what it is and not by its path. What
+/// lies inside one of these is not.
+bool isProtectedRoot(const OpenFolder& folder, const FileURL& home,
                      std::span<const FileURL> volumes);
 
 }  // namespace tidemar::System

@@ -14,34 +14,34 @@ bool isName(std::string_view tag) noexcept {
 
 }  // namespace
 
-std::vector<std::string> tags(const FileManager& fileManager, const FileURL& url) {
-  return fileManager.tagNames(url);
+std::vector<std::string> tags(const OpenFolder& folder) {
+  return folder.tagNames();
 }
 
-bool isTagged(const FileManager& fileManager, const FileURL& url) noexcept {
+bool isTagged(const OpenFolder& folder) noexcept {
   try {
-    return holdsName(tags(fileManager, url));
+    return holdsName(tags(folder));
   } catch (const std::exception&) {
     // Dropped: a folder whose tags can't be read counts as one that has lost its tag.
     return false;
   }
 }
 
-bool holdsName(const std::vector<std::string>& tags) noexcept {
+bool holdsName(std::span<const std::string> tags) noexcept {
   return std::ranges::any_of(tags, isName);
 }
 
-void add(const FileManager& fileManager, const FileURL& url) {
-  std::vector<std::string> list = tags(fileManager, url);
+void add(OpenFolder& folder) {
+  std::vector<std::string> list = tags(folder);
   if (holdsName(list)) return;
   list.emplace_back(name);
-  fileManager.setTagNames(url, list);
+  folder.setTagNames(list);
 }
 
-void remove(const FileManager& fileManager, const FileURL& url) {
-  std::vector<std::string> list = tags(fileManager, url);
+void remove(OpenFolder& folder) {
+  std::vector<std::string> list = tags(folder);
   if (std::erase_if(list, isName) == 0) return;
-  fileManager.setTagNames(url, list);
+  folder.setTagNames(list);
 }
 
 }  // namespace tidemar::TemporaryTag

@@ -1,10 +1,11 @@
 #pragma once
 
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
 
-#include "Platform/Files/FileManager.h"
+#include "Platform/Files/OpenFolder.h"
 
 /// The tag that makes a folder Temporary: seen and changed by the user and by other programs, and
 /// read from the disk at every call. The folder's other tags are never touched. Without state;
@@ -19,21 +20,21 @@ namespace tidemar::TemporaryTag {
 inline constexpr std::string_view name = "Tidemar: Temporary";
 
 /// All tags of a folder as they stand. Throws `PlatformError`.
-std::vector<std::string> tags(const FileManager& fileManager, const FileURL& url);
+std::vector<std::string> tags(const OpenFolder& folder);
 
 /// Whether the folder carries the tag now. Tags that can't be read answer false: what is not known
 /// to be Temporary is left alone.
-bool isTagged(const FileManager& fileManager, const FileURL& url) noexcept;
+bool isTagged(const OpenFolder& folder) noexcept;
 
 /// Whether a list of tags holds the name.
-bool holdsName(const std::vector<std::string>& tags) noexcept;
+bool holdsName(std::span<const std::string> tags) noexcept;
 
 /// Makes sure that the folder has the tag, behind those that it has. Writes only where it is
 /// missing. Throws `PlatformError`, and the tags then stay as they were.
-void add(const FileManager& fileManager, const FileURL& url);
+void add(OpenFolder& folder);
 
 /// Makes sure that the folder doesn't have the tag, however often it stands in the list. Writes
 /// only where it is there. Throws `PlatformError`, and the tags then stay as they were.
-void remove(const FileManager& fileManager, const FileURL& url);
+void remove(OpenFolder& folder);
 
 }  // namespace tidemar::TemporaryTag

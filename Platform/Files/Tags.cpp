@@ -15,18 +15,11 @@ constexpr const char* attribute = "user.xdg.tags";
 /// What most lists of tags fit into, so that a read is one system call.
 constexpr std::size_t usualSize = 512;
 
-/// As the kernel wants it: it would take a path with a NUL for a shorter one.
-const char* pathOf(const FileURL& url, const std::string& operation) {
-  if (url.path().find('\0') != std::string::npos) throw PlatformError(operation, url, EINVAL);
-  return url.path().c_str();
-}
-
-std::string readAttribute(const FileURL& url) {
+std::string readAttribute(int directory, const FileURL& url) {
   constexpr const char* operation = "read the tags of";
-  const char* path = pathOf(url, operation);
   std::string value(usualSize, '\0');
   while (true) {
-    const ssize_t size = lgetxattr(path, attribute, value.data(), value.size());
+    const ssize_t size = fgetxattr(directory, attribute, value.data(), value.size());
     if (size >= 0) {
       value.resize(static_cast<std::size_t>(size));
       return value;
@@ -34,7 +27,7 @@ std::string readAttribute(const FileURL& url) {
     if (errno == ENODATA || errno == ENOTSUP) return {};
     if (errno != ERANGE) throw PlatformError(operation, url, errno);
     // Another program may write a longer list between the two calls; then it takes another turn.
-    const ssize_t needed = lgetxattr(path, attribute, nullptr, 0);
+    const ssize_t needed = fgetxattr(directory, attribute, nullptr, 0);
     value.resize(needed > 0 ? static_cast<std::size_t>(needed) : usualSize);
   }
 }
@@ -70,17 +63,16 @@ PlatformError writeFailure(const FileURL& url, int code) {
 
 }  // namespace
 
-std::vector<std::string> readTagNames(const FileURL& url) {
-  return splitTagNames(readAttribute(url));
+std::vector<std::string> readTagNames(int directory, const FileURL& url) {
+  return splitTagNames(readAttribute(directory, url));
 }
 
-void writeTagNames(const FileURL& url, std::span<const std::string> tags) {
+void writeTagNames(int directory, const FileURL& url, std::span<const std::string> tags) {
   const std::string value = joinTagNames(tags);
-  const char* path = pathOf(url, writeOperation);
   if (value.empty()) {
-    if (lremovexattr(path, attribute) == 0 || errno == ENODATA || errno == ENOTSUP) return;
+    if (fremovexattr(directory, attribute) == 0 || errno == ENODATA || errno == ENOTSUP) return;
   } else {
-    if (lsetxattr(path, attribute, value.data(), value.size(), 0) == 0) return;
+    if (fsetxattr(directory, attribute, value.data(), value.size(), 0) == 0) return;
   }
   throw writeFailure(url, errno);
 }

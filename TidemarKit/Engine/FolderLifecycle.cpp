@@ -10,6 +10,7 @@ namespace tidemar {
 
 Engine::Engine(std::unique_ptr<Store> store, const FileManager& fileManager)
     : _store(std::move(store)),
+      _ledger(*_store),
       _fileManager(fileManager),
       _logger("app.quernly.tidemar", "engine") {}
 
@@ -18,24 +19,42 @@ std::string Engine::canonicalPath(const FileURL& url) const {
 }
 
 Folder Engine::addFolder(const FileURL& url, Date now) {
-  const std::string path = canonicalPath(url);
-  if (std::optional<Folder> known = _store->folder(path)) return *known;
+  const auto place = _fileManager.openFolder(FileURL(canonicalPath(url)));
+  if (std::optional<Folder> known = folderLivingAt(*place)) return *std::move(known);
 
   Folder folder;
-  // Of the canonical place: the URL may be a link, which is no directory of its own.
-  folder.bookmark = _fileManager.bookmarkData(FileURL(path));
-  folder.path = path;
+  folder.bookmark = place->bookmarkData();
+  folder.path = place->url().path();
   folder.createdAt = now;
   folder.lastRunAt = now;
   return _store->insert(std::move(folder));
 }
 
+/// The row of the folder that is this directory. A row may have another path as long as the folder
+/// hasn't been looked for since it moved; and one of this path may be that of a folder that is
+/// elsewhere, or lost.
+std::optional<Folder> Engine::folderLivingAt(const OpenFolder& place) {
+  const std::vector<Folder> all = _store->folders();
+  const auto isThis = [&](const Folder& row) { return place.isRememberedBy(row.bookmark); };
+  if (const auto row = std::ranges::find_if(all, isThis); row != all.end()) return *row;
+  for (const Folder& row : all) {
+    if (row.path != place.url().path()) continue;
+    try {
+      ResolvedFolder found = resolve(row);
+      if (found.place->url() == place.url()) return std::move(found.folder);
+    } catch (const PlatformError&) {
+      // Lost: what lies here is another folder.
+    }
+  }
+  return std::nullopt;
+}
+
 void Engine::setTemporary(const Folder& folder, bool isTemporary, Date now) {
-  const FileURL url = resolve(folder).url;
+  const std::unique_ptr<OpenFolder> place = resolve(folder).place;
   if (isTemporary) {
-    TemporaryTag::add(_fileManager, url);
+    TemporaryTag::add(*place);
   } else {
-    TemporaryTag::remove(_fileManager, url);
+    TemporaryTag::remove(*place);
   }
   _store->change(folder.id, [&](Folder& row) {
     // A restart that lies before this moment must not empty the folder.
@@ -45,44 +64,44 @@ void Engine::setTemporary(const Folder& folder, bool isTemporary, Date now) {
 
 void Engine::forget(const Folder& folder) {
   if (!folder.id) throw MissingValue();
-  std::optional<FileURL> url;
+  std::unique_ptr<OpenFolder> place;
   try {
-    url = resolve(folder).url;
+    place = resolve(folder).place;
   } catch (const std::exception&) {
     // Dropped: a folder that can't be found any more can still be forgotten.
   }
-  if (url) TemporaryTag::remove(_fileManager, *url);
+  if (place) {
+    place->giveBackTaken();
+    TemporaryTag::remove(*place);
+  }
   _store->deleteFolder(*folder.id);
 }
 
 ResolvedFolder Engine::resolve(const Folder& folder) {
-  const ResolvedBookmark resolved = _fileManager.resolveBookmark(folder.bookmark);
-  if (!resolved.isStale && resolved.url.path() == folder.path) return {folder, resolved.url};
+  OpenedBookmark opened = _fileManager.openBookmark(folder.bookmark);
+  const FileURL& url = opened.folder->url();
+  if (!opened.isStale && url.path() == folder.path) return {folder, std::move(opened.folder)};
 
-  if (resolved.isReplacement && isAnotherFolder(resolved.url, folder)) {
-    throw PlatformError("find", resolved.url, ENOENT, "another folder has taken its place");
+  const auto isThis = [&](const Folder& other) {
+    return opened.folder->isRememberedBy(other.bookmark);
+  };
+  if (opened.isReplacement && std::ranges::any_of(otherFolders(folder), isThis)) {
+    throw PlatformError("find", url, ENOENT, "another folder has taken its place");
   }
 
-  const std::string bookmark = _fileManager.bookmarkData(resolved.url);
+  const std::string bookmark = opened.folder->bookmarkData();
   // To look for a folder takes a while, in which the user may have changed its rules.
   Folder moved = _store->change(folder.id, [&](Folder& row) {
-    row.path = resolved.url.path();
+    row.path = url.path();
     row.bookmark = bookmark;
   });
-  return {std::move(moved), resolved.url};
+  return {std::move(moved), std::move(opened.folder)};
 }
 
-/// Whether a place is that of a folder with another row.
-bool Engine::isAnotherFolder(const FileURL& url, const Folder& folder) const {
-  return std::ranges::any_of(_store->folders(), [&](const Folder& other) {
-    if (other.id == folder.id) return false;
-    try {
-      const ResolvedBookmark place = _fileManager.resolveBookmark(other.bookmark);
-      return !place.isReplacement && place.url == url;
-    } catch (const PlatformError&) {
-      return false;  // Where it can't be found, it doesn't lie here.
-    }
-  });
+std::vector<Folder> Engine::otherFolders(const Folder& folder) const {
+  std::vector<Folder> others = _store->folders();
+  std::erase_if(others, [&](const Folder& other) { return other.id == folder.id; });
+  return others;
 }
 
 ResolvedFolder Engine::resolvedFolder(std::int64_t id) {

@@ -24,13 +24,15 @@ void Engine::undo(std::int64_t journalEntryID, Date now) {
                         "its name in the journal isn't the name of one item");
   }
 
-  const FileURL folderURL = resolvedFolder(entry->folderID).url;
-  const FileURL binned(*entry->binnedPath);
-  const FileURL original = folderURL.appendingPathComponent(entry->name);
-  if (!_fileManager.fileExists(binned)) throw Failure(Failure::GoneFromBin{*entry->binnedPath});
-  if (_fileManager.fileExists(original)) throw Failure(Failure::OriginalPathTaken{original.path()});
-
-  _fileManager.moveItem(binned, original);
+  const std::unique_ptr<OpenFolder> place = resolvedFolder(entry->folderID).place;
+  const std::unique_ptr<BinnedItem> item =
+      place->binnedItem(FileURL(*entry->binnedPath), entry->name);
+  if (!item) throw Failure(Failure::GoneFromBin{*entry->binnedPath});
+  if (place->hasEntry(entry->name)) {
+    throw Failure(
+        Failure::OriginalPathTaken{place->url().appendingPathComponent(entry->name).path()});
+  }
+  item->putBack();
   entry->undoneAt = now;
   _store->update(*entry);
 }

@@ -3,97 +3,134 @@
 #include <iterator>
 #include <utility>
 
+#include <sqlite3.h>
+
 #include "TidemarCore/FolderSnapshot.h"
 #include "TidemarKit/Engine/Engine.h"
 #include "TidemarKit/Inventory.h"
+#include "TidemarKit/Store/DatabaseError.h"
 #include "TidemarKit/System.h"
 #include "TidemarKit/TemporaryTag.h"
 
 namespace tidemar {
+namespace {
+
+bool isHeldByOthers(const std::exception& error) {
+  const auto* failure = dynamic_cast<const DatabaseError*>(&error);
+  constexpr int primaryCode = 0xff;
+  return failure != nullptr && (failure->code() & primaryCode) == SQLITE_BUSY;
+}
+
+}  // namespace
 
 FolderStatus Engine::status(std::int64_t folderID, Date now) {
   return read(folderID, now).status;
 }
 
 RunResult Engine::run(std::int64_t folderID, Date now, RunGate& gate) {
-  const auto [folder, status] = read(folderID, now);
-
-  // Nothing may go for which there would be no entry.
-  if (!status.dueNow.empty()) _store->requireWritable();
+  settleLedger();
+  const auto [folder, place, status] = read(folderID, now);
 
   const RunGate::Passage passage(gate);
   RunResult result;
+  std::exception_ptr databaseIsHeld;
+  bool isCutShort = false;
   for (const Removal& removal : status.dueNow) {
-    if (gate.isClosed() || !TemporaryTag::isTagged(_fileManager, status.url)) break;
+    isCutShort = gate.isClosed();
+    if (isCutShort || !TemporaryTag::isTagged(*place)) break;
     try {
-      result.journal.push_back(remove(removal, folder, now));
+      // Another program was waited for long enough; the rest of the items isn't touched.
+      if (databaseIsHeld) std::rethrow_exception(databaseIsHeld);
+      result.journal.push_back(remove(removal, *place, folder, now));
     } catch (const std::exception& error) {
+      if (isHeldByOthers(error)) databaseIsHeld = std::current_exception();
       result.failures.push_back({removal.item, std::current_exception()});
       _logger.log(LogLevel::error, "Couldn't remove %{private}s: %{public}s",
                   removal.item.url.path(), textWithoutPath(error));
     }
   }
 
-  // The rules may have been changed during the run, and stay as they are now.
-  _store->change(folder.id, [&](Folder& row) { row.lastRunAt = now; });
+  settleLedger();
+  // A run that was cut short leaves the rest to the next one, whatever rule it was due by.
+  if (!isCutShort) {
+    // The rules may have been changed during the run, and stay as they are now.
+    _store->change(folder.id, [&](Folder& row) { row.lastRunAt = now; });
+  }
   _logger.log(LogLevel::info, "Removed %ld items, %ld failed", result.journal.size(),
               result.failures.size());
   return result;
 }
 
+void Engine::settleLedger() {
+  try {
+    _ledger.settle();
+  } catch (const DatabaseError& error) {
+    // What is outstanding keeps everything else from going, and is tried again.
+    _logger.log(LogLevel::error, "Couldn't write the journal: %{public}s", error.what());
+  }
+}
+
 Engine::Reading Engine::read(std::int64_t folderID, Date now) {
-  auto [folder, url] = resolvedFolder(folderID);
-  const bool isTagged = TemporaryTag::holdsName(TemporaryTag::tags(_fileManager, url));
-  const System::Capacity capacity = System::capacity(_fileManager, url);
+  auto [folder, place] = resolvedFolder(folderID);
+  std::vector<KnownFolder> others;
+  for (Folder& other : otherFolders(folder))
+    others.push_back({std::move(other.bookmark), std::move(other.path)});
+  place->setOtherFolders(std::move(others));
+
+  const bool isTagged = TemporaryTag::holdsName(TemporaryTag::tags(*place));
+  const System::Capacity capacity = System::capacity(*place);
 
   const FileURL home = _fileManager.homeDirectoryForCurrentUser();
   std::vector<FileURL> fixedPlaces = _fileManager.mountedVolumeURLs();
   std::ranges::move(_fileManager.systemDirectoryURLs(), std::back_inserter(fixedPlaces));
-  const bool isProtectedRoot = System::isProtectedRoot(_fileManager, url, home, fixedPlaces);
+  const bool isProtectedRoot = System::isProtectedRoot(*place, home, fixedPlaces);
 
-  FolderSnapshot snapshot{isTagged, isProtectedRoot, Inventory::items(_fileManager, url)};
+  FolderSnapshot snapshot{isTagged, isProtectedRoot, Inventory::items(*place)};
   const RunConditions conditions{now, capacity.available, capacity.total,
                                  System::bootTime(_fileManager), folder.lastRunAt};
 
   FolderStatus status;
-  status.url = url;
+  status.url = place->url();
   status.isTagged = isTagged;
   status.isProtectedRoot = isProtectedRoot;
   status.dueNow = removalsDueNow(snapshot, folder.settings, conditions);
   status.upcoming = upcomingRemovals(snapshot, folder.settings);
   status.items = std::move(snapshot.items);
-  return {std::move(folder), std::move(status)};
+  return {std::move(folder), std::move(place), std::move(status)};
 }
 
-JournalEntry Engine::remove(const Removal& removal, const Folder& folder, Date now) {
+JournalEntry Engine::remove(const Removal& removal, OpenFolder& place, const Folder& folder,
+                            Date now) {
   const FileURL& url = removal.item.url;
-  const std::optional<Item> present = Inventory::item(_fileManager, url);
-  const std::optional<Date> freshness = present ? present->freshness : std::nullopt;
+  const Disposal disposal = folder.settings.disposal;
+  const Inventory::Look look = Inventory::item(place, url.lastPathComponent(), disposal);
+  const std::optional<Date> freshness = look.item ? look.item->freshness : std::nullopt;
   if (freshness != removal.item.freshness) throw Failure(Failure::ChangedSincePlanned{url.path()});
-
-  const std::optional<FileURL> binned = dispose(url, folder.settings.disposal);
+  if (look.state.obstacle) throw PlatformError(*look.state.obstacle);
 
   if (!folder.id) throw MissingValue();
   JournalEntry entry;
   entry.folderID = *folder.id;
-  entry.disposal = folder.settings.disposal;
+  entry.disposal = disposal;
   entry.name = url.lastPathComponent();
-  if (binned) entry.binnedPath = binned->path();
+  if (disposal == Disposal::bin) entry.binnedPath = url.path();  // Until it is known.
   entry.size = removal.item.size;
   entry.reasons = removal.reasons;
   entry.performedAt = now;
-  return _store->insert(std::move(entry));
-}
 
-/// Answers where the item lies in the Bin; nothing for a deleted one.
-std::optional<FileURL> Engine::dispose(const FileURL& url, Disposal disposal) const {
-  if (disposal == Disposal::delete_) {
-    _fileManager.removeItem(url);
-    return std::nullopt;
+  _ledger.prepare(entry);
+  try {
+    if (disposal == Disposal::delete_) {
+      place.removeItem(look.state);
+    } else {
+      const std::optional<FileURL> binned = place.trashItem(look.state);
+      if (!binned) throw MissingValue();
+      entry.binnedPath = binned->path();
+    }
+  } catch (const ItemChanged&) {
+    throw Failure(Failure::ChangedSincePlanned{url.path()});
   }
-  std::optional<FileURL> binned = _fileManager.trashItem(url);
-  if (!binned) throw MissingValue();
-  return binned;
+  return _ledger.record(std::move(entry));
 }
 
 }  // namespace tidemar

@@ -10,12 +10,11 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
-#include "Platform/Files/Bookmarks/Bookmark.h"
 #include "Platform/Files/Bookmarks/BookmarkRecord.h"
 #include "Platform/Files/Descriptors/FileDescriptor.h"
-#include "Platform/Files/Trash/Trash.h"
 #include "Platform/PlatformError.h"
 #include "support/FailingSystemCall.h"
+#include "support/FolderActions.h"
 #include "support/ScopedEnvironment.h"
 #include "support/TemporaryTree.h"
 #include "support/TestFileSystems.h"

@@ -15,7 +15,7 @@
 #include "Platform/Files/DiskFileManager.h"
 #include "Platform/Files/Places/BootTime.h"
 #include "support/FileExpectations.h"
-
+#include "support/FolderActions.h"
 #include "support/ScopedEnvironment.h"
 #include "support/TemporaryTree.h"
 
@@ -130,7 +130,7 @@ TEST(Packages, AreToldByTheEndingOfADirectorysName) {
   TemporaryDirectory directory;
   makeTree(directory.url(), "a.AppDir/\nb.AppDir\nc.AppDir -> a.AppDir");
   const auto isPackage = [&](const char* name) {
-    return DiskFileManager().resourceValues(directory.url(name)).isPackage;
+    return readResourceValues(directory.url(name)).isPackage;
   };
   EXPECT_EQ(isPackage("a.AppDir"), true);
   EXPECT_EQ(isPackage("b.AppDir"), false) << "a plain file";

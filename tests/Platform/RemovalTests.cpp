@@ -11,11 +11,11 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
-#include "Platform/Files/Changes/Removal.h"
 #include "Platform/Files/Descriptors/FileDescriptor.h"
 #include "Platform/Files/DiskFileManager.h"
 #include "Platform/PlatformError.h"
 #include "support/FailingSystemCall.h"
+#include "support/FolderActions.h"
 #include "support/ScopedEnvironment.h"
 #include "support/SmallThread.h"
 #include "support/TemporaryTree.h"
@@ -156,10 +156,7 @@ struct Way {
 };
 
 const std::vector<Way>& ways() {
-  static const DiskFileManager disk;
-  static const std::vector<Way> all = {
-      {"deleting", [](const FileURL& url) { disk.removeItem(url); }},
-      {"trashing", [](const FileURL& url) { disk.trashItem(url); }}};
+  static const std::vector<Way> all = {{"deleting", removeItem}, {"trashing", trashItem}};
   return all;
 }
 
@@ -206,15 +203,17 @@ TEST(Boundaries, AMountInsideAnItemKeepsItWholeAndWithoutADate) {
 
   struct Visitor : TreeVisitor {
     void visit(const TreeElement& element) override { names += std::string(element.name) + " "; }
-    void failed(const PlatformError& error) override { failures.push_back(error.url().path()); }
+    void failed(int code) override { failures.push_back(code); }
+    void restart() override {}
+    void knownFolder(std::span<const std::string>) override {}
     std::string names;
-    std::vector<std::string> failures;
+    std::vector<int> failures;
   } visitor;
-  DiskFileManager().walkTree(directory.url("item"), visitor);
-  EXPECT_EQ(visitor.names, "file sub ");
-  EXPECT_EQ(visitor.failures, std::vector{directory.path("item/sub/deep")});
+  DiskFileManager().openFolder(directory.url())->look("item", Disposal::bin, visitor);
+  EXPECT_EQ(visitor.names, "item file sub ");
+  EXPECT_EQ(visitor.failures, std::vector{EXDEV});
 
-  const ResourceValues values = DiskFileManager().resourceValues(directory.url("item/sub/deep"));
+  const ResourceValues values = readResourceValues(directory.url("item/sub/deep"));
   EXPECT_EQ(values.addedToDirectoryDate, std::nullopt);
   EXPECT_EQ(values.contentModificationDate, std::nullopt);
 }
@@ -224,7 +223,7 @@ TEST(Boundaries, AMountedFileIsNoOrdinaryFile) {
   makeTree(directory.url(), "item\nother 3");
   const BindMount mount(directory.url("other"), directory.url("item"));
   if (!mount.isMounted()) GTEST_SKIP() << mount.reason();
-  for (const DirectoryEntry& entry : DiskFileManager().contentsOfDirectory(directory.url())) {
+  for (const ListedEntry& entry : listDirectory(directory.url())) {
     const bool isMountPoint = entry.url == directory.url("item");
     EXPECT_EQ(entry.values.addedToDirectoryDate.has_value(), !isMountPoint) << entry.url.path();
   }
@@ -257,8 +256,7 @@ TEST(Boundaries, ASubvolumeInsideAnItemKeepsItWholeAndWithoutADate) {
     EXPECT_EQ(codeOf(way, volume.url("folder/item/sub")), EXDEV) << way.name;
   EXPECT_TRUE(exists(volume.url("folder/item/sub/precious")));
   EXPECT_TRUE(exists(volume.url("folder/item/file")));
-  EXPECT_EQ(DiskFileManager().resourceValues(volume.url("folder/item/sub")).addedToDirectoryDate,
-            std::nullopt);
+  EXPECT_EQ(readResourceValues(volume.url("folder/item/sub")).addedToDirectoryDate, std::nullopt);
   EXPECT_EQ(removalCode(volume.url("folder/plain")), 0);
 }
 
@@ -269,8 +267,7 @@ TEST(Dates, ARenameIntoAFolderCountsAsComing) {
     if (!volume.isMounted()) GTEST_SKIP() << nameOf(type) << ": " << volume.reason();
     makeTree(volume.url(), "before/\n  file\nfolder/");
     setModificationTime(volume.url("before/file"), 1000);
-    const Date before =
-        *DiskFileManager().resourceValues(volume.url("before/file")).addedToDirectoryDate;
+    const Date before = *readResourceValues(volume.url("before/file")).addedToDirectoryDate;
     Date after = before;
     // The kernel's clock for files moves in steps of a few milliseconds.
     for (int i = 0; i < 1000 && after == before; ++i) {
@@ -278,7 +275,7 @@ TEST(Dates, ARenameIntoAFolderCountsAsComing) {
       const FileURL from = volume.url(isBack ? "folder/file" : "before/file");
       const FileURL to = volume.url(isBack ? "before/file" : "folder/file");
       ASSERT_EQ(rename(from.path().c_str(), to.path().c_str()), 0);
-      const ResourceValues values = DiskFileManager().resourceValues(to);
+      const ResourceValues values = readResourceValues(to);
       after = *values.addedToDirectoryDate;
       EXPECT_EQ(values.contentModificationDate, Date{1000}) << nameOf(type);
     }

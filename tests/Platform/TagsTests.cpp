@@ -10,9 +10,9 @@
 #include <sys/xattr.h>
 #include <unistd.h>
 
-#include "Platform/Files/Tags.h"
 #include "Platform/PlatformError.h"
 #include "support/FailingSystemCall.h"
+#include "support/FolderActions.h"
 #include "support/TemporaryTree.h"
 #include "support/TestFileSystems.h"
 
@@ -67,7 +67,7 @@ TEST(Tags, ThatAreMissingReadAsNone) {
   EXPECT_TRUE(readTagNames(directory.url()).empty()) << "no attribute";
   setAttribute(directory.url(), "");
   EXPECT_TRUE(readTagNames(directory.url()).empty()) << "an empty attribute";
-  withFailingSystemCall(SYS_lgetxattr, ENOTSUP,
+  withFailingSystemCall(SYS_fgetxattr, ENOTSUP,
                         [&] { EXPECT_TRUE(readTagNames(directory.url()).empty()); });
   EXPECT_THROW(readTagNames(directory.url("missing")), PlatformError);
   EXPECT_THROW(readTagNames(FileURL(directory.path() + std::string("\0x", 2))), PlatformError);
@@ -81,15 +81,6 @@ TEST(Tags, AnEmptyListLeavesNoAttribute) {
   EXPECT_EQ(attributeOf(directory.url()), "(none)");
 }
 
-TEST(Tags, OfALinkAreNotThoseOfItsTarget) {
-  const TemporaryDirectory directory;
-  makeTree(directory.url(), "folder/\nlink -> folder");
-  writeTagNames(directory.url("folder"), std::vector<std::string>{"a"});
-  EXPECT_TRUE(readTagNames(directory.url("link")).empty());
-  EXPECT_THROW(writeTagNames(directory.url("link"), std::vector<std::string>{"b"}), PlatformError);
-  EXPECT_EQ(attributeOf(directory.url("folder")), "a");
-}
-
 TEST(Tags, FailureToWriteThemSaysWhatToDo) {
   const struct {
     int code;
@@ -101,7 +92,7 @@ TEST(Tags, FailureToWriteThemSaysWhatToDo) {
   for (const auto& row : rows) {
     const TemporaryDirectory directory;
     setAttribute(directory.url(), "old");
-    withFailingSystemCall(SYS_lsetxattr, row.code, [&] {
+    withFailingSystemCall(SYS_fsetxattr, row.code, [&] {
       try {
         writeTagNames(directory.url(), std::vector<std::string>{"new"});
         ADD_FAILURE() << row.advice;

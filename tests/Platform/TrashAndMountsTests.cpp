@@ -7,8 +7,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "Platform/Files/Trash/Trash.h"
 #include "support/FileExpectations.h"
+#include "support/FolderActions.h"
 #include "support/ScopedEnvironment.h"
 #include "support/TemporaryTree.h"
 #include "support/TestFileSystems.h"

@@ -34,20 +34,37 @@ TEST_F(FolderLifecycle, anAddedFolderIsKnownAndNothingElse) {
   EXPECT_EQ(folder.createdAt, added);
   EXPECT_EQ(folder.lastRunAt, added);
   EXPECT_EQ(row(folder), folder);
-  EXPECT_EQ(engine.resolve(folder).url, FileURL("/f"));
+  EXPECT_EQ(engine.resolve(folder).place->url(), FileURL("/f"));
   EXPECT_EQ(files.changes(), Lines{});
 }
 
 TEST_F(FolderLifecycle, aFolderAddedAgainIsTheSameByWhateverPath) {
   Folder folder = engine.addFolder(FileURL("/link"), added);
   EXPECT_EQ(folder.path, "/f");
-  EXPECT_EQ(engine.resolve(folder).url, FileURL("/f")) << "its bookmark is that of the folder";
+  EXPECT_EQ(engine.resolve(folder).place->url(), FileURL("/f"))
+      << "its bookmark is that of the folder";
   folder.settings = rules;
   engine.store().update(folder);
   for (const char* path : {"/f", "/link", "/f/"})
     EXPECT_EQ(engine.addFolder(FileURL(path), now), folder) << path;
   EXPECT_NE(engine.addFolder(FileURL("/g"), now).id, folder.id);
   EXPECT_EQ(engine.store().folders().size(), 2U);
+}
+
+TEST_F(FolderLifecycle, aPlaceWithSeveralRowsIsThatOfTheOneThatLivesThere) {
+  const Folder lost = temporaryFolder("/f", rules);
+  const Folder other = temporaryFolder("/g", {});
+  files.rename("/f", std::string(files.binPath) + "/f");
+  files.rename("/g", "/f");
+  EXPECT_EQ(engine.addFolder(FileURL("/f"), now).id, other.id) << "its row still says /g";
+  engine.resolve(other);
+  EXPECT_EQ(engine.addFolder(FileURL("/f"), now).id, other.id) << "both rows say /f";
+
+  files.rename("/f", "/h");
+  files.draw("/f/");
+  EXPECT_NE(engine.addFolder(FileURL("/f"), now).id, other.id) << "that one is elsewhere";
+  EXPECT_EQ(row(other).path, "/h");
+  EXPECT_EQ(row(lost), lost);
 }
 
 TEST_F(FolderLifecycle, aFolderThatCannotBeReadIsNotAdded) {
@@ -66,9 +83,9 @@ TEST_F(FolderLifecycle, aFolderThatStayedIsNotWritten) {
 TEST_F(FolderLifecycle, aFolderThatMovedKeepsItsRowAndRules) {
   const Folder folder = temporaryFolder("/f", rules);
   files.rename("/f", "/elsewhere/new");
-  const auto [moved, url] = engine.resolvedFolder(*folder.id);
+  const auto [moved, place] = engine.resolvedFolder(*folder.id);
 
-  EXPECT_EQ(url, FileURL("/elsewhere/new"));
+  EXPECT_EQ(place->url(), FileURL("/elsewhere/new"));
   Folder expected = folder;
   expected.path = "/elsewhere/new";
   expected.bookmark = moved.bookmark;
@@ -124,7 +141,7 @@ TEST_F(FolderLifecycle, aLostFolderLeavesItsPlaceToTheKnownFolderThatTookIt) {
   files.rename("/g", "/f");
   for (int i = 0; i < 2; ++i) {
     EXPECT_EQ(codeOf([&] { engine.resolvedFolder(*lost.id); }), ENOENT);
-    EXPECT_EQ(engine.resolvedFolder(*other.id).url, FileURL("/f"));
+    EXPECT_EQ(engine.resolvedFolder(*other.id).place->url(), FileURL("/f"));
   }
   EXPECT_EQ(row(lost), lost);
   engine.forget(lost);
@@ -134,7 +151,7 @@ TEST_F(FolderLifecycle, aLostFolderLeavesItsPlaceToTheKnownFolderThatTookIt) {
   const Folder gone = temporaryFolder("/new", rules);
   files.erase("/new");
   files.draw("/new/");
-  EXPECT_EQ(engine.resolvedFolder(*gone.id).url, FileURL("/new")) << "nobody else's";
+  EXPECT_EQ(engine.resolvedFolder(*gone.id).place->url(), FileURL("/new")) << "nobody else's";
 }
 
 TEST_F(FolderLifecycle, anUnknownFolderIsNotFound) {

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include "TidemarKit/Inventory.h"
+#include "TidemarKit/TemporaryTag.h"
 #include "support/FakeFileManager.h"
 
 namespace tidemar {
@@ -30,6 +31,10 @@ std::string text(const std::vector<Item>& items) {
   for (const Item& item : items)
     result += (result.empty() ? "" : ", ") + text(item);
   return result;
+}
+
+std::optional<Item> itemNamed(std::string_view name, OpenFolder& folder) {
+  return Inventory::item(folder, name, Disposal::bin).item;
 }
 
 struct Case {
@@ -211,11 +216,12 @@ TEST(Inventory, turnsEntriesIntoItems) {
   for (const Case& c : cases) {
     FakeFileManager files;
     files.draw(c.drawing);
-    const std::vector<Item> items = Inventory::items(files, FileURL("/f"));
+    const auto folder = files.openFolder(FileURL("/f"));
+    const std::vector<Item> items = Inventory::items(*folder);
     EXPECT_EQ(text(items), c.expected) << c.name;
     for (const Item& item : items) {
       EXPECT_EQ(item.url, FileURL("/f").appendingPathComponent(item.url.lastPathComponent()));
-      EXPECT_EQ(Inventory::item(files, item.url), item) << c.name;
+      EXPECT_EQ(itemNamed(item.url.lastPathComponent(), *folder), item) << c.name;
     }
   }
 }
@@ -227,8 +233,9 @@ TEST(Inventory, readsAHiddenEntryAsNoItem) {
       .a @1
       b @1 hidden
       c/ @1 hidden)");
-  for (const char* path : {"/f/.a", "/f/b", "/f/c"})
-    EXPECT_EQ(Inventory::item(files, FileURL(path)), std::nullopt) << path;
+  const auto folder = files.openFolder(FileURL("/f"));
+  for (const char* name : {".a", "b", "c"})
+    EXPECT_EQ(itemNamed(name, *folder), std::nullopt) << name;
 }
 
 TEST(Inventory, treatsMissingValuesAsAPlainFile) {
@@ -238,7 +245,7 @@ TEST(Inventory, treatsMissingValuesAsAPlainFile) {
       d/ @5
         a 10 @9)");
   files.values("/f/d").isDirectory.reset();
-  EXPECT_EQ(text(Inventory::items(files, FileURL("/f"))), "d 0 @5");
+  EXPECT_EQ(text(Inventory::items(*files.openFolder(FileURL("/f")))), "d 0 @5");
 }
 
 TEST(Inventory, throwsWhereTheTopLevelCannotBeRead) {
@@ -248,10 +255,44 @@ TEST(Inventory, throwsWhereTheTopLevelCannotBeRead) {
       a @1
       lost @1 unreadable
     /locked/ unreadable)");
-  for (const char* folder : {"/f", "/locked", "/missing"})
-    EXPECT_THROW(Inventory::items(files, FileURL(folder)), PlatformError) << folder;
-  for (const char* path : {"/f/lost", "/f/missing"})
-    EXPECT_THROW(Inventory::item(files, FileURL(path)), PlatformError) << path;
+  for (const char* folder : {"/f", "/locked"})
+    EXPECT_THROW(Inventory::items(*files.openFolder(FileURL(folder))), PlatformError) << folder;
+  const auto folder = files.openFolder(FileURL("/f"));
+  for (const char* name : {"lost", "missing"})
+    EXPECT_THROW(itemNamed(name, *folder), PlatformError) << name;
+}
+
+TEST(Inventory, givesNoDateToWhatIsOrHoldsAnotherTemporaryFolder) {
+  struct Row {
+    const char* known;
+    bool isTagged;
+    bool isFound;  // By its bookmark; else by its path alone.
+    const char* expected;
+  };
+  for (const Row& row :
+       {Row{"/f/d", true, true, "d 4 undated, p 10 @5"},
+        Row{"/f/d/e", true, true, "d 4 undated, p 10 @5"},
+        Row{"/f/d/.h/e", true, true, "d 4 undated, p 10 @5"},
+        Row{"/f/p/e", true, true, "d 4 @5, p 10 undated"},
+        Row{"/f/d/e", true, false, "d 4 undated, p 10 @5"},
+        Row{"/f/d/e", false, true, "d 4 @5, p 10 @5"}, Row{"/g", true, true, "d 4 @5, p 10 @5"}}) {
+    FakeFileManager files;
+    files.draw(R"(
+      /g/
+      /f/
+        d/ 4 @5
+          e/ @5
+          .h/ @9
+            e/ @9
+        p/ package 10 @5
+          e/ @5)");
+    if (row.isTagged) files.tags(row.known) = {std::string(TemporaryTag::name)};
+    const auto folder = files.openFolder(FileURL("/f"));
+    const std::string bookmark = files.openFolder(FileURL(row.known))->bookmarkData();
+    folder->setOtherFolders({{row.isFound ? bookmark : "0#/", row.known}});
+    EXPECT_EQ(text(Inventory::items(*folder)), row.expected) << row.known;
+    EXPECT_EQ(itemNamed("d", *folder)->freshness, Inventory::items(*folder)[0].freshness);
+  }
 }
 
 }  // namespace

@@ -127,6 +127,12 @@ TEST_F(PutBack, ofALostFolderWaitsForIt) {
   expectUntouched();
 }
 
+TEST_F(PutBack, ofAnItemThatTheBinTellsOtherwiseOfIsGone) {
+  files.binKnowsItsItems = false;
+  EXPECT_EQ(failureOf([&] { undo(); }), Failure::Case(Failure::GoneFromBin{"/home/ada/Trash/a.2"}));
+  expectUntouched();
+}
+
 TEST_F(PutBack, saysThatTheItemIsGoneBeforeThatItsPlaceIsTaken) {
   files.draw("/f/a 1 @1");
   EXPECT_EQ(failureOf([&] { undo(); }), Failure::Case(Failure::OriginalPathTaken{"/f/a"}));
@@ -146,7 +152,7 @@ TEST_F(PutBack, doesNotReplaceALinkThatLeadsNowhere) {
 }
 
 TEST_F(PutBack, thatTheDiskRefusesChangesNothing) {
-  files.fail("exists /home/ada/Trash/a.2", EACCES);
+  files.fail("binned /home/ada/Trash/a.2", EACCES);
   EXPECT_EQ(codeOf([&] { undo(); }), EACCES);
   expectUntouched();
 }

@@ -104,13 +104,13 @@ TEST(RealDisk, TheTagStandsBesideForeignOnesByteForByte) {
   RealWorld world;
   makeTree(world.home.url(), "folder/");
   const std::vector<std::string> foreign = {"Work", " Red", "", "parent/child", "\xff"};
-  world.disk.setTagNames(world.folderURL, foreign);
+  world.disk.openFolder(world.folderURL)->setTagNames(foreign);
   const Folder folder = world.temporaryFolder();
   auto expected = foreign;
   expected.emplace_back(TemporaryTag::name);
-  EXPECT_EQ(world.disk.tagNames(world.folderURL), expected);
+  EXPECT_EQ(world.disk.openFolder(world.folderURL)->tagNames(), expected);
   world.engine.setTemporary(folder, false, Date{0});
-  EXPECT_EQ(world.disk.tagNames(world.folderURL), foreign);
+  EXPECT_EQ(world.disk.openFolder(world.folderURL)->tagNames(), foreign);
 }
 
 TEST(RealDisk, ProtectedRootsAreTheHomeTheMountsAndWhatLinksLeadTo) {

@@ -232,11 +232,12 @@ TEST(RunsThatMayNotGoOn, endAtTheNextItem) {
   struct Case {
     const char* name;
     std::function<void(FiveItems&)> disturb;
+    bool isCutShort = false;
   };
   for (const Case& c : {
            Case{"the tag was taken off", [](auto& w) { w.files.tags("/f").clear(); }},
            Case{"the tags can't be read", [](auto& w) { w.files.fail("tags /f", EIO); }},
-           Case{"the gate was closed", [](auto& w) { w.gate.close(); }},
+           Case{"the gate was closed", [](auto& w) { w.gate.close(); }, true},
        }) {
     SCOPED_TRACE(c.name);
     FiveItems world;
@@ -245,7 +246,11 @@ TEST(RunsThatMayNotGoOn, endAtTheNextItem) {
     EXPECT_EQ(names(result.journal), "a b");
     EXPECT_TRUE(result.failures.empty());
     EXPECT_EQ(world.files.names("/f"), "e d c");
-    world.expectEnded(result);
+    if (c.isCutShort) {
+      EXPECT_EQ(world.row(world.folder).lastRunAt, world.added) << "the restart rule isn't done";
+    } else {
+      world.expectEnded(result);
+    }
   }
 }
 
@@ -330,19 +335,35 @@ TEST_F(Runs, aFolderForgottenMeanwhileEndsInAnError) {
   EXPECT_THROW(run(), RecordNotFound);
 }
 
-TEST(RunsOverAFailingDatabase, bookAnItemThatWentUnrecordedUnderFailures) {
+TEST(RunsOverAFailingDatabase, leaveTheItemThatCouldNotBeRecorded) {
+  for (const char* refusal : {"SELECT RAISE(ABORT, 'no');", "SELECT RAISE(IGNORE);"}) {
+    const testing::TemporaryDirectory directory;
+    const std::string database = directory.path("tidemar.sqlite");
+    FiveItems world(database);
+    testing::runSQL(database, std::string("CREATE TRIGGER refuse BEFORE INSERT ON journalEntry "
+                                          "WHEN NEW.name = 'b' BEGIN ") +
+                                  refusal + " END");
+    const RunResult result = world.run();
+    EXPECT_EQ(names(result.journal), "a c d e");
+    ASSERT_EQ(result.failures.size(), 1U);
+    EXPECT_EQ(text(result.failures[0]), "database");
+    EXPECT_TRUE(world.files.exists("/f/b"));
+    world.expectEnded(result);
+  }
+}
+
+TEST(RunsOverAFailingDatabase, writeTheRowOfTheItemInHandLaterAndTakeNothingElseUntilThen) {
   const testing::TemporaryDirectory directory;
   const std::string database = directory.path("tidemar.sqlite");
   FiveItems world(database);
-  testing::runSQL(database,
-                  "CREATE TRIGGER refuse BEFORE INSERT ON journalEntry WHEN NEW.name = 'b' "
-                  "BEGIN SELECT RAISE(ABORT, 'no'); END");
-  const RunResult result = world.run();
-  EXPECT_EQ(names(result.journal), "a c d e");
-  ASSERT_EQ(result.failures.size(), 1U);
-  EXPECT_EQ(text(result.failures[0]), "database");
-  EXPECT_FALSE(world.files.exists("/f/b"));
-  world.expectEnded(result);
+  world.files.before("trash /f/b", [&] {
+    testing::runSQL(database, "ALTER TABLE journalEntry RENAME TO hidden");
+  });
+  EXPECT_EQ(names(world.run().journal), "a");
+  EXPECT_EQ(world.files.names("/f"), "e d c");
+  testing::runSQL(database, "ALTER TABLE hidden RENAME TO journalEntry");
+  EXPECT_EQ(names(world.run().journal), "c d e");
+  EXPECT_EQ(world.engine.store().journalOfFolder(*world.folder.id).size(), 5U);
 }
 
 TEST(RunsOverAFailingDatabase, touchNothingWhereTheDatabaseCannotBeWritten) {

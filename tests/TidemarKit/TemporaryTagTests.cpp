@@ -49,21 +49,21 @@ const std::vector<Case> cases = {
 
 TEST(TemporaryTag, comesAndGoesWithoutDisturbingOtherTags) {
   EXPECT_EQ(TemporaryTag::name, "Tidemar: Temporary");
-  const FileURL url("/f");
   for (const Case& c : cases) {
     FakeFileManager files;
     files.draw("/f/");
+    const auto folder = files.openFolder(FileURL("/f"));
     files.tags("/f") = c.tags;
-    EXPECT_EQ(TemporaryTag::isTagged(files, url), c.isTagged) << c.name;
+    EXPECT_EQ(TemporaryTag::isTagged(*folder), c.isTagged) << c.name;
 
-    TemporaryTag::add(files, url);
+    TemporaryTag::add(*folder);
     EXPECT_EQ(files.tags("/f"), c.added) << c.name;
-    EXPECT_TRUE(TemporaryTag::isTagged(files, url)) << c.name;
+    EXPECT_TRUE(TemporaryTag::isTagged(*folder)) << c.name;
     EXPECT_EQ(files.changes().size(), c.isTagged ? 0U : 1U) << c.name << ": writes where needed";
 
     files.tags("/f") = c.tags;
     files.operations().clear();
-    TemporaryTag::remove(files, url);
+    TemporaryTag::remove(*folder);
     EXPECT_EQ(files.tags("/f"), c.removed) << c.name;
     EXPECT_EQ(files.changes().size(), c.isTagged ? 1U : 0U) << c.name << ": writes where needed";
   }
@@ -72,34 +72,34 @@ TEST(TemporaryTag, comesAndGoesWithoutDisturbingOtherTags) {
 TEST(TemporaryTag, isReadAnewEachTime) {
   FakeFileManager files;
   files.draw("/f/");
-  const FileURL url("/f");
-  EXPECT_FALSE(TemporaryTag::isTagged(files, url));
+  const auto folder = files.openFolder(FileURL("/f"));
+  EXPECT_FALSE(TemporaryTag::isTagged(*folder));
   files.tags("/f") = {tag};
-  EXPECT_TRUE(TemporaryTag::isTagged(files, url));
+  EXPECT_TRUE(TemporaryTag::isTagged(*folder));
 }
 
 TEST(TemporaryTag, thatCannotBeReadIsNotThereAndIsNotWritten) {
   FakeFileManager files;
   files.draw("/f/");
   files.tags("/f") = {tag};
-  const FileURL url("/f");
+  const auto folder = files.openFolder(FileURL("/f"));
   files.fail("tags /f", EACCES);
-  EXPECT_FALSE(TemporaryTag::isTagged(files, url));
-  EXPECT_THROW(TemporaryTag::tags(files, url), PlatformError);
-  EXPECT_THROW(TemporaryTag::add(files, url), PlatformError);
-  EXPECT_THROW(TemporaryTag::remove(files, url), PlatformError);
+  EXPECT_FALSE(TemporaryTag::isTagged(*folder));
+  EXPECT_THROW(TemporaryTag::tags(*folder), PlatformError);
+  EXPECT_THROW(TemporaryTag::add(*folder), PlatformError);
+  EXPECT_THROW(TemporaryTag::remove(*folder), PlatformError);
   EXPECT_EQ(files.changes(), std::vector<std::string>{});
 }
 
 TEST(TemporaryTag, saysSoWhereTheDiskRefusesIt) {
   FakeFileManager files;
   files.draw("/f/");
-  const FileURL url("/f");
+  const auto folder = files.openFolder(FileURL("/f"));
   files.fail("setTags /f", EROFS);
-  EXPECT_NO_THROW(TemporaryTag::remove(files, url));
-  EXPECT_THROW(TemporaryTag::add(files, url), PlatformError);
+  EXPECT_NO_THROW(TemporaryTag::remove(*folder));
+  EXPECT_THROW(TemporaryTag::add(*folder), PlatformError);
   files.tags("/f") = {tag};
-  EXPECT_THROW(TemporaryTag::remove(files, url), PlatformError);
+  EXPECT_THROW(TemporaryTag::remove(*folder), PlatformError);
   EXPECT_EQ(files.tags("/f"), Tags{tag});
 }
 

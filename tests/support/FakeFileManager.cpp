@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdlib>
+#include <functional>
 #include <sstream>
 #include <stdexcept>
 #include <utility>
@@ -96,27 +97,29 @@ void applyWord(Node& node, const std::string& word) {
   }
 }
 
-void walk(const Node& directory, std::size_t depth, TreeVisitor& visitor) {
-  if (!directory.isReadable) {
-    visitor.failed(PlatformError("read", FileURL(directory.path()), EACCES));
-    return;
-  }
-  for (const auto& child : directory.children) {
-    if (!child->isReadable && !child->isDirectory()) {
-      visitor.failed(PlatformError("read", FileURL(child->path()), EACCES));
-      continue;
-    }
-    visitor.visit({child->name, depth, child->values});
-    if (child->isDirectory()) walk(*child, depth + 1, visitor);
-  }
+/// All that can be seen of a tree, to tell whether it changed.
+std::string describe(const Node& node) {
+  const auto seconds = [](std::optional<Date> date) {
+    return date ? std::to_string(date->secondsSince1970) : "-";
+  };
+  std::string text = node.name + "#" + std::to_string(node.identity) +
+                     seconds(node.values.addedToDirectoryDate) +
+                     seconds(node.values.contentModificationDate) + "{";
+  for (const auto& child : node.children)
+    text += describe(*child);
+  return text + "}";
 }
 
-const Node* withIdentity(const Node& node, std::uint64_t identity) {
+Node* withIdentity(Node& node, std::uint64_t identity) {
   if (node.identity == identity) return &node;
   for (const auto& child : node.children) {
-    if (const Node* found = withIdentity(*child, identity)) return found;
+    if (Node* found = withIdentity(*child, identity)) return found;
   }
   return nullptr;
+}
+
+std::uint64_t identityIn(std::string_view bookmark) {
+  return std::strtoull(std::string(bookmark).c_str(), nullptr, 10);
 }
 
 }  // namespace
@@ -204,41 +207,164 @@ void FakeFileManager::before(const std::string& line, std::function<void()> acti
   _hooks.emplace(line, std::move(action));
 }
 
-std::vector<DirectoryEntry> FakeFileManager::contentsOfDirectory(const FileURL& directory) const {
-  begin("list " + directory.path(), directory);
-  const Node& node = existing("list", directory);
-  if (!node.isDirectory()) throw PlatformError("list", directory, ENOTDIR);
-  if (!node.isReadable) throw PlatformError("list", directory, EACCES);
-  std::vector<DirectoryEntry> entries;
-  for (const auto& child : node.children) {
-    const FileURL url = directory.appendingPathComponent(child->name);
-    if (!child->isReadable && !child->isDirectory()) throw PlatformError("read", url, EACCES);
-    entries.push_back({url, child->values});
+class FakeFileManager::Binned final : public BinnedItem {
+ public:
+  Binned(const FakeFileManager& disk, FileURL from, FileURL to)
+      : _disk(disk), _from(std::move(from)), _to(std::move(to)) {}
+
+  void putBack() override {
+    _disk.begin("move " + _from.path() + " to " + _to.path(), _from);
+    Node& node = _disk.existing("move", _from);
+    if (_disk.exists(_to.path())) throw PlatformError("move", _to, EEXIST);
+    _disk.place(_disk.take(node), _to.path());
   }
-  return entries;
-}
 
-ResourceValues FakeFileManager::resourceValues(const FileURL& url) const {
-  begin("values " + url.path(), url);
-  const Node& node = existing("read", url);
-  if (!node.isReadable && !node.isDirectory()) throw PlatformError("read", url, EACCES);
-  return node.values;
-}
+ private:
+  const FakeFileManager& _disk;
+  FileURL _from;
+  FileURL _to;
+};
 
-void FakeFileManager::walkTree(const FileURL& directory, TreeVisitor& visitor) const {
-  begin("walk " + directory.path(), directory);
-  const Node* node = find(directory.path());
-  if (node == nullptr || !node->isDirectory()) {
-    visitor.failed(PlatformError("read", directory, node == nullptr ? ENOENT : ENOTDIR));
-    return;
+/// Follows its node wherever that is renamed to, as an open directory does.
+class FakeFileManager::Folder final : public OpenFolder {
+ public:
+  Folder(const FakeFileManager& disk, const Node& node)
+      : _disk(disk), _identity(node.identity), _url(node.path()) {}
+
+  const FileURL& url() const override { return _url; }
+
+  std::string bookmarkData() const override {
+    _disk.begin("bookmark " + path(), _url);
+    // The second number makes each bookmark differ from the ones before it.
+    return std::to_string(_identity) + "#" + std::to_string(++_disk._lastNumber) + path();
   }
-  walk(*node, 1, visitor);
-}
 
-bool FakeFileManager::fileExists(const FileURL& url) const {
-  begin("exists " + url.path(), url);
-  return exists(url.path());
-}
+  bool isRememberedBy(std::string_view bookmark) const override {
+    return identityIn(bookmark) == _identity;
+  }
+
+  bool isOneOf(std::span<const FileURL> places) const override {
+    return std::ranges::any_of(places, [&](const FileURL& place) {
+      const Node* node = _disk.find(followed(*_disk._root, place.path(), true));
+      return node != nullptr && node->identity == _identity;
+    });
+  }
+
+  VolumeCapacity volumeCapacity() const override {
+    _disk.begin("capacity " + path(), _url);
+    return _disk.capacity;
+  }
+
+  std::vector<std::string> tagNames() const override {
+    _disk.begin("tags " + path(), _url);
+    return node("read the tags of").tags;
+  }
+
+  void setTagNames(std::span<const std::string> tags) override {
+    _disk.begin("setTags " + path(), _url);
+    node("tag").tags.assign(tags.begin(), tags.end());
+  }
+
+  void setOtherFolders(std::vector<KnownFolder> others) override { _others = std::move(others); }
+
+  void giveBackTaken() override { _disk.begin("giveBack " + path(), _url); }
+
+  void read(TreeVisitor& visitor) override {
+    _disk.begin("list " + path(), _url);
+    const Node& folder = node("list");
+    if (!folder.isReadable) throw PlatformError("list", _url, EACCES);
+    for (const auto& child : folder.children)
+      readEntry(*child, visitor);
+  }
+
+  ItemState look(std::string_view name, Disposal, TreeVisitor& visitor) override {
+    const FileURL url = urlOf(name);
+    _disk.begin("values " + url.path(), url);
+    const Node& item = _disk.existing("read", url);
+    readEntry(item, visitor);
+    ItemState state;
+    state.name = name;
+    state.tree.fingerprint = std::hash<std::string>()(describe(item));
+    return state;
+  }
+
+  bool hasEntry(std::string_view name) const override {
+    const FileURL url = urlOf(name);
+    _disk.begin("exists " + url.path(), url);
+    return _disk.exists(url.path());
+  }
+
+  std::optional<FileURL> trashItem(const ItemState& item) override {
+    std::unique_ptr<Node> taken = take("trash", item);
+    std::string place = std::string(binPath) + "/" + taken->name;
+    for (int number = 2; _disk.exists(place); ++number)
+      place = std::string(binPath) + "/" + taken->name + "." + std::to_string(number);
+    _disk.place(std::move(taken), place);
+    return _disk.binTellsPlace ? std::optional(FileURL(place)) : std::nullopt;
+  }
+
+  void removeItem(const ItemState& item) override { take("remove", item); }
+
+  std::unique_ptr<BinnedItem> binnedItem(const FileURL& place, std::string_view name) override {
+    _disk.begin("binned " + place.path(), place);
+    if (!_disk.exists(place.path()) || !_disk.binKnowsItsItems) return nullptr;
+    return std::make_unique<Binned>(_disk, place, urlOf(name));
+  }
+
+ private:
+  Node& node(const std::string& operation) const {
+    Node* found = withIdentity(*_disk._root, _identity);
+    if (found == nullptr) throw PlatformError(operation, _url, ENOENT);
+    return *found;
+  }
+  std::string path() const {
+    const Node* found = withIdentity(*_disk._root, _identity);
+    return found == nullptr ? _url.path() : found->path();
+  }
+  FileURL urlOf(std::string_view name) const {
+    return FileURL(path()).appendingPathComponent(name);
+  }
+
+  void readEntry(const Node& entry, TreeVisitor& visitor) const {
+    if (!entry.isReadable && !entry.isDirectory())
+      throw PlatformError("read", FileURL(entry.path()), EACCES);
+    visit(entry, 0, visitor);
+  }
+
+  void visit(const Node& entry, std::size_t depth, TreeVisitor& visitor) const {
+    if (!entry.isReadable && !entry.isDirectory()) return visitor.failed(EACCES);
+    visitor.visit({entry.name, depth, entry.values});
+    if (!entry.isDirectory()) return;
+    const auto isThis = [&](const KnownFolder& other) {
+      return identityIn(other.bookmark) == entry.identity || other.path == entry.path();
+    };
+    if (std::ranges::any_of(_others, isThis)) visitor.knownFolder(entry.tags);
+    if (depth == 0) {
+      try {
+        _disk.begin("walk " + entry.path());
+      } catch (const PlatformError& error) {
+        return visitor.failed(error.code());
+      }
+    }
+    if (!entry.isReadable) return visitor.failed(EACCES);
+    for (const auto& child : entry.children)
+      visit(*child, depth + 1, visitor);
+  }
+
+  std::unique_ptr<Node> take(const std::string& word, const ItemState& item) const {
+    const FileURL url = urlOf(item.name);
+    _disk.begin(word + " " + url.path(), url);
+    Node& present = _disk.existing(word, url);
+    if (std::hash<std::string>()(describe(present)) != item.tree.fingerprint)
+      throw ItemChanged(word, url, ESTALE);
+    return _disk.take(present);
+  }
+
+  const FakeFileManager& _disk;
+  std::uint64_t _identity;
+  FileURL _url;
+  std::vector<KnownFolder> _others;
+};
 
 std::string FakeFileManager::canonicalPath(const FileURL& url) const {
   begin("canonical " + url.path(), url);
@@ -247,59 +373,20 @@ std::string FakeFileManager::canonicalPath(const FileURL& url) const {
   return path;
 }
 
-std::string FakeFileManager::resolvingSymlinksInPath(const FileURL& url) const {
-  std::string path = followed(*_root, url.path(), true);
-  return exists(path) ? path : url.path();
+std::unique_ptr<OpenFolder> FakeFileManager::openFolder(const FileURL& url) const {
+  return std::make_unique<Folder>(*this,
+                                  existing("open", FileURL(followed(*_root, url.path(), true))));
 }
 
-std::string FakeFileManager::bookmarkData(const FileURL& directory) const {
-  begin("bookmark " + directory.path(), directory);
-  const Node& node = existing("bookmark", directory);
-  // The second number makes each bookmark differ from the ones before it.
-  return std::to_string(node.identity) + "#" + std::to_string(++_lastNumber) + directory.path();
-}
-
-ResolvedBookmark FakeFileManager::resolveBookmark(std::string_view bookmark) const {
+OpenedBookmark FakeFileManager::openBookmark(std::string_view bookmark) const {
   begin("resolve");
-  const std::uint64_t identity = std::strtoull(std::string(bookmark).c_str(), nullptr, 10);
-  const Node* node = withIdentity(*_root, identity);
-  const std::string_view path = bookmark.substr(bookmark.find('/'));
-  if (node == nullptr && exists(std::string(path))) return {FileURL(std::string(path)), true, true};
+  const Node* node = withIdentity(*_root, identityIn(bookmark));
+  const std::string path(bookmark.substr(bookmark.find('/')));
+  if (node == nullptr && exists(path))
+    return {std::make_unique<Folder>(*this, existing("find", FileURL(path))), true, true};
   if (node == nullptr || node->path().starts_with(binPath))
     throw PlatformError("find", FileURL(), ENOENT);
-  return {FileURL(node->path()), bookmarksAreStale, false};
-}
-
-std::vector<std::string> FakeFileManager::tagNames(const FileURL& url) const {
-  begin("tags " + url.path(), url);
-  return existing("read the tags of", url).tags;
-}
-
-void FakeFileManager::setTagNames(const FileURL& url, std::span<const std::string> tags) const {
-  begin("setTags " + url.path(), url);
-  existing("tag", url).tags.assign(tags.begin(), tags.end());
-}
-
-void FakeFileManager::removeItem(const FileURL& url) const {
-  begin("remove " + url.path(), url);
-  take(existing("delete", url));
-}
-
-std::optional<FileURL> FakeFileManager::trashItem(const FileURL& url) const {
-  begin("trash " + url.path(), url);
-  std::unique_ptr<Node> node = take(existing("trash", url));
-  std::string path = std::string(binPath) + "/" + node->name;
-  for (int number = 2; exists(path); ++number)
-    path = std::string(binPath) + "/" + node->name + "." + std::to_string(number);
-  place(std::move(node), path);
-  return binTellsPlace ? std::optional(FileURL(path)) : std::nullopt;
-}
-
-void FakeFileManager::moveItem(const FileURL& from, const FileURL& to) const {
-  begin("move " + from.path() + " to " + to.path(), from);
-  Node& node = existing("move", from);
-  if (exists(to.path())) throw PlatformError("move", to, EEXIST);
-  place(take(node), to.path());
+  return {std::make_unique<Folder>(*this, *node), bookmarksAreStale, false};
 }
 
 VolumeCapacity FakeFileManager::volumeCapacity(const FileURL& url) const {

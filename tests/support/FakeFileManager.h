@@ -12,8 +12,9 @@
 
 namespace tidemar::testing {
 
-/// A disk in memory that keeps the contract of `FileManager`, writes down every operation and can
-/// be told to fail. Its clock stands still: nothing that happens here gives an entry another date.
+/// A disk in memory that keeps the contract of `FileManager` and its folders, writes down every
+/// operation and can be told to fail. Its clock stands still: nothing that happens here gives an
+/// entry another date.
 class FakeFileManager final : public FileManager {
  public:
   struct Node;
@@ -59,7 +60,8 @@ class FakeFileManager final : public FileManager {
   FileURL home{"/home/ada"};
   Date boot{0};
   bool bookmarksAreStale = false;
-  bool binTellsPlace = true;  ///< False: `trashItem` succeeds without an answer.
+  bool binTellsPlace = true;     ///< False: `trashItem` succeeds without an answer.
+  bool binKnowsItsItems = true;  ///< False: no record in the Bin is that of the item asked for.
 
   /// Where trashed items go; made when needed.
   static constexpr const char* binPath = "/home/ada/Trash";
@@ -82,19 +84,9 @@ class FakeFileManager final : public FileManager {
 
   // FileManager.
 
-  std::vector<DirectoryEntry> contentsOfDirectory(const FileURL& directory) const override;
-  ResourceValues resourceValues(const FileURL& url) const override;
-  void walkTree(const FileURL& directory, TreeVisitor& visitor) const override;
-  bool fileExists(const FileURL& url) const override;
   std::string canonicalPath(const FileURL& url) const override;
-  std::string resolvingSymlinksInPath(const FileURL& url) const override;
-  std::string bookmarkData(const FileURL& directory) const override;
-  ResolvedBookmark resolveBookmark(std::string_view bookmark) const override;
-  std::vector<std::string> tagNames(const FileURL& url) const override;
-  void setTagNames(const FileURL& url, std::span<const std::string> tags) const override;
-  void removeItem(const FileURL& url) const override;
-  std::optional<FileURL> trashItem(const FileURL& url) const override;
-  void moveItem(const FileURL& from, const FileURL& to) const override;
+  std::unique_ptr<OpenFolder> openFolder(const FileURL& url) const override;
+  OpenedBookmark openBookmark(std::string_view bookmark) const override;
   VolumeCapacity volumeCapacity(const FileURL& url) const override;
   std::vector<FileURL> mountedVolumeURLs() const override;
   FileURL homeDirectoryForCurrentUser() const override;
@@ -102,6 +94,9 @@ class FakeFileManager final : public FileManager {
   Date bootTime() const override;
 
  private:
+  class Folder;
+  class Binned;
+
   void begin(const std::string& line, const FileURL& url = {}) const;
   Node* find(const std::string& path) const;
   Node& existing(const std::string& operation, const FileURL& url) const;

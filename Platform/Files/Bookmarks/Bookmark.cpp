@@ -2,13 +2,12 @@
 
 #include <cerrno>
 #include <optional>
-
-#include <fcntl.h>
+#include <utility>
 
 #include "Platform/Files/Bookmarks/BookmarkRecord.h"
 #include "Platform/Files/Bookmarks/BookmarkSearch.h"
 #include "Platform/Files/Descriptors/DescriptorPath.h"
-#include "Platform/Files/Descriptors/FileDescriptor.h"
+#include "Platform/Files/Descriptors/DirectoryOpening.h"
 #include "Platform/Files/Trash/TrashPaths.h"
 #include "Platform/PlatformError.h"
 
@@ -18,57 +17,65 @@ namespace {
 constexpr const char* makeOperation = "remember the place of";
 constexpr const char* findOperation = "find";
 
-/// Never waits: what isn't a directory isn't opened.
-constexpr int openFlags = O_RDONLY | O_DIRECTORY | O_NONBLOCK | O_CLOEXEC;
-
-BookmarkRecord recordOf(const FileDescriptor& directory, const FileURL& url,
-                        const std::string& operation) {
-  const int descriptor = directory.get();
+BookmarkRecord recordOf(int descriptor, const FileURL& url, const std::string& operation) {
   return {pathOfDescriptor(descriptor, url, operation).path(),
           fileSystemIdentity(descriptor, url, operation),
           persistentIdentity(descriptor, url, operation)};
 }
 
-/// What lies at the remembered path now; none where no directory does.
-std::optional<BookmarkRecord> recordAt(const FileURL& url) {
-  const FileDescriptor directory(open(url.path().c_str(), openFlags));
-  if (directory) return recordOf(directory, url, findOperation);
-  if (errno == ENOENT || errno == ENOTDIR || errno == ELOOP) return std::nullopt;
-  throw PlatformError(findOperation, url, errno);
+/// Opens what lies at the remembered path now; nothing where no directory does.
+FileDescriptor openIfDirectory(const FileURL& url) {
+  try {
+    return openDirectoryAt(url, findOperation);
+  } catch (const PlatformError& error) {
+    if (error.code() == ENOENT || error.code() == ENOTDIR || error.code() == ELOOP) return {};
+    throw;
+  }
 }
 
-ResolvedBookmark outsideTrash(const std::string& path, bool isStale) {
+BookmarkedDirectory outsideTrash(FileDescriptor directory, const std::string& path, bool isStale) {
   FileURL url(path);
   if (liesInTrash(url)) throw PlatformError(findOperation, url, ENOENT, "it lies in the Bin");
-  return {.url = std::move(url), .isStale = isStale};
+  return {.directory = std::move(directory), .url = std::move(url), .isStale = isStale};
+}
+
+/// The remembered directory where the search meets it. It may have moved on since then.
+std::optional<BookmarkedDirectory> search(const BookmarkRecord& remembered) {
+  const auto url = searchForDirectory(remembered);
+  if (!url) return std::nullopt;
+  FileDescriptor directory = openIfDirectory(*url);
+  if (!directory) return std::nullopt;
+  const BookmarkRecord present = recordOf(directory.get(), *url, findOperation);
+  if (present.fileSystem != remembered.fileSystem ||
+      !isSameDirectory(present.directory, remembered.directory))
+    return std::nullopt;
+  return outsideTrash(std::move(directory), present.path, true);
 }
 
 }  // namespace
 
-std::string makeBookmark(const FileURL& url) {
-  if (url.path().find('\0') != std::string::npos) throw PlatformError(makeOperation, url, EINVAL);
-  const FileDescriptor directory(open(url.path().c_str(), openFlags));
-  if (!directory) throw PlatformError(makeOperation, url, errno);
+std::string makeBookmark(int directory, const FileURL& url) {
   return encodeBookmark(recordOf(directory, url, makeOperation));
 }
 
-ResolvedBookmark resolveBookmark(std::string_view bookmark) {
+BookmarkedDirectory openBookmark(std::string_view bookmark) {
   const std::optional<BookmarkRecord> remembered = decodeBookmark(bookmark);
   if (!remembered) {
     throw PlatformError(findOperation, FileURL(), EINVAL, "what is remembered of it is damaged");
   }
   const FileURL url(remembered->path);
-  const std::optional<BookmarkRecord> present = recordAt(url);
+  FileDescriptor directory = openIfDirectory(url);
+  std::optional<BookmarkRecord> present;
+  if (directory) present = recordOf(directory.get(), url, findOperation);
   const bool isSameFileSystem = present && present->fileSystem == remembered->fileSystem;
 
   if (isSameFileSystem && isSameDirectory(present->directory, remembered->directory)) {
-    return outsideTrash(present->path, present->path != remembered->path);
+    return outsideTrash(std::move(directory), present->path, present->path != remembered->path);
   }
-  if (auto found = searchForDirectory(*remembered))
-    return {.url = *std::move(found), .isStale = true};
+  if (auto found = search(*remembered)) return *std::move(found);
   // Through a link, only the directory itself will do.
   if (isSameFileSystem && present->path == remembered->path) {
-    ResolvedBookmark replacement = outsideTrash(present->path, true);
+    BookmarkedDirectory replacement = outsideTrash(std::move(directory), present->path, true);
     replacement.isReplacement = true;
     return replacement;
   }

@@ -3,17 +3,23 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <ctime>
 
 #include <sys/sysmacros.h>
 
 namespace tidemar {
 namespace {
 
-constexpr unsigned wantedValues = STATX_TYPE | STATX_MODE | STATX_UID | STATX_INO | STATX_BLOCKS |
-                                  STATX_MTIME | STATX_CTIME | STATX_BTIME | STATX_MNT_ID;
+constexpr unsigned wantedValues = STATX_TYPE | STATX_MODE | STATX_UID | STATX_NLINK | STATX_INO |
+                                  STATX_SIZE | STATX_BLOCKS | STATX_MTIME | STATX_CTIME |
+                                  STATX_BTIME | STATX_MNT_ID;
 
 Date dateOf(const statx_timestamp& time) noexcept {
   return {static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9};
+}
+
+Timestamp timestamp(const statx_timestamp& time) noexcept {
+  return {time.tv_sec, time.tv_nsec};
 }
 
 char lowerASCII(char c) noexcept {
@@ -25,6 +31,10 @@ char lowerASCII(char c) noexcept {
 int readEntryValues(int directory, const char* name, EntryValues& values) noexcept {
   const int flags = AT_SYMLINK_NOFOLLOW | AT_NO_AUTOMOUNT | (name[0] == '\0' ? AT_EMPTY_PATH : 0);
   return statx(directory, name, flags, wantedValues, &values) == 0 ? 0 : errno;
+}
+
+int readValuesAt(const char* path, EntryValues& values) noexcept {
+  return statx(AT_FDCWD, path, AT_NO_AUTOMOUNT, wantedValues, &values) == 0 ? 0 : errno;
 }
 
 bool isDirectory(const EntryValues& values) noexcept {
@@ -41,6 +51,29 @@ bool isBoundary(const EntryValues& entry, const DirectoryIdentity& directory) no
   if (identity.mount != directory.mount) return true;
   // Only a directory can be a subvolume; on an overlay a file may show the device of its layer.
   return isDirectory(entry) && identity.device != directory.device;
+}
+
+Timestamp modificationTime(const EntryValues& values) noexcept {
+  return timestamp(values.stx_mtime);
+}
+
+Timestamp changeTime(const EntryValues& values) noexcept {
+  return timestamp(values.stx_ctime);
+}
+
+Timestamp clockOfFiles() noexcept {
+  timespec now{};
+  clock_gettime(CLOCK_REALTIME_COARSE, &now);
+  return {now.tv_sec, static_cast<std::uint32_t>(now.tv_nsec)};
+}
+
+EntryIdentity entryIdentity(const EntryValues& values) noexcept {
+  const bool hasBirth = (values.stx_mask & STATX_BTIME) != 0;
+  return {.inode = values.stx_ino,
+          .kind = values.stx_mode & static_cast<std::uint32_t>(S_IFMT),
+          .birth = hasBirth ? timestamp(values.stx_btime) : Timestamp{},
+          .modification = timestamp(values.stx_mtime),
+          .size = values.stx_size};
 }
 
 Date modificationDate(const EntryValues& values) noexcept {

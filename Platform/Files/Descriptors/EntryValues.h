@@ -8,6 +8,7 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 
+#include "Platform/Files/ItemState.h"
 #include "Platform/Files/ResourceValues.h"
 #include "TidemarCore/Date.h"
 
@@ -19,6 +20,9 @@ using EntryValues = struct statx;
 /// Reads an entry by its name in a directory, or with an empty name the open descriptor itself.
 /// Follows no link and sets off no automount. Answers 0, or an errno value.
 int readEntryValues(int directory, const char* name, EntryValues& values) noexcept;
+
+/// Reads what lies at a path, links followed. Sets off no automount. Answers as above.
+int readValuesAt(const char* path, EntryValues& values) noexcept;
 
 bool isDirectory(const EntryValues& values) noexcept;
 
@@ -35,6 +39,16 @@ DirectoryIdentity identityOf(const EntryValues& values) noexcept;
 
 /// Whether an entry is the root of another mount or subvolume than the directory it was met in.
 bool isBoundary(const EntryValues& entry, const DirectoryIdentity& directory) noexcept;
+
+Timestamp modificationTime(const EntryValues& values) noexcept;
+Timestamp changeTime(const EntryValues& values) noexcept;
+
+/// The present by the clock by which the kernel dates changes. It moves in steps of a few
+/// milliseconds.
+Timestamp clockOfFiles() noexcept;
+
+/// What tells this entry and its content from every other.
+EntryIdentity entryIdentity(const EntryValues& values) noexcept;
 
 Date modificationDate(const EntryValues& values) noexcept;
 

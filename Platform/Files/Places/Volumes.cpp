@@ -11,6 +11,8 @@
 namespace tidemar {
 namespace {
 
+constexpr const char* operation = "read the free space of";
+
 std::int64_t bytes(std::uint64_t blocks, std::uint64_t blockSize) {
   std::int64_t result = 0;
   return __builtin_mul_overflow(blocks, blockSize, &result)
@@ -18,15 +20,24 @@ std::int64_t bytes(std::uint64_t blocks, std::uint64_t blockSize) {
              : result;
 }
 
+VolumeCapacity capacityOf(const struct statvfs& volume) {
+  if (volume.f_blocks == 0) return {};
+  return {.available = bytes(volume.f_bavail, volume.f_frsize),
+          .total = bytes(volume.f_blocks, volume.f_frsize)};
+}
+
 }  // namespace
 
 VolumeCapacity readVolumeCapacity(const FileURL& url) {
   struct statvfs volume {};
-  if (statvfs(url.path().c_str(), &volume) != 0)
-    throw PlatformError("read the free space of", url, errno);
-  if (volume.f_blocks == 0) return {};
-  return {.available = bytes(volume.f_bavail, volume.f_frsize),
-          .total = bytes(volume.f_blocks, volume.f_frsize)};
+  if (statvfs(url.path().c_str(), &volume) != 0) throw PlatformError(operation, url, errno);
+  return capacityOf(volume);
+}
+
+VolumeCapacity readVolumeCapacity(int directory, const FileURL& url) {
+  struct statvfs volume {};
+  if (fstatvfs(directory, &volume) != 0) throw PlatformError(operation, url, errno);
+  return capacityOf(volume);
 }
 
 std::vector<FileURL> readMountedVolumeURLs() {

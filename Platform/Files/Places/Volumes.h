@@ -10,6 +10,9 @@ namespace tidemar {
 /// its own) reports no capacity.
 VolumeCapacity readVolumeCapacity(const FileURL& url);
 
+/// The same of the volume of an open directory; `url` is for the message.
+VolumeCapacity readVolumeCapacity(int directory, const FileURL& url);
+
 /// See FileManager::mountedVolumeURLs.
 std::vector<FileURL> readMountedVolumeURLs();
 

@@ -11,6 +11,7 @@
 #include <sys/sysmacros.h>
 #include <unistd.h>
 
+#include "Platform/Files/Descriptors/DescriptorPath.h"
 #include "Platform/Files/Descriptors/EntryValues.h"
 #include "Platform/Files/Places/StandardDirectories.h"
 #include "Platform/Files/Trash/TrashRecord.h"
@@ -55,9 +56,11 @@ FileDescriptor openOwnDirectory(int parent, const std::string& name, const FileU
 
 TrashDirectory openParts(const FileDescriptor& trash, const FileURL& url) {
   TrashDirectory result;
-  result.filesURL = url.appendingPathComponent("files");
+  const FileURL place = pathOfDescriptor(trash.get(), url, useOperation);
+  result.filesURL = place.appendingPathComponent("files");
+  result.infoURL = place.appendingPathComponent("info");
   result.files = openOwnDirectory(trash.get(), "files", result.filesURL);
-  result.info = openOwnDirectory(trash.get(), "info", url.appendingPathComponent("info"));
+  result.info = openOwnDirectory(trash.get(), "info", result.infoURL);
 
   const DirectoryIdentity files = identityOf(readOpened(result.files, result.filesURL));
   result.device = files.device;

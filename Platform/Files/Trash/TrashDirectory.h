@@ -11,9 +11,10 @@ namespace tidemar {
 /// One Trash of this user by the freedesktop Trash specification, open to put items into. Its
 /// directories are real ones that belong to this user.
 struct TrashDirectory {
-  FileURL filesURL;          ///< Where the items lie.
-  FileDescriptor files;      ///< The same, opened as a place to work from.
-  FileDescriptor info;       ///< Where their records lie.
+  FileURL filesURL;      ///< Where the items lie: absolute and without links.
+  FileURL infoURL;       ///< Where their records lie, the same way.
+  FileDescriptor files;  ///< Both opened as places to work from.
+  FileDescriptor info;
   std::uint64_t device = 0;  ///< The device of `files`, and the id of its mount.
   std::uint64_t mount = 0;
   std::size_t longestName = 0;  ///< In bytes, of an item whose record's name must fit too.

@@ -40,7 +40,10 @@ std::string numberFor(unsigned attempt) {
 }  // namespace
 
 std::string trashName(std::string_view name, unsigned attempt, std::size_t limit) {
-  const std::string number = numberFor(attempt);
+  return numberedName(name, numberFor(attempt), limit);
+}
+
+std::string numberedName(std::string_view name, std::string_view number, std::size_t limit) {
   const std::size_t dot = endingPosition(name);
   const std::string_view ending = name.substr(dot);
   const std::size_t added = number.size() + ending.size();

@@ -15,4 +15,7 @@ inline constexpr unsigned trashNameAttempts = 32;
 /// front of the ending, at the boundary of a UTF-8 character.
 std::string trashName(std::string_view name, unsigned attempt, std::size_t limit);
 
+/// The name with a number of this form in front of its ending, cut as above.
+std::string numberedName(std::string_view name, std::string_view number, std::size_t limit);
+
 }  // namespace tidemar

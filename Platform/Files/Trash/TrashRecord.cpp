@@ -17,7 +17,13 @@ namespace tidemar {
 namespace {
 
 constexpr const char* sizesName = "directorysizes";
+constexpr std::size_t longestSizes = 16 * 1024 * 1024;
+constexpr std::size_t longestRecord = 64 * 1024;
 constexpr const char* newSizesName = ".directorysizes.tidemar";
+
+std::string recordName(const std::string& name) {
+  return name + std::string(trashRecordEnding);
+}
 
 int writeAll(int file, std::string_view text) noexcept {
   while (!text.empty()) {
@@ -29,24 +35,30 @@ int writeAll(int file, std::string_view text) noexcept {
   return 0;
 }
 
-std::optional<std::string> readAll(int file) {
+/// None for a file that can't be read or is longer than this.
+std::optional<std::string> readAll(int file, std::size_t longest) {
   std::string text;
   std::array<char, 4096> buffer{};
-  while (true) {
+  while (text.size() <= longest) {
     const ssize_t size = read(file, buffer.data(), buffer.size());
     if (size < 0 && errno == EINTR) continue;
     if (size < 0) return std::nullopt;
     if (size == 0) return text;
     text.append(buffer.data(), static_cast<std::size_t>(size));
   }
+  return std::nullopt;
 }
 
+enum class Durability { flushed, unflushed };
+
 /// Creates a file that didn't exist and writes it whole, or leaves none.
-int makeFile(int directory, const char* name, std::string_view text) noexcept {
+int makeFile(int directory, const char* name, std::string_view text,
+             Durability durability) noexcept {
   constexpr int flags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
   const FileDescriptor file(openat(directory, name, flags, 0600));
   if (!file) return errno;
-  const int code = writeAll(file.get(), text);
+  int code = writeAll(file.get(), text);
+  if (code == 0 && durability == Durability::flushed && fdatasync(file.get()) != 0) code = errno;
   if (code != 0) unlinkat(directory, name, 0);
   return code;
 }
@@ -85,13 +97,13 @@ void forgetSize(int trash, const std::string& name) {
   const FileDescriptor file(
       openat(trash, sizesName, O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
   if (!file) return;
-  const std::optional<std::string> sizes = readAll(file.get());
+  const std::optional<std::string> sizes = readAll(file.get(), longestSizes);
   if (!sizes) return;
   const std::string kept = directorySizesWithout(name, *sizes);
   if (kept.size() == sizes->size()) return;
   // A file of this name is what a crash left.
   unlinkat(trash, newSizesName, 0);
-  if (makeFile(trash, newSizesName, kept) != 0) return;
+  if (makeFile(trash, newSizesName, kept, Durability::unflushed) != 0) return;
   if (renameat(trash, newSizesName, trash, sizesName) != 0) unlinkat(trash, newSizesName, 0);
 }
 
@@ -134,12 +146,18 @@ std::string directorySizesWithout(std::string_view name, std::string_view sizes)
   return kept;
 }
 
+std::string readTrashRecord(int infoDirectory, const std::string& name) {
+  const FileDescriptor file(openat(infoDirectory, recordName(name).c_str(),
+                                   O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+  return file ? readAll(file.get(), longestRecord).value_or("") : "";
+}
+
 int makeTrashRecord(int infoDirectory, const std::string& name, std::string_view text) noexcept {
-  return makeFile(infoDirectory, (name + std::string(trashRecordEnding)).c_str(), text);
+  return makeFile(infoDirectory, recordName(name).c_str(), text, Durability::flushed);
 }
 
 void removeTrashRecord(int infoDirectory, const std::string& name) noexcept {
-  unlinkat(infoDirectory, (name + std::string(trashRecordEnding)).c_str(), 0);
+  unlinkat(infoDirectory, recordName(name).c_str(), 0);
 }
 
 void forgetTrashedItem(int filesDirectory, const std::string& name) {

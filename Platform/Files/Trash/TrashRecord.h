@@ -25,9 +25,14 @@ std::optional<std::string> pathInTrashRecord(std::string_view text);
 /// one item. All other lines, of whatever form, stay byte for byte.
 std::string directorySizesWithout(std::string_view name, std::string_view sizes);
 
-/// Makes the record of an item in the open `info` directory of a Trash, for its user alone. Answers
-/// 0 or an errno value, EEXIST where there is a record of this name. On failure nothing is left.
+/// Makes the record of an item in the open `info` directory of a Trash, for its user alone, and has
+/// it written to the disk: after a loss of power the item without it would be a file of unknown
+/// origin. Answers 0 or an errno value, EEXIST where there is a record of this name. On failure
+/// nothing is left.
 int makeTrashRecord(int infoDirectory, const std::string& name, std::string_view text) noexcept;
+
+/// The text of the record of an item; empty where it can't be read or is far too long for one.
+std::string readTrashRecord(int infoDirectory, const std::string& name);
 
 /// Deletes the record of an item; none is no failure.
 void removeTrashRecord(int infoDirectory, const std::string& name) noexcept;

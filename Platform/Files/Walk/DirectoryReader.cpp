@@ -16,8 +16,8 @@ constexpr std::size_t bufferSize = 32 * 1024;
 }  // namespace
 
 DirectoryReader::DirectoryReader() {
-  _current.bytes = std::make_unique<std::byte[]>(bufferSize);
-  _ahead.bytes = std::make_unique<std::byte[]>(bufferSize);
+  _current.bytes = std::make_unique_for_overwrite<std::byte[]>(bufferSize);
+  _ahead.bytes = std::make_unique_for_overwrite<std::byte[]>(bufferSize);
 }
 
 void DirectoryReader::Buffer::fill(int directory) {

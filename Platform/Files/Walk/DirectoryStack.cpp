@@ -5,8 +5,6 @@
 
 #include <fcntl.h>
 
-#include "Platform/PlatformError.h"
-
 namespace tidemar {
 namespace {
 
@@ -15,22 +13,6 @@ namespace {
 constexpr std::size_t openDirectories = 16;
 
 }  // namespace
-
-int openDirectory(int parent, const char* name, FileDescriptor& result) noexcept {
-  result = FileDescriptor(openat(parent, name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
-  return result ? 0 : errno;
-}
-
-FileDescriptor openParent(const FileURL& url, const std::string& operation) {
-  const std::string_view name = url.lastPathComponent();
-  const bool namesAnEntry = !name.empty() && name != "/" && name != "." && name != "..";
-  if (!namesAnEntry || url.path().find('\0') != std::string::npos)
-    throw PlatformError(operation, url, EINVAL);
-  const FileURL parent = url.deletingLastPathComponent();
-  FileDescriptor descriptor(open(parent.path().c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
-  if (!descriptor) throw PlatformError(operation, url, errno);
-  return descriptor;
-}
 
 void DirectoryStack::push(OpenDirectory directory) {
   _directories.push_back(std::move(directory));
@@ -61,15 +43,6 @@ int DirectoryStack::reopenTop(const FileDescriptor& child) {
   if (identityOf(values) != top().identity) return ESTALE;
   top().descriptor = std::move(parent);
   return 0;
-}
-
-FileURL DirectoryStack::url() const {
-  std::string path = _root.path();
-  for (std::size_t i = 1; i < _directories.size(); ++i) {
-    if (path.back() != '/') path += '/';
-    path += _directories[i].name;
-  }
-  return FileURL(std::move(path));
 }
 
 }  // namespace tidemar

@@ -6,7 +6,6 @@
 
 #include "Platform/Files/Descriptors/EntryValues.h"
 #include "Platform/Files/Descriptors/FileDescriptor.h"
-#include "TidemarCore/FileURL.h"
 
 namespace tidemar {
 
@@ -20,8 +19,7 @@ struct PendingDirectory {
 struct OpenDirectory {
   FileDescriptor descriptor;
   DirectoryIdentity identity;
-  std::string name;                       ///< Its last path component; of the root not used.
-  std::vector<PendingDirectory> pending;  ///< What lies in it and is still to be entered.
+  std::vector<PendingDirectory> pending{};  ///< What lies in it and is still to be entered.
 };
 
 /// The way down into a tree of any depth with a bounded number of descriptors: the root and the
@@ -29,9 +27,6 @@ struct OpenDirectory {
 /// each checked to be the directory it was.
 class DirectoryStack {
  public:
-  /// `root` is for messages alone.
-  explicit DirectoryStack(FileURL root) : _root(std::move(root)) {}
-
   bool isEmpty() const noexcept { return _directories.empty(); }
   OpenDirectory& top() noexcept { return _directories.back(); }
 
@@ -44,26 +39,10 @@ class DirectoryStack {
   /// the nearest one that can, and an errno value says why; 0 otherwise.
   int pop();
 
-  const FileURL& rootURL() const noexcept { return _root; }
-
-  /// The place of the innermost directory, or of an entry in it.
-  FileURL url() const;
-  FileURL url(std::string_view entry) const { return url().appendingPathComponent(entry); }
-
  private:
   int reopenTop(const FileDescriptor& child);
 
-  FileURL _root;
   std::vector<OpenDirectory> _directories;
 };
-
-/// Opens a directory by its name in another one without following a link. Answers an errno value, 0
-/// for success.
-int openDirectory(int parent, const char* name, FileDescriptor& result) noexcept;
-
-/// Opens the directory that a URL lies in, only as a place to work from: no entry of it can be
-/// listed. Links above it are followed. Throws PlatformError, also for a URL whose last component
-/// is no name of an entry ("..", the root) and for one with a NUL in it.
-FileDescriptor openParent(const FileURL& url, const std::string& operation);
 
 }  // namespace tidemar

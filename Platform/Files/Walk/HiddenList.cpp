@@ -9,6 +9,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "Platform/Files/Descriptors/EntryValues.h"
 #include "Platform/Files/Descriptors/FileDescriptor.h"
 
 namespace tidemar {
@@ -61,6 +62,21 @@ HiddenList HiddenList::parse(std::string_view content) {
   }
   std::ranges::sort(list._names);
   return list;
+}
+
+const HiddenList& HiddenListReader::list(int directory) {
+  EntryValues values{};
+  const int code = readEntryValues(directory, ".hidden", values);
+  if (code != 0 && code != ENOENT) fail(code);
+  const State present = code == 0 ? State{entryIdentity(values), changeTime(values)} : State{};
+  if (_state == present) return _list;
+
+  const Timestamp now = clockOfFiles();
+  _state.reset();
+  _list = HiddenList::ofDirectory(directory);
+  // Another change within the same step of the clock would leave no trace.
+  if (present.change < now) _state = present;
+  return _list;
 }
 
 bool HiddenList::hides(std::string_view name) const {

@@ -5,6 +5,8 @@
 #include <string_view>
 #include <vector>
 
+#include "Platform/Files/ItemState.h"
+
 namespace tidemar {
 
 /// Which names of one directory are hidden: those that begin with "." and those that stand in its
@@ -26,6 +28,24 @@ class HiddenList {
 
  private:
   std::vector<std::string> _names;
+};
+
+/// The list of one directory, read again only when its file has changed.
+class HiddenListReader {
+ public:
+  /// Throws as `HiddenList::ofDirectory` does. Valid until the next call.
+  const HiddenList& list(int directory);
+
+ private:
+  struct State {
+    EntryIdentity file;
+    Timestamp change;
+
+    friend bool operator==(const State&, const State&) = default;
+  };
+
+  std::optional<State> _state;  ///< Of the file that was read; none where it must be read.
+  HiddenList _list;
 };
 
 }  // namespace tidemar

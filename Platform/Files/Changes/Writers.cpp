@@ -1,0 +1,37 @@
+#include "Platform/Files/Changes/Writers.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <csignal>
+
+#include <fcntl.h>
+#include <linux/magic.h>
+#include <sys/vfs.h>
+
+namespace tidemar {
+namespace {
+
+/// Servers give leases out as they like, and refuse them without any writer.
+bool answersForServer(int file) noexcept {
+  constexpr std::array<long, 6> types = {NFS_SUPER_MAGIC,  SMB_SUPER_MAGIC, CIFS_SUPER_MAGIC,
+                                         SMB2_SUPER_MAGIC, AFS_FS_MAGIC,    CEPH_SUPER_MAGIC};
+  struct statfs fileSystem {};
+  return fstatfs(file, &fileSystem) != 0 ||
+         std::ranges::find(types, fileSystem.f_type) != types.end();
+}
+
+}  // namespace
+
+int openUnlessWritten(int directory, const char* name, FileDescriptor& file) noexcept {
+  constexpr int flags = O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
+  file = FileDescriptor(openat(directory, name, flags));
+  if (!file) return 0;
+  // Who wants to write while the lease is held has the kernel send a signal, by default one that
+  // ends the process; this one is ignored by default.
+  fcntl(file.get(), F_SETSIG, SIGURG);
+  if (fcntl(file.get(), F_SETLEASE, F_RDLCK) == 0) return 0;
+  return errno == EAGAIN && !answersForServer(file.get()) ? ETXTBSY : 0;
+}
+
+}  // namespace tidemar
