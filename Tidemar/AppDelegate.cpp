@@ -16,6 +16,7 @@
 #include "Platform/Desktop/ModalAlerts.h"
 #include "Platform/Desktop/PackageOwnership.h"
 #include "Platform/Desktop/PackageUpdates.h"
+#include "Platform/Desktop/SleepClocks.h"
 #include "Platform/Desktop/WakeNotifier.h"
 #include "Platform/Files/DiskFileManager.h"
 #include "Platform/UserDefaults.h"
@@ -33,6 +34,10 @@ Date currentDate() {
   const std::chrono::duration<double> sinceEpoch =
       std::chrono::system_clock::now().time_since_epoch();
   return {sinceEpoch.count()};
+}
+
+double secondsSinceBoot() {
+  return std::chrono::duration<double>(SleepClocks::sinceBoot()).count();
 }
 
 std::vector<std::int64_t> integers(const QVariantList& values) {
@@ -108,6 +113,7 @@ void AppDelegate::finishLaunching() {
                .standardDefaults = _platform->standardDefaults,
                .sharedDefaults = _platform->sharedDefaults,
                .currentDate = currentDate,
+               .secondsSinceBoot = secondsSinceBoot,
                .currentCalendar = [] { return Calendar(currentTimeZoneIdentifier()); }});
   AppModel* model = _appModel.get();
   modelAtExit = model;

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "Tidemar/Model/Services.h"
+#include "TidemarKit/ClockCheck.h"
 #include "TidemarKit/Engine/Engine.h"
 #include "TidemarKit/Engine/RunGate.h"
 #include "TidemarKit/FolderReport.h"
@@ -61,7 +62,7 @@ class AppModel : public QObject {
   void refreshSystemState();
 
   /// Reads, clears and reads again every folder. A call during a cycle returns at once and is
-  /// dropped.
+  /// dropped. By a clock that is plainly wrong nothing is cleared.
   QCoro::Task<void> runBackgroundCycle();
 
   /// Makes a folder known. None after a failure, which was shown.
@@ -97,6 +98,7 @@ class AppModel : public QObject {
   std::shared_ptr<Engine> makeEngine();
   [[noreturn]] void showFatalFailure(const std::exception& error);
   void showFailure(const std::string& action, const std::exception& error);
+  bool isClockTrusted(Date now);
   QCoro::Task<void> refreshNotificationAuthorization();
   void publishTemporaryPaths();
   QCoro::Task<void> notifyTomorrow(Date now);
@@ -123,6 +125,7 @@ class AppModel : public QObject {
   bool _isRunning = false;
   std::shared_ptr<RunGate> _runGate;
   std::shared_ptr<Engine> _engine;  ///< Shared with the tasks under way.
+  ClockCheck _clockCheck;
   QTimer _hourlyTimer;
 };
 

@@ -1,8 +1,10 @@
+#include <algorithm>
 #include <chrono>
 
 #include "Tidemar/Model/AppModel.h"
 #include "Tidemar/Model/ApplicationLog.h"
 #include "Tidemar/Model/Detached.h"
+#include "TidemarCore/Item.h"
 
 namespace tidemar {
 
@@ -25,8 +27,10 @@ QCoro::Task<void> AppModel::runBackgroundCycle() {
 
   // A folder that is added meanwhile waits for the next cycle.
   std::vector<std::int64_t> folderIDs;
-  for (const FolderReport& report : _reports) {
-    if (report.folder.id) folderIDs.push_back(*report.folder.id);
+  if (isClockTrusted(now)) {
+    for (const FolderReport& report : _reports) {
+      if (report.folder.id) folderIDs.push_back(*report.folder.id);
+    }
   }
   for (const std::int64_t folderID : folderIDs) {
     const auto run = [engine = _engine, gate = _runGate, folderID, now] {
@@ -42,6 +46,16 @@ QCoro::Task<void> AppModel::runBackgroundCycle() {
   co_await refreshReports();
   co_await notifyTomorrow(now);
   publish(_isRunning, false, &AppModel::isRunningChanged);
+}
+
+bool AppModel::isClockTrusted(Date now) {
+  std::optional<Date> latestKnown;
+  for (const FolderReport& report : _reports)
+    latestKnown =
+        laterDate(latestKnown, std::max(report.folder.createdAt, report.folder.lastRunAt));
+  if (_clockCheck.isTrusted({now, _services.secondsSinceBoot()}, latestKnown)) return true;
+  applicationLog().log(LogLevel::error, "Nothing is cleared yet: the clock was set far off");
+  return false;
 }
 
 }  // namespace tidemar

@@ -24,6 +24,7 @@ struct Services {
   UserDefaults& standardDefaults;
   UserDefaults& sharedDefaults;
   std::function<Date()> currentDate;
+  std::function<double()> secondsSinceBoot;  ///< By a clock that nobody sets; counts sleep.
   std::function<Calendar()> currentCalendar;
 };
 

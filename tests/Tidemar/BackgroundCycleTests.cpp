@@ -79,6 +79,44 @@ TEST(BackgroundCycle, OneDateServesTheWholeCycle) {
   }
 }
 
+TEST(BackgroundCycle, AClockThatWasSetFarOffClearsNothingForAnHour) {
+  ModelWorld world;
+  world.disk.draw("/f/\n  item 10 " + age(1));
+  world.makeTemporary("/f");
+  world.runCycle();
+
+  constexpr double step = 100 * secondsPerDay;
+  world.clockStep = step;
+  for (const double minutes : {0, 30, 58}) {
+    world.now = ModelWorld::start + step + minutes * 60;
+    world.runCycle();
+    EXPECT_EQ(world.disk.names("/f"), "item") << minutes;
+  }
+  world.now = ModelWorld::start + step + 3600;
+  world.runCycle();
+  EXPECT_EQ(world.disk.names("/f"), "") << "whether it was right can't be told for ever";
+
+  // A computer that slept for as long moves both clocks.
+  ModelWorld sleeper;
+  sleeper.disk.draw("/f/\n  item 10 " + age(1));
+  sleeper.makeTemporary("/f");
+  sleeper.runCycle();
+  sleeper.now = ModelWorld::start + step;
+  sleeper.runCycle();
+  EXPECT_EQ(sleeper.disk.names("/f"), "");
+}
+
+TEST(BackgroundCycle, AStartByAClockFarAheadOfAllThatIsKnownClearsNothingAtOnce) {
+  for (const bool isFar : {false, true}) {
+    ModelWorld world;
+    world.disk.draw("/f/\n  item 10 " + age(1));
+    world.makeTemporary("/f");
+    world.now = ModelWorld::start + (isFar ? 367 : 365) * secondsPerDay;
+    world.runCycle();
+    EXPECT_EQ(world.disk.names("/f"), isFar ? "item" : "");
+  }
+}
+
 TEST(BackgroundCycle, SlowFilesLeaveTheMainThreadFree) {
   ModelWorld world;
   world.disk.draw("/f/\n  old " + age(91));

@@ -6,15 +6,17 @@
 namespace tidemar::testing {
 
 ModelWorld::ModelWorld() {
-  model = std::make_unique<AppModel>(Services{.fileManager = disk,
-                                              .notifications = notifications,
-                                              .loginItem = loginItem,
-                                              .finderExtension = finderExtension,
-                                              .alerts = alerts,
-                                              .standardDefaults = standardDefaults,
-                                              .sharedDefaults = sharedDefaults,
-                                              .currentDate = [this] { return Date{now}; },
-                                              .currentCalendar = [this] { return calendar; }});
+  model =
+      std::make_unique<AppModel>(Services{.fileManager = disk,
+                                          .notifications = notifications,
+                                          .loginItem = loginItem,
+                                          .finderExtension = finderExtension,
+                                          .alerts = alerts,
+                                          .standardDefaults = standardDefaults,
+                                          .sharedDefaults = sharedDefaults,
+                                          .currentDate = [this] { return Date{now}; },
+                                          .secondsSinceBoot = [this] { return now - clockStep; },
+                                          .currentCalendar = [this] { return calendar; }});
 }
 
 std::int64_t ModelWorld::makeTemporary(const std::string& path, TemporarySettings settings) {

@@ -86,6 +86,7 @@ class ModelWorld {
   UserDefaults sharedDefaults{directory.url("shared.json")};
   Calendar calendar{"UTC"};
   std::atomic<double> now = start;
+  double clockStep = 0;  ///< By how many seconds the clock was set forward so far.
   std::unique_ptr<AppModel> model;
 };
 

@@ -1,0 +1,315 @@
+#include <cerrno>
+#include <cstdio>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/file.h>
+#include <sys/mman.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <sys/xattr.h>
+#include <unistd.h>
+
+#include "Platform/Files/Changes/GiveBack.h"
+#include "Platform/Files/Descriptors/FileDescriptor.h"
+#include "Platform/Files/DiskFileManager.h"
+#include "support/FailingSystemCall.h"
+#include "support/FileExpectations.h"
+#include "support/FolderActions.h"
+#include "support/ScopedEnvironment.h"
+#include "support/TemporaryTree.h"
+#include "support/TestFileSystems.h"
+
+namespace tidemar {
+namespace {
+
+using namespace testing;
+
+constexpr const char* drawing = R"(
+  folder/
+    item/
+      file 3
+      .hidden 3
+      Tool.AppDir/
+        part 3
+      sub/
+        deep/
+          leaf 3
+    single 3
+    .hidden)";
+
+struct NoVisitor : TreeVisitor {
+  void visit(const TreeElement&) override {}
+  void failed(int) override {}
+  void restart() override {}
+  void knownFolder(std::span<const std::string>) override {}
+};
+
+/// A folder in a home of its own, looked at and then let go of, with something in between.
+class Taking : public ::testing::TestWithParam<Disposal> {
+ protected:
+  Taking() {
+    makeTree(_home.url(), drawing);
+    _folder = DiskFileManager().openFolder(_home.url("folder"));
+  }
+
+  ItemState look(const char* name) {
+    NoVisitor visitor;
+    return _folder->look(name, GetParam(), visitor);
+  }
+
+  void take(const ItemState& item) {
+    if (GetParam() == Disposal::bin) {
+      _folder->trashItem(item);
+    } else {
+      _folder->removeItem(item);
+    }
+  }
+
+  std::string path(const std::string& inFolder) const { return _home.path("folder/" + inFolder); }
+
+  /// Whether nothing of the program's own is left in the folder, and nothing in the Bin.
+  void expectNoTrace() {
+    _folder.reset();
+    for (const std::string& name : namesIn(_home.url("folder")))
+      EXPECT_FALSE(name.starts_with(".tidemar")) << name;
+    EXPECT_TRUE(namesIn(_home.url(".local/share/Trash/files")).empty());
+    EXPECT_TRUE(namesIn(_home.url(".local/share/Trash/info")).empty());
+  }
+
+  TemporaryDirectory _home;
+  ScopedHome _environment{_home.url()};
+  std::unique_ptr<OpenFolder> _folder;
+};
+
+INSTANTIATE_TEST_SUITE_P(Platform, Taking, ::testing::Values(Disposal::bin, Disposal::delete_),
+                         [](const auto& disposal) {
+                           return disposal.param == Disposal::bin ? "toTheBin" : "deleting";
+                         });
+
+TEST_P(Taking, whatChangedAfterTheLookComesBack) {
+  struct Row {
+    const char* name;
+    const char* item;
+    std::function<void(const std::string& folder)> disturb;
+  };
+  const auto run = [](const std::string& command) {
+    return [=](const std::string& folder) { runCommand("cd '" + folder + "' && " + command); };
+  };
+  for (const Row& row : std::vector<Row>{
+           {"a file was written to", "item", run("echo x >> item/sub/deep/leaf")},
+           {"a file was given back its old date", "item",
+            run("touch -r item/file t && echo y > item/file && touch -r t item/file")},
+           {"a hidden file was written to", "item", run("echo x > item/.hidden")},
+           {"the contents of a package were", "item", run("echo x > item/Tool.AppDir/part")},
+           {"a file came", "item", run("touch item/sub/new")},
+           {"a file went", "item", run("rm item/sub/deep/leaf")},
+           {"a file was saved by a rename", "item", run("echo x > n && mv n item/file")},
+           {"a directory was put in its place", "item", run("mv item i && mkdir item")},
+           {"a link was put in its place", "item", run("mv item i && ln -s i item")},
+           {"a directory in it was exchanged", "item", run("mv item/sub s && cp -a s item/sub")},
+           {"a file in it was tagged", "item",
+            run("setfattr -n user.xdg.tags -v Tag item/sub || chmod 0711 item/sub")},
+           {"the file itself was written to", "single", run("echo x > single")},
+           {"the file itself was saved by a rename", "single", run("echo x > n && mv n single")},
+           {"a copy of the file was put in its place", "single",
+            run("cp -a single n && mv n single")},
+       }) {
+    SCOPED_TRACE(row.name);
+    TemporaryDirectory place;
+    makeTree(place.url(), drawing);
+    _folder = DiskFileManager().openFolder(place.url("folder"));
+    const ItemState item = look(row.item);
+    ASSERT_FALSE(item.obstacle) << item.obstacle->what();
+    row.disturb(place.path("folder"));
+    const std::string before = runCommand("cd '" + place.path("folder") + "' && find . | sort");
+    EXPECT_THROW(take(item), ItemChanged);
+    _folder.reset();
+    EXPECT_EQ(runCommand("cd '" + place.path("folder") + "' && find . | sort"), before);
+  }
+  expectNoTrace();
+}
+
+TEST_P(Taking, whatStandsInTheWayIsSeenBeforeAnythingIsTouched) {
+  struct Row {
+    const char* name;
+    std::function<FileDescriptor(const std::string& folder)> obstruct;
+  };
+  const auto opened = [](const char* path, int flags) {
+    return [=](const std::string& folder) {
+      return FileDescriptor(open((folder + path).c_str(), flags));
+    };
+  };
+  for (const Row& row : {Row{"a writer", opened("/item/sub/deep/leaf", O_WRONLY)},
+                         Row{"an appender", opened("/item/.hidden", O_RDWR | O_APPEND)}}) {
+    const FileDescriptor writer = row.obstruct(_home.path("folder"));
+    const ItemState item = look("item");
+    EXPECT_EQ(item.obstacle.has_value(), GetParam() == Disposal::delete_) << row.name;
+    if (item.obstacle) {
+      EXPECT_EQ(item.obstacle->code(), ETXTBSY);
+    }
+  }
+  FileDescriptor file(open(path("item/file").c_str(), O_RDWR));
+  void* mapping = mmap(nullptr, 3, PROT_READ | PROT_WRITE, MAP_SHARED, file.get(), 0);
+  ASSERT_NE(mapping, MAP_FAILED);
+  file.close();
+  EXPECT_EQ(look("item").obstacle.has_value(), GetParam() == Disposal::delete_) << "a mapping";
+  munmap(mapping, 3);
+
+  const FileDescriptor reader(open(path("item/file").c_str(), O_RDONLY));
+  EXPECT_FALSE(look("item").obstacle) << "who only reads is in nobody's way";
+}
+
+TEST_P(Taking, aNameThatWasTakenMeanwhileIsNotReplaced) {
+  EXPECT_EQ(nameBeside("name", 1), "name (2)");
+  EXPECT_EQ(nameBeside("report.pdf", 2), "report (3).pdf");
+  EXPECT_EQ(nameBeside(std::string(255, 'n'), 1).size(), 255U);
+
+  makeTree(_home.url("folder"), "\"single (2)\" 1\nfrom/\n  single 2");
+  const FileDescriptor from(open(path("from").c_str(), O_RDONLY));
+  const FileDescriptor folder(open(path("").c_str(), O_RDONLY));
+  EXPECT_EQ(giveBack(from.get(), "single", folder.get(), "single"), 0);
+  EXPECT_EQ(readFile(FileURL(path("single"))), "xxx");
+  EXPECT_EQ(readFile(FileURL(path("single (2)"))), "x");
+  EXPECT_EQ(readFile(FileURL(path("single (3)"))), "xx");
+}
+
+TEST_P(Taking, goesWhereverTheFolderIsByThen) {
+  const ItemState item = look("item");
+  ASSERT_EQ(rename(path("").c_str(), _home.path("moved").c_str()), 0);
+  makeTree(_home.url(), "folder/\n  item/\n    precious");
+  take(item);
+  EXPECT_FALSE(exists(_home.url("moved/item")));
+  EXPECT_TRUE(exists(_home.url("folder/item/precious")));
+  EXPECT_TRUE(namesIn(_home.url("moved")).contains("single"));
+  if (GetParam() == Disposal::bin) {
+    EXPECT_EQ(pathIn(_home.url(".local/share/Trash/info/item.trashinfo")),
+              _home.path("moved/item"));
+  }
+}
+
+TEST_P(Taking, nothingGoesFromAFolderThatLiesInTheBin) {
+  makeTree(_home.url(), ".local/\n  share/\n    Trash/\n      files/\n      info/");
+  const ItemState item = look("item");
+  ASSERT_EQ(rename(path("").c_str(), _home.path(".local/share/Trash/files/folder").c_str()), 0);
+  EXPECT_THROW(take(item), PlatformError);
+  EXPECT_TRUE(exists(_home.url(".local/share/Trash/files/folder/item/sub/deep/leaf")));
+}
+
+class Deleting : public Taking {};
+INSTANTIATE_TEST_SUITE_P(Platform, Deleting, ::testing::Values(Disposal::delete_),
+                         [](const auto&) { return "deleting"; });
+
+TEST_P(Deleting, takesHardLinksOfOneFile) {
+  for (const char* name : {"a", "sub/b", "sub/deep/c"})
+    ASSERT_EQ(link(path("item/file").c_str(), path(std::string("item/") + name).c_str()), 0);
+  ASSERT_EQ(link(path("item/file").c_str(), path("kept").c_str()), 0);
+  take(look("item"));
+  EXPECT_FALSE(exists(_home.url("folder/item")));
+  EXPECT_EQ(readFile(_home.url("folder/kept")), "xxx");
+  expectNoTrace();
+}
+
+TEST_P(Deleting, worksWithoutRoomForADirectoryOfItsOwn) {
+  const ItemState single = look("single");
+  const ItemState item = look("item");
+  withFailingSystemCall(SYS_mkdirat, ENOSPC, [&] {
+    take(single);
+    take(item);
+  });
+  EXPECT_FALSE(exists(_home.url("folder/single")));
+  EXPECT_FALSE(exists(_home.url("folder/item")));
+  makeTree(_home.url("folder"), "item/\n  old");
+  const ItemState changing = look("item");
+  runCommand("sleep 0.01; echo x > '" + path("item/old") + "'");
+  withFailingSystemCall(SYS_mkdirat, ENOSPC, [&] { EXPECT_THROW(take(changing), ItemChanged); });
+  EXPECT_TRUE(exists(_home.url("folder/item/old")));
+  expectNoTrace();
+}
+
+TEST_P(Deleting, givesBackWhatAKilledRunHadTaken) {
+  const std::string left = path(".tidemar-taken-0123456789abcdef");
+  const auto arrange = [&](const char* tree) {
+    makeTree(_home.url("folder"), tree);
+    ASSERT_EQ(rename(path("left").c_str(), left.c_str()), 0);
+    ASSERT_EQ(chmod(left.c_str(), 0700), 0);
+  };
+  NoVisitor visitor;
+  arrange(R"(
+    left/
+      tidemar
+      0/
+        single 5
+      1/
+      2/)");
+  {
+    const FileDescriptor running(open(left.c_str(), O_RDONLY));
+    ASSERT_EQ(flock(running.get(), LOCK_EX), 0);
+    _folder->read(visitor);
+    EXPECT_TRUE(exists(FileURL(left))) << "a run is using it";
+  }
+  _folder->read(visitor);
+  EXPECT_EQ(readFile(_home.url("folder/single (2)")), "xxxxx");
+  EXPECT_FALSE(exists(FileURL(left)));
+
+  arrange(R"(
+    left/
+      tidemar
+      0/
+        tree/
+          kept
+      1/
+        inner/
+      2/
+        leaf 4)");
+  _folder->giveBackTaken();
+  EXPECT_TRUE(exists(_home.url("folder/tree/kept")));
+  EXPECT_EQ(readFile(_home.url("folder/tree/inner/leaf")), "xxxx") << "entry by entry";
+
+  for (const char* foreign : {"left/\n  0/\n    x", "left/\n  tidemar\n  0/\n    x\n  other",
+                              "left/\n  tidemar\n  7/\n    x"}) {
+    arrange(foreign);
+    _folder->giveBackTaken();
+    EXPECT_TRUE(exists(FileURL(left))) << "not surely the program's own: " << foreign;
+    runCommand("rm -r '" + left + "'");
+  }
+  arrange("left/");
+  _folder->giveBackTaken();
+  EXPECT_FALSE(exists(FileURL(left))) << "left before anything was laid into it";
+}
+
+class ToTheBin : public Taking {};
+INSTANTIATE_TEST_SUITE_P(Platform, ToTheBin, ::testing::Values(Disposal::bin),
+                         [](const auto&) { return "toTheBin"; });
+
+TEST_P(ToTheBin, takesOverTheRecordThatAKilledRunLeft) {
+  makeTree(_home.url(), ".local/\n  share/\n    Trash/\n      files/\n      info/");
+  const FileURL records = _home.url(".local/share/Trash/info");
+  writeFile(FileURL(records.path() + "/single.trashinfo"),
+            "[Trash Info]\nPath=" + path("single") + "\nDeletionDate=2020-01-01T00:00:00\n");
+  take(look("single"));
+  EXPECT_EQ(namesIn(records), std::set<std::string>{"single.trashinfo"});
+  EXPECT_EQ(readFile(FileURL(records.path() + "/single.trashinfo")).find("2020"),
+            std::string::npos);
+
+  makeTree(_home.url("folder"), "single 1");
+  take(look("single"));
+  EXPECT_EQ(namesIn(_home.url(".local/share/Trash/files")),
+            (std::set<std::string>{"single", "single.2"}))
+      << "a record whose item is there stays";
+}
+
+TEST_P(ToTheBin, doesNotFollowABinThatIsMovedAway) {
+  take(look("single"));
+  const std::string trash = _home.path(".local/share/Trash");
+  ASSERT_EQ(rename(trash.c_str(), (trash + "-old").c_str()), 0);
+  take(look("item"));
+  EXPECT_EQ(namesIn(FileURL(trash + "/files")), std::set<std::string>{"item"});
+  EXPECT_EQ(namesIn(FileURL(trash + "-old/files")), std::set<std::string>{"single"});
+}
+
+}  // namespace
+}  // namespace tidemar
