@@ -219,15 +219,17 @@ TEST(RemovalLedger, doesNotTakeARowForWrittenThatWentIntoAFileNoLongerOurs) {
   for (const bool comesBack : {true, false}) {
     World world(std::chrono::seconds(20));
     world.other.emplace(world.path).run("BEGIN; SELECT * FROM folder");
+    std::atomic<bool> isRecorded = false;
     std::jthread mover([&] {
       // The commit waits for the reader: all that could notice the move before it is done.
-      while (!exists(FileURL(world.path + "-journal")))
+      while (!exists(FileURL(world.path + "-journal")) && !isRecorded)
         std::this_thread::yield();
       rename(world.path.c_str(), world.aside.c_str());
       if (!comesBack) writeFile(FileURL(world.path), readFile(FileURL(world.aside)));
       world.other.reset();
     });
     EXPECT_EQ(codeOf([&] { world.ledger.record(world.row("a")); }), SQLITE_READONLY);
+    isRecorded = true;
     mover.join();
     EXPECT_FALSE(world.ledger.isSettled());
     EXPECT_EQ(runSQL(world.aside, "SELECT name FROM journalEntry"), Rows{"a"});
