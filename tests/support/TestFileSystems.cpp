@@ -14,17 +14,6 @@
 namespace tidemar::testing {
 namespace {
 
-/// From here on this process has its own view of the mounts, which the kernel takes down with it.
-void enterOwnMountNamespace() {
-  static bool hasEntered = false;
-  if (hasEntered) return;
-  if (unshare(CLONE_NEWNS) != 0 ||
-      ::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0) {
-    throw std::system_error(errno, std::generic_category(), "can't mount here");
-  }
-  hasEntered = true;
-}
-
 const char* sizeOf(TestFileSystem::Type type) {
   switch (type) {
     case TestFileSystem::Type::ext4:
@@ -44,6 +33,16 @@ const char* makeOptions(TestFileSystem::Type type) {
 }
 
 }  // namespace
+
+void enterOwnMountNamespace() {
+  static bool hasEntered = false;
+  if (hasEntered) return;
+  if (unshare(CLONE_NEWNS) != 0 ||
+      ::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0) {
+    throw std::system_error(errno, std::generic_category(), "can't mount here");
+  }
+  hasEntered = true;
+}
 
 const char* nameOf(TestFileSystem::Type type) {
   constexpr std::array<const char*, 4> names = {"ext4", "xfs", "btrfs", "tmpfs"};
@@ -80,6 +79,12 @@ void TestFileSystem::unmount() {
 void TestFileSystem::changeUUID() {
   const std::string image = _directory.path("image");
   runCommand("e2fsck -f -p " + image + " && tune2fs -f -U random " + image);
+}
+
+void TestFileSystem::forgetEntryTypes() {
+  const std::string image = _directory.path("image");
+  // e2fsck answers 1 when it has put right what it found.
+  runCommand("tune2fs -O ^filetype " + image + "; e2fsck -f -y " + image + " || test $? = 1");
 }
 
 void TestFileSystem::mountElsewhere() {

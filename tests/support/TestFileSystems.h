@@ -41,6 +41,9 @@ class TestFileSystem {
   /// Gives an ext4 drive that is taken away another UUID: as if it were a copy of the drive.
   void changeUUID();
 
+  /// Makes an ext4 drive that is taken away one whose listings don't tell what an entry is.
+  void forgetEntryTypes();
+
   /// Brings it back at another mount point, which is its `url` from then on.
   void mountElsewhere();
 
@@ -70,6 +73,10 @@ class BindMount {
   FileURL _place;
   std::string _reason;
 };
+
+/// From here on this process has its own view of the mounts, which the kernel takes down with it.
+/// Throws std::system_error where the machine doesn't grant that.
+void enterOwnMountNamespace();
 
 /// Runs a command line of the shell and answers what it printed, or throws that as a
 /// std::runtime_error if it failed.

@@ -2,9 +2,9 @@
 
 #include <algorithm>
 #include <chrono>
-#include <cstring>
+#include <cstddef>
 #include <deque>
-#include <memory>
+#include <iterator>
 #include <set>
 #include <string>
 #include <system_error>
@@ -17,12 +17,10 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
+#include "Platform/Files/Bookmarks/SearchPlaces.h"
 #include "Platform/Files/Descriptors/DescriptorPath.h"
 #include "Platform/Files/Descriptors/EntryValues.h"
 #include "Platform/Files/Descriptors/FileDescriptor.h"
-#include "Platform/Files/Places/MountTable.h"
-#include "Platform/Files/Places/StandardDirectories.h"
-#include "Platform/Files/Places/UserDirectories.h"
 #include "Platform/Files/Trash/TrashPaths.h"
 #include "Platform/Files/Walk/DirectoryReader.h"
 #include "Platform/PlatformError.h"
@@ -34,51 +32,53 @@ using Clock = std::chrono::steady_clock;
 
 constexpr const char* operation = "find";
 
-// Of each of the two stages.
-constexpr std::size_t mostEntries = 50'000;
+// The bounds of each of the two stages. Entries aren't counted: to read past one costs a fraction
+// of a microsecond, while each directory costs four system calls, and where it isn't in memory a
+// wait for the disk.
+constexpr std::size_t mostDirectories = 20'000;
 constexpr std::chrono::milliseconds longestTime{250};
 
-/// Of the places where the search begins, which the user may have arranged by links.
-constexpr int rootFlags = O_RDONLY | O_DIRECTORY | O_NONBLOCK | O_CLOEXEC;
-constexpr int openFlags = rootFlags | O_NOFOLLOW;
+// The places in which the search begins, and a few directories below them, are read even if the
+// machine has little time for us: a directory that was renamed beside hundreds of thousands of
+// files is found there.
+constexpr std::size_t nearestDirectories = 50;
+constexpr std::chrono::seconds longestTimeForNearest{5};
+
+// Keeps what the search holds in memory within 20 MB.
+constexpr std::size_t longestPath = 1024;
 
 /// Opens a directory by a path below another one that leads through no link and no other mount.
-FileDescriptor openBelow(int root, const std::string& path) {
+FileDescriptor openBelow(int directory, const char* path) {
   open_how how{};
-  how.flags = openFlags;
+  how.flags = O_RDONLY | O_DIRECTORY | O_NONBLOCK | O_NOFOLLOW | O_CLOEXEC;
   how.resolve = RESOLVE_BENEATH | RESOLVE_NO_SYMLINKS | RESOLVE_NO_XDEV;
-  return FileDescriptor(
-      static_cast<int>(syscall(SYS_openat2, root, path.c_str(), &how, sizeof how)));
+  return FileDescriptor(static_cast<int>(syscall(SYS_openat2, directory, path, &how, sizeof how)));
 }
 
 /// One breadth-first search through several directories at once, level by level. What can't be read
 /// is passed over: the search answers whether the directory was met, not whether it exists.
 class Search {
  public:
-  explicit Search(const BookmarkRecord& bookmark) : _bookmark(bookmark), _url(bookmark.path) {}
+  Search(const BookmarkRecord& bookmark, const SearchPlaces& places)
+      : _bookmark(bookmark), _places(places), _url(bookmark.path) {}
 
-  /// Adds a place to begin at, if it is there and on the bookmark's file system.
-  void addRoot(const FileURL& url) {
-    FileDescriptor directory(open(url.path().c_str(), rootFlags));
-    EntryValues values{};
-    if (!directory || !isOnFileSystem(directory)) return;
-    if (readEntryValues(directory.get(), "", values) != 0) return;
-    _roots.push_back({std::move(directory), identityOf(values).device});
-    _pending.push_back({_roots.size() - 1, "."});
-  }
-
-  std::optional<FileURL> run() {
-    const Clock::time_point deadline = Clock::now() + longestTime;
-    for (; !_pending.empty() && _entries < mostEntries && Clock::now() < deadline;
-         _pending.pop_front()) {
-      if (auto found = look(_pending.front())) return found;
-    }
-    return std::nullopt;
+  /// One stage: begins at these places, passes by what an earlier stage has read, and ends with
+  /// what that one had no time for.
+  std::optional<FileURL> run(const std::vector<FileURL>& beginnings) {
+    _start = Clock::now();
+    _opened = 0;
+    std::deque<Place> leftByEarlierStage = std::exchange(_pending, {});
+    for (const FileURL& url : beginnings)
+      addRoot(url);
+    if (auto found = lookAround()) return found;
+    std::ranges::move(leftByEarlierStage, std::back_inserter(_pending));
+    return lookAround();
   }
 
  private:
   struct Root {
     FileDescriptor directory;
+    std::string path;
     std::uint64_t device;
   };
   struct Place {
@@ -86,9 +86,38 @@ class Search {
     std::string path;  ///< From the root.
   };
 
+  /// Adds a place to begin at, if it is there and on the bookmark's file system.
+  void addRoot(const FileURL& url) {
+    FileDescriptor directory = _places.open(url);
+    EntryValues values{};
+    if (!directory || !isOnFileSystem(directory)) return;
+    if (readEntryValues(directory.get(), "", values) != 0) return;
+    try {
+      const FileURL place = pathOfDescriptor(directory.get(), _url, operation);
+      _roots.push_back({std::move(directory), place.path() == "/" ? "" : place.path(),
+                        identityOf(values).device});
+      _pending.push_back({_roots.size() - 1, "."});
+    } catch (const PlatformError&) {
+      // It is out of reach by any path.
+    }
+  }
+
+  bool isOutOfTime() const {
+    const auto time = Clock::now() - _start;
+    return time > longestTimeForNearest || (time > longestTime && _opened > nearestDirectories);
+  }
+
+  std::optional<FileURL> lookAround() {
+    for (; !_pending.empty() && _opened < mostDirectories && !isOutOfTime(); _pending.pop_front()) {
+      if (auto found = look(_pending.front())) return found;
+    }
+    return std::nullopt;
+  }
+
   std::optional<FileURL> look(const Place& place) {
+    ++_opened;
     const Root& root = _roots[place.root];
-    const FileDescriptor directory = openBelow(root.directory.get(), place.path);
+    const FileDescriptor directory = openBelow(root.directory.get(), place.path.c_str());
     EntryValues values{};
     if (!directory || readEntryValues(directory.get(), "", values) != 0) return std::nullopt;
     // The entry of a subvolume shows another inode number than its root, so each directory that is
@@ -102,28 +131,28 @@ class Search {
     return lookThrough(place, directory);
   }
 
-  std::optional<FileURL> lookThrough(const Place& place, const FileDescriptor& directory) {
+  std::optional<FileURL> lookThrough(const Place& parent, const FileDescriptor& directory) {
+    constexpr std::size_t entriesPerLookAtTheClock = 1024;
     try {
       _reader.start(directory.get());
-      while (const auto entry = _reader.next()) {
-        if (++_entries >= mostEntries) return std::nullopt;
+      for (std::size_t count = 1; const auto entry = _reader.next(); ++count) {
+        if (count % entriesPerLookAtTheClock == 0 && isOutOfTime()) return std::nullopt;
         if (entry->type != DT_DIR && entry->type != DT_UNKNOWN) continue;
-        if (entry->inode == _bookmark.directory.inode) {
-          const FileDescriptor candidate(openat(directory.get(), entry->name, openFlags));
-          if (auto found = confirmed(candidate)) return found;
+        const bool isCandidate = entry->inode == _bookmark.directory.inode;
+        if (!isCandidate && _opened + _pending.size() >= mostDirectories) continue;
+        std::string path = parent.path == "." ? entry->name : parent.path + "/" + entry->name;
+        const std::string wholePath = _roots[parent.root].path + "/" + path;
+        // Even a way that goes no further than to an automount can set it off.
+        if (_places.isMountPoint(wholePath) || liesInTrash(FileURL(wholePath))) continue;
+        if (isCandidate) {
+          if (auto found = confirmed(openBelow(directory.get(), entry->name))) return found;
         }
-        add(place, entry->name);
+        if (path.size() <= longestPath) _pending.push_back({parent.root, std::move(path)});
       }
     } catch (const std::system_error&) {
       // An unreadable rest of a directory is one of the places that aren't searched.
     }
     return std::nullopt;
-  }
-
-  void add(const Place& parent, const char* name) {
-    std::string path = parent.path == "." ? name : parent.path + "/" + name;
-    if (liesInTrash(FileURL(path))) return;
-    _pending.push_back({parent.root, std::move(path)});
   }
 
   bool isOnFileSystem(const FileDescriptor& directory) const {
@@ -140,7 +169,7 @@ class Search {
       const PersistentIdentity identity = persistentIdentity(directory.get(), _url, operation);
       if (!isSameDirectory(identity, _bookmark.directory)) return std::nullopt;
       FileURL url = pathOfDescriptor(directory.get(), _url, operation);
-      if (isOnFileSystem(directory) && !liesInTrash(url)) return url;
+      if (!liesInTrash(url)) return url;
     } catch (const PlatformError&) {
       // It has gone since it was opened.
     }
@@ -148,31 +177,15 @@ class Search {
   }
 
   const BookmarkRecord& _bookmark;
-  FileURL _url;
+  const SearchPlaces& _places;
+  const FileURL _url;
+  Clock::time_point _start;
   std::vector<Root> _roots;
   std::deque<Place> _pending;
   std::set<std::pair<std::uint64_t, std::uint64_t>> _visited;
-  std::size_t _entries = 0;
+  std::size_t _opened = 0;
   DirectoryReader _reader;
 };
-
-/// The top of the mount in which the old place lay, told by the nearest directory above it that
-/// still exists.
-std::optional<FileURL> mountRootAbove(const FileURL& old) {
-  FileURL url = old;
-  while (url.path() != "/") {
-    url = url.deletingLastPathComponent();
-    const FileDescriptor directory(open(url.path().c_str(), rootFlags));
-    if (!directory) continue;
-    try {
-      const FileDescriptor top = openMountRoot(directory.get(), old, operation);
-      return pathOfDescriptor(top.get(), old, operation);
-    } catch (const PlatformError&) {
-      return std::nullopt;  // One place fewer to search.
-    }
-  }
-  return std::nullopt;
-}
 
 }  // namespace
 
@@ -180,23 +193,10 @@ std::optional<FileURL> searchForDirectory(const BookmarkRecord& bookmark) {
   const bool isRecognisable = bookmark.directory.handle || bookmark.directory.birthTime;
   if (!isRecognisable) return std::nullopt;
 
-  Search near(bookmark);
-  const FileURL parent = FileURL(bookmark.path).deletingLastPathComponent();
-  near.addRoot(parent);
-  near.addRoot(parent.deletingLastPathComponent());
-  for (const UserDirectory& directory : userDirectories())
-    near.addRoot(directory.url);
-  near.addRoot(StandardDirectories::home());
-  if (auto found = near.run()) return found;
-
-  Search far(bookmark);
-  if (const auto root = mountRootAbove(FileURL(bookmark.path))) far.addRoot(*root);
-  // A drive can be mounted in another place than it was. Only drives: to ask a network file system
-  // for its identity may take as long as its server likes.
-  for (const Mount& mount : readMountTable()) {
-    if (mount.source.starts_with("/dev/")) far.addRoot(FileURL(mount.mountPoint));
-  }
-  return far.run();
+  const SearchPlaces places{FileURL(bookmark.path)};
+  Search search(bookmark, places);
+  if (auto found = search.run(places.near())) return found;
+  return search.run(places.far());
 }
 
 }  // namespace tidemar
