@@ -95,7 +95,6 @@ class AppModel : public QObject {
 
  private:
   std::shared_ptr<Engine> makeEngine();
-  [[noreturn]] void showFatalFailure(const std::exception& error);
   void showFailure(const std::string& action, const std::exception& error);
   QCoro::Task<void> refreshNotificationAuthorization();
   void publishTemporaryPaths();
