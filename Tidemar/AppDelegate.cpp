@@ -7,7 +7,6 @@
 #include <cstdlib>
 #include <iostream>
 
-#include "Platform/Desktop/ApplicationInstance.h"
 #include "Platform/Desktop/AutostartLoginItem.h"
 #include "Platform/Desktop/DesktopNotificationCenter.h"
 #include "Platform/Desktop/FileManagerExtension.h"
@@ -19,9 +18,12 @@
 #include "Platform/Desktop/SleepClocks.h"
 #include "Platform/Desktop/WakeNotifier.h"
 #include "Platform/Files/DiskFileManager.h"
+#include "Platform/PlatformError.h"
 #include "Platform/UserDefaults.h"
 #include "Tidemar/MenuBarExtra.h"
 #include "Tidemar/Model/AppModel.h"
+#include "Tidemar/Model/DataDirectory.h"
+#include "Tidemar/Model/FatalFailure.h"
 #include "Tidemar/Updates.h"
 #include "Tidemar/WindowCoordinator.h"
 #include "TidemarUI/Views/Icons.h"
@@ -80,12 +82,21 @@ AppDelegate::~AppDelegate() {
   modelAtExit = nullptr;
 }
 
+ApplicationInstance::Role AppDelegate::claimInstance(const CommandLine& commandLine,
+                                                     const ActivationToken& token) {
+  using Launch = ApplicationInstance::Launch;
+  const Launch launch = commandLine.isByDesktop ? Launch::byDesktop : Launch::byUser;
+  try {
+    _instance = std::make_unique<ApplicationInstance>(makeDataDirectory());
+    return _instance->claim(launch, commandLine.url, token);
+  } catch (const PlatformError& error) {
+    endWithFatalFailure(_platform->alerts, error);
+  }
+}
+
 bool AppDelegate::start(const CommandLine& commandLine, const ActivationToken& token,
                         int& exitStatus) {
-  using Launch = ApplicationInstance::Launch;
-  _instance = std::make_unique<ApplicationInstance>();
-  const Launch launch = commandLine.isByDesktop ? Launch::byDesktop : Launch::byUser;
-  switch (_instance->claim(launch, commandLine.url, token)) {
+  switch (claimInstance(commandLine, token)) {
     case ApplicationInstance::Role::first:
       break;
     case ApplicationInstance::Role::handedOver:

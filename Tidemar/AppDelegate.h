@@ -5,11 +5,11 @@
 #include <memory>
 
 #include "Platform/Desktop/ActivationToken.h"
+#include "Platform/Desktop/ApplicationInstance.h"
 #include "Tidemar/CommandLine.h"
 
 namespace tidemar {
 
-class ApplicationInstance;
 class AppModel;
 class MenuBarExtra;
 class Updates;
@@ -29,6 +29,8 @@ class AppDelegate : public QObject {
   bool start(const CommandLine& commandLine, const ActivationToken& token, int& exitStatus);
 
  private:
+  ApplicationInstance::Role claimInstance(const CommandLine& commandLine,
+                                          const ActivationToken& token);
   void finishLaunching();
   void makeScreens();
   QCoro::Task<void> open(std::string url);

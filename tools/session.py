@@ -119,7 +119,7 @@ class Session:
         return os.path.join(self.data, "Trash")
 
     def rows(self, statement, *values):
-        """What a query gives, without a lock on the file: a lock would make the program's writes fail."""
+        """What a query gives, without a lock on the file, which would hold up the program's writes."""
         with contextlib.closing(sqlite3.connect(f"file:{self.database}?immutable=1", uri=True)) as database:
             database.text_factory = bytes
             return database.execute(statement, values).fetchall()

@@ -1,20 +1,28 @@
 #include "Platform/Desktop/ApplicationInstance.h"
 
 #include <QDBusConnection>
+#include <QDBusConnectionInterface>
 #include <QDBusMessage>
 #include <QVariantMap>
 #include <cerrno>
+#include <chrono>
+#include <thread>
+#include <utility>
 
 #include <fcntl.h>
 #include <sys/file.h>
+#include <sys/stat.h>
 
 #include "Platform/Desktop/FreedesktopApplication.h"
-#include "Platform/Files/Descriptors/CreateDirectory.h"
-#include "Platform/Files/Places/StandardDirectories.h"
 #include "Platform/PlatformError.h"
 
 namespace tidemar {
 namespace {
+
+using namespace std::chrono_literals;
+
+/// A first that is just starting has its name long before; a user who must wait doesn't wait long.
+constexpr auto patience = 5s;
 
 const QString serviceName = QStringLiteral("app.quernly.tidemar");
 const QString objectPath = QStringLiteral("/app/quernly/tidemar");
@@ -26,47 +34,58 @@ QDBusMessage request(const std::optional<std::string>& url, const ActivationToke
                                      url ? QStringLiteral("Open") : QStringLiteral("Activate"));
   if (url) message << QStringList(QString::fromStdString(urlForBus(*url)));
   message << token.platformData();
+  // Nobody is to be started for it: that is what this process is there for.
+  message.setAutoStartService(false);
   return message;
+}
+
+/// Whether a running application took the request.
+bool handOver(QDBusConnection& bus, ApplicationInstance::Launch launch,
+              const std::optional<std::string>& url, const ActivationToken& token) {
+  if (launch == ApplicationInstance::Launch::byDesktop) {
+    return bus.interface()->isServiceRegistered(serviceName);
+  }
+  return bus.call(request(url, token)).type() == QDBusMessage::ReplyMessage;
 }
 
 }  // namespace
 
-ApplicationInstance::ApplicationInstance(QObject* parent) : QObject(parent) {}
+ApplicationInstance::ApplicationInstance(const FileURL& directory, QObject* parent)
+    : QObject(parent), _file(directory.appendingPathComponent("tidemar.lock")) {}
 
 ApplicationInstance::Role ApplicationInstance::claim(Launch launch,
                                                      const std::optional<std::string>& url,
                                                      const ActivationToken& token) {
   QDBusConnection bus = QDBusConnection::sessionBus();
-  if (!bus.isConnected()) return takeLock() == true ? Role::first : Role::refused;
+  if (!bus.isConnected()) return takeLock() ? Role::first : Role::refused;
 
   // The object, which Qt gives to this one, is there before the name: whoever sees the name finds
   // it.
   new FreedesktopApplication(this);
   bus.registerObject(objectPath, this);
-  if (bus.registerService(serviceName)) {
-    // Another session of the user's can have a bus of its own, and the database takes one program.
-    return takeLock() == false ? Role::refused : Role::first;
-  }
-
-  if (launch == Launch::byDesktop) return Role::handedOver;
-  const QDBusMessage answer = bus.call(request(url, token));
-  return answer.type() == QDBusMessage::ReplyMessage ? Role::handedOver : Role::refused;
+  const auto end = std::chrono::steady_clock::now() + patience;
+  do {
+    if (handOver(bus, launch, url, token)) return Role::handedOver;
+    if (takeLock() && bus.registerService(serviceName)) return Role::first;
+    // One that starts has the lock before the name; one that ends may lose the lock before it.
+    std::this_thread::sleep_for(20ms);
+  } while (std::chrono::steady_clock::now() < end);
+  return Role::refused;
 }
 
-std::optional<bool> ApplicationInstance::takeLock() {
-  const FileURL directory =
-      StandardDirectories::runtime().value_or(StandardDirectories::configuration());
-  const FileURL file = directory.appendingPathComponent("app.quernly.tidemar.lock");
-  try {
-    createDirectory(directory);
-  } catch (const PlatformError&) {
-    return std::nullopt;
+bool ApplicationInstance::takeLock() {
+  if (!_lock) {
+    FileDescriptor file(open(_file.path().c_str(),
+                             O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC,
+                             S_IRUSR | S_IWUSR));
+    struct stat status {};
+    if (!file || fstat(file.get(), &status) != 0) throw PlatformError("lock", _file, errno);
+    if (!S_ISREG(status.st_mode)) throw PlatformError("lock", _file, EPERM, "it isn't a file");
+    _lock = std::move(file);
   }
-  _lock =
-      FileDescriptor(open(file.path().c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600));
-  if (!_lock) return std::nullopt;
   if (flock(_lock.get(), LOCK_EX | LOCK_NB) == 0) return true;
-  return errno == EWOULDBLOCK ? std::optional(false) : std::nullopt;
+  if (errno != EWOULDBLOCK) throw PlatformError("lock", _file, errno);
+  return false;
 }
 
 std::string urlForBus(std::string_view url) {

@@ -8,20 +8,22 @@
 
 #include "Platform/Desktop/ActivationToken.h"
 #include "Platform/Files/Descriptors/FileDescriptor.h"
+#include "TidemarCore/FileURL.h"
 
 namespace tidemar {
 
 /// Makes Tidemar one process a user, and hands what a second start asks for to the first: over the
-/// session bus by org.freedesktop.Application under the name "app.quernly.tidemar". Where there is
-/// no bus, or the first is on another one, a lock in the user's runtime directory keeps a second
-/// process from starting; then nothing can be handed over. Main thread.
+/// session bus by org.freedesktop.Application under the name "app.quernly.tidemar". That there is
+/// no second one rests on a lock in the directory of the database, "tidemar.lock", whatever the
+/// bus; where there is none, or the first is on another one, nothing can be handed over. Main
+/// thread.
 class ApplicationInstance : public QObject {
   Q_OBJECT
  public:
   enum class Role {
     first,       ///< This process is the application.
     handedOver,  ///< Another is, and took the request, if there was one.
-    refused,     ///< Another is, and can't be reached.
+    refused,     ///< Another is, or has the name or the database, and can't be reached.
   };
 
   enum class Launch {
@@ -29,10 +31,13 @@ class ApplicationInstance : public QObject {
     byDesktop,  ///< Asks nothing of an application that runs already.
   };
 
-  explicit ApplicationInstance(QObject* parent = nullptr);
+  /// The lock lies in this directory, which must be there.
+  explicit ApplicationInstance(const FileURL& directory, QObject* parent = nullptr);
 
-  /// Call once. `url` is the bytes of the command line; the token goes to the first with the
-  /// request.
+  /// Call once, before anything is opened there. `url` is the bytes of the command line; the token
+  /// goes to the first with the request. Waits a little for a first that is just starting or
+  /// ending. Throws `PlatformError` where nothing can be locked and there is nobody to hand over
+  /// to.
   Role claim(Launch launch, const std::optional<std::string>& url, const ActivationToken& token);
 
  signals:
@@ -46,9 +51,10 @@ class ApplicationInstance : public QObject {
   void actionActivated(const std::string& name, const QVariantList& parameters);
 
  private:
-  /// Whether no other process holds the lock; none where there is no place for one.
-  std::optional<bool> takeLock();
+  /// Whether no other process holds the lock. Throws where there can be none.
+  bool takeLock();
 
+  FileURL _file;
   FileDescriptor _lock;
 };
 

@@ -4,10 +4,10 @@
 #include <cstdlib>
 #include <utility>
 
-#include "Platform/Files/Descriptors/CreateDirectory.h"
-#include "Platform/Files/Places/StandardDirectories.h"
 #include "Tidemar/Model/ApplicationLog.h"
+#include "Tidemar/Model/DataDirectory.h"
 #include "Tidemar/Model/Detached.h"
+#include "Tidemar/Model/FatalFailure.h"
 #include "TidemarUI/State/FailureLine.h"
 #include "TidemarUI/State/SystemBin.h"
 
@@ -56,12 +56,6 @@ Reading readEverything(Engine& engine, const FileManager& fileManager, Date sinc
   return reading;
 }
 
-FileURL makeDataDirectory() {
-  const FileURL directory = StandardDirectories::data().appendingPathComponent("Tidemar");
-  createDirectory(directory);
-  return directory;
-}
-
 }  // namespace
 
 AppModel::AppModel(Services services, QObject* parent)
@@ -79,7 +73,7 @@ std::shared_ptr<Engine> AppModel::makeEngine() {
     const FileURL file = makeDataDirectory().appendingPathComponent("tidemar.sqlite");
     return std::make_shared<Engine>(std::make_unique<Store>(file.path()), _services.fileManager);
   } catch (const std::exception& error) {
-    showFatalFailure(error);
+    endWithFatalFailure(_services.alerts, error);
   }
 }
 
@@ -138,15 +132,6 @@ void AppModel::showFailure(const std::string& action, const std::exception& erro
                        textWithoutPath(error));
   _services.alerts.run(
       {.message = failureTitle(action), .information = failureLine(error, SystemBin::name())});
-}
-
-void AppModel::showFatalFailure(const std::exception& error) {
-  applicationLog().log(LogLevel::fault, "Couldn't start: %{public}s", textWithoutPath(error));
-  _services.alerts.run({.style = Alerts::Style::critical,
-                        .message = "Tidemar can't start",
-                        .information = error.what(),
-                        .button = "Quit"});
-  std::exit(EXIT_FAILURE);
 }
 
 void AppModel::stopClearing() {

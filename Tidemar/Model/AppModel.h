@@ -96,7 +96,6 @@ class AppModel : public QObject {
 
  private:
   std::shared_ptr<Engine> makeEngine();
-  [[noreturn]] void showFatalFailure(const std::exception& error);
   void showFailure(const std::string& action, const std::exception& error);
   bool isClockTrusted(Date now);
   QCoro::Task<void> refreshNotificationAuthorization();

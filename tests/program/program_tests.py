@@ -194,7 +194,8 @@ class OneProcess(ProgramTest):
     def test_a_second_start_on_another_bus_leaves_the_database_to_the_first(self):
         first = self.session.start()
         self.session.wait_for(lambda: os.path.exists(self.session.database), "the first is there")
-        for prefix in [("dbus-run-session", "--"), ("env", "DBUS_SESSION_BUS_ADDRESS=unix:path=/nowhere")]:
+        nowhere = ("env", "-u", "XDG_RUNTIME_DIR", "DBUS_SESSION_BUS_ADDRESS=unix:path=/nowhere")
+        for prefix in [("dbus-run-session", "--"), nowhere]:
             with self.subTest(prefix):
                 second = self.session.start(prefix=prefix, stderr=subprocess.PIPE)
                 self.assertEqual(second.wait(20), 1)
