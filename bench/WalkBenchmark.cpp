@@ -41,7 +41,7 @@ void readFolder(benchmark::State& state) {
   const SampleFolder folder;
   const DiskFileManager disk;
   for (auto _ : state)
-    benchmark::DoNotOptimize(Inventory::items(disk, folder.url()));
+    benchmark::DoNotOptimize(Inventory::items(*disk.openFolder(folder.url())));
   state.SetItemsProcessed(state.iterations() * directories * (filesInEach + 1));
 }
 BENCHMARK(readFolder)->Unit(benchmark::kMillisecond);

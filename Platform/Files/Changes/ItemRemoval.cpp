@@ -18,6 +18,12 @@ namespace {
   throw ItemChanged(operationOf(disposal), url, ESTALE, "it changed meanwhile");
 }
 
+/// Why an item couldn't be taken out of its place.
+[[noreturn]] void failToTake(const FileURL& url, int code) {
+  if (code != EXDEV) throw PlatformError("delete", url, code);
+  throw PlatformError("delete", url, code, "the drive it lies on can't move it out of its place");
+}
+
 [[noreturn]] void fail(const FileURL& url, int code) {
   if (code == ESTALE) failChanged(Disposal::delete_, url);
   throw obstacleError(Disposal::delete_, url, code);
@@ -38,7 +44,7 @@ void ItemRemoval::remove(const ItemState& item, const FileURL& url) {
   const int taking = takeForDeletion(item);
   // Without room for a rename it is deleted where it lies, entry by entry compared all the same.
   const bool isTaken = taking == 0;
-  if (!isTaken && taking != ENOSPC && taking != EDQUOT) fail(url, taking);
+  if (!isTaken && taking != ENOSPC && taking != EDQUOT) failToTake(url, taking);
 
   int code = isTaken ? checkTaken(item, url) : 0;
   if (code == 0) code = Deletion(isTaken ? &*_taken : nullptr, _folder, item).run();
