@@ -11,6 +11,7 @@
 #include "Platform/Files/DiskFileManager.h"
 #include "Platform/Files/Places/MountTable.h"
 #include "support/FailingSystemCall.h"
+#include "support/SilentMount.h"
 #include "support/TemporaryTree.h"
 #include "support/TestFileSystems.h"
 
@@ -113,6 +114,14 @@ TEST(Volumes, AreWholeFileSystemsAndSubvolumes) {
   }
   EXPECT_TRUE(volumePaths().contains(drive.url().path()));
   EXPECT_FALSE(volumePaths().contains("/proc"));
+}
+
+TEST(Volumes, AreToldWithoutAskingThem) {
+  const TemporaryDirectory place;
+  const SilentMount mount(place.url());
+  if (!mount.isMounted()) GTEST_SKIP() << mount.reason();
+  EXPECT_TRUE(volumePaths().contains(place.path()));
+  EXPECT_FALSE(mount.wasTouched());
 }
 
 TEST(Volumes, HaveACapacityUnlessTheyReportNone) {
