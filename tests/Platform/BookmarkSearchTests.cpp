@@ -8,10 +8,10 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
-#include "Platform/Files/Bookmarks/Bookmark.h"
 #include "Platform/Files/Bookmarks/BookmarkSearch.h"
 #include "Platform/Files/Bookmarks/SearchPlaces.h"
 #include "support/FailingSystemCall.h"
+#include "support/FolderActions.h"
 #include "support/ScopedEnvironment.h"
 #include "support/SilentMount.h"
 #include "support/TemporaryTree.h"
