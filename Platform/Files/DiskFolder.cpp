@@ -199,8 +199,10 @@ FileURL DiskFolder::currentURL() const {
 
 /// Where an item lies now. Throws where that is in a Bin, or nowhere any more.
 FileURL DiskFolder::placeOf(const ItemState& item) const {
-  FileURL folder = currentURL();
-  if (valuesOf(_directory, _url).stx_nlink == 0) throw PlatformError("find", _url, ENOENT);
+  const FileURL folder = currentURL();
+  if (!leadsTo(folder, _directory.get())) {
+    throw PlatformError("find", _url, ENOENT, "it was deleted, or its drive was taken away");
+  }
   if (liesInTrash(folder)) throw PlatformError("find", _url, ENOENT, "it lies in the Bin");
   return folder.appendingPathComponent(item.name);
 }

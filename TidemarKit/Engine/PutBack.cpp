@@ -32,8 +32,9 @@ void Engine::undo(std::int64_t journalEntryID, Date now) {
     throw Failure(
         Failure::OriginalPathTaken{place->url().appendingPathComponent(entry->name).path()});
   }
-  item->putBack();
   entry->undoneAt = now;
+  _store->tryUpdate(*entry);
+  item->putBack();
   _store->update(*entry);
 }
 

@@ -20,6 +20,10 @@ RecordNotFound notFound(std::string_view record, std::optional<std::int64_t> id)
   return {SQLITE_NOTFOUND, sentence + " in the database."};
 }
 
+void updateRow(Database& database, const JournalEntry& entry) {
+  if (!JournalEntryRow::update(database, entry)) throw notFound("journal entry", entry.id);
+}
+
 }  // namespace
 
 Store::Store() : database(std::make_unique<DatabaseQueue>()) {
@@ -63,16 +67,6 @@ std::vector<JournalEntry> Store::journalOfFolder(std::int64_t folderID) const {
   return database->read([&](Database& db) { return JournalEntryRow::ofFolder(db, folderID); });
 }
 
-void Store::requireWritable() {
-  database->write([](Database& db) {
-    // A number of the file's header that has no use here. Writing it takes the lock, the journal
-    // and the disk that an entry takes.
-    Statement statement = db.statement("PRAGMA user_version");
-    statement.step();
-    db.execute("PRAGMA user_version = " + std::to_string(statement.row().integer(0)));
-  });
-}
-
 Folder Store::insert(Folder folder) {
   folder.id = database->write([&](Database& db) { return FolderRow::insert(db, folder); });
   return folder;
@@ -85,6 +79,10 @@ JournalEntry Store::insert(JournalEntry entry) {
 
 void Store::tryInsert(const JournalEntry& entry) {
   database->attempt([&](Database& db) { JournalEntryRow::insert(db, entry); });
+}
+
+void Store::tryUpdate(const JournalEntry& entry) {
+  database->attempt([&](Database& db) { updateRow(db, entry); });
 }
 
 void Store::record(JournalEntry& entry) {
@@ -102,9 +100,7 @@ void Store::update(const Folder& folder) {
 }
 
 void Store::update(const JournalEntry& entry) {
-  database->write([&](Database& db) {
-    if (!JournalEntryRow::update(db, entry)) throw notFound("journal entry", entry.id);
-  });
+  database->write([&](Database& db) { updateRow(db, entry); });
 }
 
 Folder Store::change(std::optional<std::int64_t> folderID,

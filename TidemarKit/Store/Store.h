@@ -58,15 +58,15 @@ class Store {
   /// All entries of one folder, newest first; of one run the last inserted first.
   std::vector<JournalEntry> journalOfFolder(std::int64_t folderID) const;
 
-  /// Throws where the file can't be written just now: writes it, and changes nothing that it says.
-  void requireWritable();
-
   /// Inserts a row and answers the record with its new id.
   Folder insert(Folder folder);
   JournalEntry insert(JournalEntry entry);
 
   /// Throws where this very row couldn't be inserted just now and kept as it is. Leaves no trace.
   void tryInsert(const JournalEntry& entry);
+
+  /// Throws where this very row couldn't be updated just now. Leaves no trace.
+  void tryUpdate(const JournalEntry& entry);
 
   /// Inserts a row and gives the entry its id, even where it throws after the row may have reached
   /// the file; called again with such an entry it looks for that row first.

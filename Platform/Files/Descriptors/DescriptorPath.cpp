@@ -23,6 +23,13 @@ FileURL pathOfDescriptor(int directory, const FileURL& url, const std::string& o
   return FileURL(std::string(path.data(), static_cast<std::size_t>(size)));
 }
 
+bool leadsTo(const FileURL& path, int directory) noexcept {
+  EntryValues there{};
+  EntryValues opened{};
+  return readValuesAt(path.path().c_str(), there) == 0 &&
+         readEntryValues(directory, "", opened) == 0 && identityOf(there) == identityOf(opened);
+}
+
 FileDescriptor openMountRoot(int directory, const FileURL& url, const std::string& operation) {
   const auto open = [&](int from, const char* name) {
     FileDescriptor opened(openat(from, name, O_PATH | O_DIRECTORY | O_CLOEXEC));

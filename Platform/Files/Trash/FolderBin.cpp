@@ -38,16 +38,8 @@ std::string pathInside(const FileURL& top, const FileURL& item) {
   return item.path().substr(top.path().size() + 1);
 }
 
-bool liesAt(const FileDescriptor& directory, const FileURL& place) {
-  try {
-    return pathOfDescriptor(directory.get(), place, operation) == place;
-  } catch (const PlatformError&) {
-    return false;
-  }
-}
-
 bool isInPlace(const TrashDirectory& trash) {
-  return liesAt(trash.files, trash.filesURL) && liesAt(trash.info, trash.infoURL);
+  return leadsTo(trash.filesURL, trash.files.get()) && leadsTo(trash.infoURL, trash.info.get());
 }
 
 /// Makes the record of an item under a name, or takes over one that was left for the same item and
