@@ -161,6 +161,16 @@ TEST_F(BookmarkSearchTest, BeginsAtTheNearestPlacesThatAreStillThere) {
   EXPECT_EQ(SearchPlaces(place.url("folder")).far()[0], place.url());
 }
 
+TEST_F(BookmarkSearchTest, EntersAMountOfAnotherKindOnlyOnTheWayToTheOldPlace) {
+  makeTree(home(), "other/\nlink -> other");
+  runCommand("mount -t ramfs server:/ " + url("other").path());
+  makeTree(url("other"), "a/");
+  for (const char* place : {"other", "other/a", "link/a"}) {
+    EXPECT_TRUE(SearchPlaces(url("other/gone/folder")).open(url(place))) << place;
+    EXPECT_FALSE(SearchPlaces(url("others/folder")).open(url(place))) << place;
+  }
+}
+
 TEST_F(BookmarkSearchTest, TouchesNoMountThatMayNeverAnswer) {
   const struct {
     const char* title;

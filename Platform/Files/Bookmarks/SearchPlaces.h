@@ -4,17 +4,13 @@
 #include <string>
 #include <vector>
 
-#include "Platform/Files/Descriptors/FileDescriptor.h"
-#include "Platform/Files/Places/MountTable.h"
-#include "TidemarCore/FileURL.h"
+#include "Platform/Files/Places/AnsweringPaths.h"
 
 namespace tidemar {
 
-/// Where a search for a directory begins, and the way there.
-///
-/// A mount may never answer: a network file system whose server is gone, or that of a program that
-/// hangs. So no mount is touched but the disks of this computer and those through which the
-/// directory's old path leads, which had to be touched to learn that it isn't there.
+/// Where a search for a directory begins. No mount is touched on the way there that may never
+/// answer, except those through which the directory's old path leads: they had to be touched to
+/// learn that it isn't there.
 class SearchPlaces {
  public:
   /// For a directory that lay at this path. Throws PlatformError where the mounts can't be told.
@@ -26,20 +22,17 @@ class SearchPlaces {
   /// The tops of the mount in which the old place lay and of all disks, wherever they are mounted.
   std::vector<FileURL> far() const;
 
-  /// Opens a directory, through links if need be; none where it isn't there or can't be reached
-  /// without touching such a mount.
-  FileDescriptor open(const FileURL& directory) const;
+  /// Opens one of these places. None where it isn't there or can't be reached as above.
+  FileDescriptor open(const FileURL& place) const { return _paths.open(place); }
 
   /// Whether something is mounted at this path without links, an automount included.
   bool isMountPoint(const std::string& path) const { return _mountPoints.contains(path); }
 
  private:
-  bool mayBeTouched(const Mount& mount) const;
-
   FileURL _old;
   std::vector<Mount> _mounts;
+  AnsweringPaths _paths;
   std::set<std::string> _mountPoints;
-  std::set<std::string> _forbidden;  ///< Those at which something lies that must not be touched.
 };
 
 }  // namespace tidemar
