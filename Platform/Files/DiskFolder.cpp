@@ -12,6 +12,7 @@
 #include "Platform/Files/Changes/Obstacles.h"
 #include "Platform/Files/Changes/PutBack.h"
 #include "Platform/Files/Descriptors/DescriptorPath.h"
+#include "Platform/Files/Places/AnsweringPaths.h"
 #include "Platform/Files/Places/Volumes.h"
 #include "Platform/Files/Tags.h"
 #include "Platform/Files/Trash/TrashPaths.h"
@@ -61,6 +62,7 @@ bool DiskFolder::isOneOf(std::span<const FileURL> places) const {
   const DirectoryIdentity own = identityOf(values);
   const bool isMountRoot = (values.stx_attributes & STATX_ATTR_MOUNT_ROOT) != 0;
   const std::vector<Mount>& mounts = _mounts.mounts();
+  const AnsweringPaths paths(mounts, _url);
   return std::ranges::any_of(places, [&](const FileURL& place) {
     bool isMountPoint = false;
     for (const Mount& mount : mounts) {
@@ -68,9 +70,9 @@ bool DiskFolder::isOneOf(std::span<const FileURL> places) const {
       if (isMountRoot && mount.id == own.mount) return true;
       isMountPoint = true;
     }
-    EntryValues other{};
-    if (isMountPoint || readValuesAt(place.path().c_str(), other) != 0) return false;
-    const DirectoryIdentity identity = identityOf(other);
+    const FileDescriptor directory = isMountPoint ? FileDescriptor() : paths.open(place);
+    if (!directory) return false;
+    const DirectoryIdentity identity = identityOf(valuesOf(directory, place));
     return identity.device == own.device && identity.inode == own.inode;
   });
 }
@@ -179,7 +181,7 @@ std::unique_ptr<BinnedItem> DiskFolder::binnedItem(const FileURL& place, std::st
 const KeptDirectories& DiskFolder::kept() {
   if (_kept) return *_kept;
   _kept.emplace();
-  _kept->fixedPlaces = identitiesOfFixedPlaces();
+  _kept->fixedPlaces = identitiesOfFixedPlaces(_mounts.mounts(), _url);
   const std::string inside = _url.path() + "/";
   for (const KnownFolder& other : _others) {
     if (const auto remembered = decodeBookmark(other.bookmark))

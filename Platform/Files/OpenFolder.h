@@ -90,7 +90,8 @@ class OpenFolder {
   virtual bool isRememberedBy(std::string_view bookmark) const = 0;
 
   /// Whether this is the directory at one of these places, links followed. A place that is a mount
-  /// point is told by the table of mounts and not asked: a dead network mount answers never.
+  /// point is told by the table of mounts, and none is asked that could only be reached through
+  /// another mount that may never answer, as that of a server that is gone.
   virtual bool isOneOf(std::span<const FileURL> places) const = 0;
 
   virtual VolumeCapacity volumeCapacity() const = 0;

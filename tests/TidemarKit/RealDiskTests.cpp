@@ -7,6 +7,7 @@
 #include "TidemarKit/Engine/Engine.h"
 #include "TidemarKit/TemporaryTag.h"
 #include "support/ScopedEnvironment.h"
+#include "support/SilentMount.h"
 #include "support/TemporaryTree.h"
 #include "support/TestFileSystems.h"
 
@@ -98,6 +99,37 @@ TEST(RealDisk, AnItemThatHoldsAMountIsNeverPlannedAndAPackageThatDoesIsRefused) 
     EXPECT_FALSE(exists(world.home.url("folder/c-file")));
     writeFile(world.home.url("folder/c-file"), "");
   }
+}
+
+TEST(RealDisk, AStatusAsksNothingOfAMountThatMayNeverAnswer) {
+  RealWorld world;
+  makeTree(world.home.url(), R"(
+    net/
+    folder/
+      item/
+        net/
+      net/
+    Documents -> net/Documents)");
+  const SilentMount beside(world.home.url("net"));
+  const SilentMount inItem(world.home.url("folder/item/net"));
+  const SilentMount inFolder(world.home.url("folder/net"));
+  if (!beside.isMounted()) GTEST_SKIP() << beside.reason();
+  const Folder folder = world.temporaryFolder();
+  const FolderStatus status = world.engine.status(*folder.id, RealWorld::farFuture);
+  EXPECT_EQ(status.items.size(), 2U);
+  EXPECT_TRUE(status.dueNow.empty());
+  for (const SilentMount* mount : {&beside, &inItem, &inFolder})
+    EXPECT_FALSE(mount->wasTouched());
+}
+
+TEST(RealDisk, ABindMountOfAPartIsNoRootAndCanBeCleared) {
+  RealWorld world;
+  makeTree(world.home.url(), "disk/\n  downloads/\n    old\nfolder/");
+  const BindMount mount(world.home.url("disk/downloads"), world.home.url("folder"));
+  if (!mount.isMounted()) GTEST_SKIP() << mount.reason();
+  const Folder folder = world.temporaryFolder();
+  EXPECT_EQ(world.run(folder).journal.size(), 1U);
+  EXPECT_FALSE(exists(world.home.url("folder/old")));
 }
 
 TEST(RealDisk, TheTagStandsBesideForeignOnesByteForByte) {

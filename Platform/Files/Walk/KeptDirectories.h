@@ -5,8 +5,11 @@
 #include <string_view>
 #include <unordered_set>
 #include <utility>
+#include <vector>
 
 #include "Platform/Files/Descriptors/EntryValues.h"
+#include "Platform/Files/Places/MountTable.h"
+#include "TidemarCore/FileURL.h"
 
 namespace tidemar {
 
@@ -29,7 +32,9 @@ struct KeptDirectories {
 };
 
 /// The fixed places as they lie now: the home and `systemDirectoryURLs`. One that isn't there, or
-/// lies on a network mount of its own, is left out.
-std::set<std::pair<std::uint64_t, std::uint64_t>> identitiesOfFixedPlaces();
+/// can't be reached without touching a mount that may never answer, is left out: what lies on
+/// another mount than `folder` is no part of an item there.
+std::set<std::pair<std::uint64_t, std::uint64_t>> identitiesOfFixedPlaces(
+    const std::vector<Mount>& mounts, const FileURL& folder);
 
 }  // namespace tidemar
