@@ -17,12 +17,9 @@
 #include <unistd.h>
 
 #include "Platform/Files/Descriptors/FileDescriptor.h"
-#include "TidemarKit/Store/DatabaseError.h"
-#include "TidemarKit/Store/RemovalLedger.h"
-#include "TidemarKit/Store/Store.h"
+#include "TidemarKit/Store/LedgerWorld.h"
 #include "support/FailingSystemCall.h"
 #include "support/RawDatabase.h"
-#include "support/Records.h"
 #include "support/TemporaryTree.h"
 #include "support/TestFileSystems.h"
 
@@ -30,53 +27,24 @@ namespace tidemar {
 namespace {
 
 using namespace tidemar::testing;
-using Rows = std::vector<std::string>;
-
-/// The primary result code that a call throws; none if it succeeds.
-std::optional<int> codeOf(const std::function<void()>& call) {
-  try {
-    call();
-    return std::nullopt;
-  } catch (const DatabaseError& error) {
-    EXPECT_TRUE(std::string_view(error.what()).starts_with("Couldn't ")) << error.what();
-    return error.code() & 0xff;
-  }
-}
-
-/// A ledger over a store in a file in a directory of its own.
-struct World {
-  explicit World(std::chrono::milliseconds patience = {}) : store(path, patience) {}
-
-  JournalEntry row(const std::string& name) const { return entryOf(folder, name); }
-  Rows names() const { return runSQL(path, "SELECT name FROM journalEntry ORDER BY id"); }
-
-  TemporaryDirectory parent;
-  std::string directory = (mkdir(parent.path("Tidemar").c_str(), 0700), parent.path("Tidemar"));
-  std::string path = directory + "/tidemar.sqlite";
-  std::string aside = path + ".aside";
-  Store store;
-  RemovalLedger ledger{store};
-  Folder folder = store.insert(folderAt("/f"));
-  std::optional<OtherProgram> other;
-};
 
 /// What may become of the file in the middle of a run, and how it ends.
 struct Trouble {
   std::string name;
   int code = 0;  ///< With which no row can be written meanwhile.
-  std::function<void(World& world)> begin;
-  std::function<void(World& world)> end;
+  std::function<void(LedgerWorld& world)> begin;
+  std::function<void(LedgerWorld& world)> end;
 };
 
 Trouble lock(const std::string& name, const std::string& sql) {
-  return {name, SQLITE_BUSY, [=](World& world) { world.other.emplace(world.path).run(sql); },
-          [](World& world) { world.other.reset(); }};
+  return {name, SQLITE_BUSY, [=](LedgerWorld& world) { world.other.emplace(world.path).run(sql); },
+          [](LedgerWorld& world) { world.other.reset(); }};
 }
 
 Trouble change(const std::string& name, int code, const std::string& begin,
                const std::string& end) {
-  return {name, code, [=](World& world) { runSQL(world.path, begin); },
-          [=](World& world) { runSQL(world.path, end); }};
+  return {name, code, [=](LedgerWorld& world) { runSQL(world.path, begin); },
+          [=](LedgerWorld& world) { runSQL(world.path, end); }};
 }
 
 Trouble trigger(const std::string& name, int code, const std::string& moment,
@@ -87,9 +55,10 @@ Trouble trigger(const std::string& name, int code, const std::string& moment,
       "DROP TRIGGER planted");
 }
 
-Trouble move(const std::string& name, std::function<void(World& world)> begin) {
-  return {name, SQLITE_READONLY, std::move(begin),
-          [](World& world) { EXPECT_EQ(rename(world.aside.c_str(), world.path.c_str()), 0); }};
+Trouble move(const std::string& name, std::function<void(LedgerWorld& world)> begin) {
+  return {name, SQLITE_READONLY, std::move(begin), [](LedgerWorld& world) {
+            EXPECT_EQ(rename(world.aside.c_str(), world.path.c_str()), 0);
+          }};
 }
 
 const Trouble troubles[] = {
@@ -97,23 +66,27 @@ const Trouble troubles[] = {
     lock("a program that is about to write", "BEGIN IMMEDIATE"),
     lock("a program that has the file for itself", "BEGIN EXCLUSIVE"),
 
-    move("moved away", [](World& world) { rename(world.path.c_str(), world.aside.c_str()); }),
+    move("moved away", [](LedgerWorld& world) { rename(world.path.c_str(), world.aside.c_str()); }),
     move("deleted",
-         [](World& world) {
+         [](LedgerWorld& world) {
            EXPECT_EQ(link(world.path.c_str(), world.aside.c_str()), 0);
            unlink(world.path.c_str());
          }),
     move("replaced by a copy",
-         [](World& world) {
+         [](LedgerWorld& world) {
            rename(world.path.c_str(), world.aside.c_str());
            writeFile(FileURL(world.path), readFile(FileURL(world.aside)));
          }),
     {"its directory moved away", SQLITE_READONLY,
-     [](World& world) { rename(world.directory.c_str(), world.parent.path("aside").c_str()); },
-     [](World& world) { rename(world.parent.path("aside").c_str(), world.directory.c_str()); }},
+     [](LedgerWorld& world) {
+       rename(world.directory.c_str(), world.parent.path("aside").c_str());
+     },
+     [](LedgerWorld& world) {
+       rename(world.parent.path("aside").c_str(), world.directory.c_str());
+     }},
     {"no place for the rollback journal", SQLITE_IOERR,
-     [](World& world) { mkdir((world.path + "-journal").c_str(), 0700); },
-     [](World& world) { rmdir((world.path + "-journal").c_str()); }},
+     [](LedgerWorld& world) { mkdir((world.path + "-journal").c_str(), 0700); },
+     [](LedgerWorld& world) { rmdir((world.path + "-journal").c_str()); }},
 
     trigger("refuses", SQLITE_CONSTRAINT, "BEFORE", "SELECT RAISE(ABORT, 'no')"),
     trigger("ignores the row", SQLITE_MISMATCH, "BEFORE", "SELECT RAISE(IGNORE)"),
@@ -139,7 +112,7 @@ const Trouble troubles[] = {
 TEST(RemovalLedger, letsNothingGoWhoseRowCouldNotBeWrittenAndKeepsTheRowOfWhatWent) {
   for (const Trouble& trouble : troubles) {
     SCOPED_TRACE(trouble.name);
-    World world;
+    LedgerWorld world;
     RemovalLedger& ledger = world.ledger;
     ledger.prepare(world.row("a"));
     EXPECT_EQ(ledger.record(world.row("a")).id, 1);
@@ -181,7 +154,7 @@ TEST(RemovalLedger, writesEachRowOnceWhereverTheSystemRefuses) {
   };
   for (const auto& refusal : refusals) {
     SCOPED_TRACE(refusal.name);
-    World world;
+    LedgerWorld world;
     world.ledger.record(world.row("a"));
     withFailingSystemCall(refusal.systemCall, refusal.systemCode, [&] {
       EXPECT_EQ(codeOf([&] { world.ledger.prepare(world.row("b")); }),
@@ -199,7 +172,7 @@ TEST(RemovalLedger, writesEachRowOnceWhereverTheSystemRefuses) {
 
 TEST(RemovalLedger, refusesAFileOrADirectoryThatWasMadeImmutable) {
   for (const bool isDirectory : {false, true}) {
-    World world;
+    LedgerWorld world;
     const FileDescriptor place(
         open((isDirectory ? world.directory : world.path).c_str(), O_RDONLY | O_CLOEXEC));
     const auto setFlags = [&](int flags) {
@@ -217,7 +190,7 @@ TEST(RemovalLedger, refusesAFileOrADirectoryThatWasMadeImmutable) {
 
 TEST(RemovalLedger, doesNotTakeARowForWrittenThatWentIntoAFileNoLongerOurs) {
   for (const bool comesBack : {true, false}) {
-    World world(std::chrono::seconds(20));
+    LedgerWorld world(std::chrono::seconds(20));
     world.other.emplace(world.path).run("BEGIN; SELECT * FROM folder");
     std::atomic<bool> isRecorded = false;
     std::jthread mover([&] {
@@ -254,7 +227,7 @@ TEST(RemovalLedger, isNotTakenInByAFileOfAnotherDriveWithTheSameNumber) {
 }
 
 TEST(RemovalLedger, dropsTheRowOfAForgottenFolderAndWritesTheOthers) {
-  World world;
+  LedgerWorld world;
   const Folder forgotten = world.store.insert(folderAt("/g"));
   world.other.emplace(world.path).run("BEGIN EXCLUSIVE");
   for (const JournalEntry& row : {world.row("a"), entryOf(forgotten, "b"), world.row("c")})
@@ -270,7 +243,7 @@ TEST(RemovalLedger, dropsTheRowOfAForgottenFolderAndWritesTheOthers) {
 TEST(RemovalLedger, losesNoRowOfSeveralThreadsWhileOtherProgramsReadAndWrite) {
   constexpr int threadCount = 3;
   constexpr int rowsPerThread = 8;
-  World world(std::chrono::seconds(30));
+  LedgerWorld world(std::chrono::seconds(30));
   std::atomic<bool> isOver = false;
   const auto keepDoing = [&](const char* sql) {
     return std::jthread([&, sql] {

@@ -1,0 +1,52 @@
+#pragma once
+
+#include <chrono>
+#include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include "TidemarKit/Store/DatabaseError.h"
+#include "TidemarKit/Store/RemovalLedger.h"
+#include "TidemarKit/Store/Store.h"
+#include "support/RawDatabase.h"
+#include "support/Records.h"
+#include "support/TemporaryTree.h"
+
+namespace tidemar::testing {
+
+using Rows = std::vector<std::string>;
+
+/// The primary result code that a call throws; none if it succeeds.
+inline std::optional<int> codeOf(const std::function<void()>& call) {
+  try {
+    call();
+    return std::nullopt;
+  } catch (const DatabaseError& error) {
+    EXPECT_TRUE(std::string_view(error.what()).starts_with("Couldn't ")) << error.what();
+    return error.code() & 0xff;
+  }
+}
+
+/// A ledger over a store in a file in a directory of its own.
+struct LedgerWorld {
+  explicit LedgerWorld(std::chrono::milliseconds patience = {}) : store(path, patience) {}
+
+  JournalEntry row(const std::string& name) const { return entryOf(folder, name); }
+  Rows names() const { return runSQL(path, "SELECT name FROM journalEntry ORDER BY id"); }
+
+  TemporaryDirectory parent;
+  std::string directory = (mkdir(parent.path("Tidemar").c_str(), 0700), parent.path("Tidemar"));
+  std::string path = directory + "/tidemar.sqlite";
+  std::string aside = path + ".aside";
+  Store store;
+  RemovalLedger ledger{store};
+  Folder folder = store.insert(folderAt("/f"));
+  std::optional<OtherProgram> other;
+};
+
+}  // namespace tidemar::testing
