@@ -42,15 +42,26 @@ bool isInPlace(const TrashDirectory& trash) {
   return leadsTo(trash.filesURL, trash.files.get()) && leadsTo(trash.infoURL, trash.info.get());
 }
 
-/// Makes the record of an item under a name, or takes over one that was left for the same item and
-/// never got it. Answers as makeTrashRecord does.
+/// Whether a record is one that a run left which was killed before its item came: that of this very
+/// item, or one without content that a loss of power has made of it.
+bool isLeftRecord(const TrashDirectory& trash, const std::string& name,
+                  const std::string& recordedPath) {
+  EntryValues values{};
+  if (readEntryValues(trash.files.get(), name.c_str(), values) != ENOENT) return false;
+  const std::string record = name + std::string(trashRecordEnding);
+  if (readEntryValues(trash.info.get(), record.c_str(), values) != 0) return false;
+  constexpr std::int64_t whileItIsWritten = 60;
+  if (values.stx_size == 0)
+    return changeTime(values).seconds + whileItIsWritten < clockOfFiles().seconds;
+  return pathInTrashRecord(readTrashRecord(trash.info.get(), name)) == recordedPath;
+}
+
+/// Makes the record of an item under a name, or takes over one that was left. Answers as
+/// makeTrashRecord does.
 int claimName(const TrashDirectory& trash, const std::string& name, const std::string& recordedPath,
               const std::string& record) {
   const int code = makeTrashRecord(trash.info.get(), name, record);
-  if (code != EEXIST || pathInTrashRecord(readTrashRecord(trash.info.get(), name)) != recordedPath)
-    return code;
-  EntryValues values{};
-  if (readEntryValues(trash.files.get(), name.c_str(), values) != ENOENT) return code;
+  if (code != EEXIST || !isLeftRecord(trash, name, recordedPath)) return code;
   removeTrashRecord(trash.info.get(), name);
   return makeTrashRecord(trash.info.get(), name, record);
 }

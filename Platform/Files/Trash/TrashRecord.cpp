@@ -51,15 +51,35 @@ std::optional<std::string> readAll(int file, std::size_t longest) {
 
 enum class Durability { flushed, unflushed };
 
+int writeWhole(int file, std::string_view text, Durability durability) noexcept {
+  const int code = writeAll(file, text);
+  if (code != 0 || durability == Durability::unflushed) return code;
+  return fsync(file) == 0 ? 0 : errno;
+}
+
 /// Creates a file that didn't exist and writes it whole, or leaves none.
 int makeFile(int directory, const char* name, std::string_view text,
              Durability durability) noexcept {
   constexpr int flags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
   const FileDescriptor file(openat(directory, name, flags, 0600));
   if (!file) return errno;
-  int code = writeAll(file.get(), text);
-  if (code == 0 && durability == Durability::flushed && fdatasync(file.get()) != 0) code = errno;
+  const int code = writeWhole(file.get(), text, durability);
   if (code != 0) unlinkat(directory, name, 0);
+  return code;
+}
+
+/// As above, but written before it has a name, so that a process that is killed leaves nothing
+/// without content. Answers none where the file system has no files without a name.
+std::optional<int> makeFileAtOnce(int directory, const char* name, std::string_view text) noexcept {
+  const FileDescriptor file(openat(directory, ".", O_WRONLY | O_TMPFILE | O_CLOEXEC, 0600));
+  if (!file) return std::nullopt;
+  if (const int code = writeAll(file.get(), text); code != 0) return code;
+  const std::string unnamed = "/proc/self/fd/" + std::to_string(file.get());
+  if (linkat(AT_FDCWD, unnamed.c_str(), directory, name, AT_SYMLINK_FOLLOW) != 0)
+    return errno == EEXIST ? std::optional(EEXIST) : std::nullopt;
+  if (fsync(file.get()) == 0) return 0;
+  const int code = errno;
+  unlinkat(directory, name, 0);
   return code;
 }
 
@@ -153,7 +173,9 @@ std::string readTrashRecord(int infoDirectory, const std::string& name) {
 }
 
 int makeTrashRecord(int infoDirectory, const std::string& name, std::string_view text) noexcept {
-  return makeFile(infoDirectory, recordName(name).c_str(), text, Durability::flushed);
+  const std::string record = recordName(name);
+  const std::optional<int> code = makeFileAtOnce(infoDirectory, record.c_str(), text);
+  return code ? *code : makeFile(infoDirectory, record.c_str(), text, Durability::flushed);
 }
 
 void removeTrashRecord(int infoDirectory, const std::string& name) noexcept {
