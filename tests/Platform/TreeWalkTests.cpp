@@ -3,6 +3,7 @@
 #include <functional>
 #include <map>
 #include <string>
+#include <system_error>
 #include <utility>
 #include <vector>
 
@@ -10,10 +11,12 @@
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 #include "Platform/Files/Descriptors/DirectoryOpening.h"
 #include "Platform/Files/Walk/TreeWalk.h"
+#include "support/FailingSystemCall.h"
 #include "support/FolderActions.h"
 #include "support/SmallThread.h"
 #include "support/TemporaryTree.h"
@@ -140,6 +143,25 @@ TEST(TreeWalk, AHiddenFileBehindManyEntriesStillCounts) {
   EXPECT_EQ(sorted(hidden), sorted({".hidden", "some-longer-name-1234"}));
 }
 
+TEST(HiddenListReader, ReadsAFileAgainOnlyWhenItHasChanged) {
+  TemporaryDirectory directory;
+  writeFile(directory.url(".hidden"), "a\n");
+  const FileDescriptor opened = openDirectoryAt(directory.url(), "read");
+  EntryValues values{};
+  do {
+    readEntryValues(opened.get(), ".hidden", values);
+  } while (changeTime(values) >= clockOfFiles());
+  HiddenListReader reader;
+  EXPECT_TRUE(reader.list(opened.get()).hides("a"));
+  withFailingSystemCall(SYS_read, EIO, [&] {
+    EXPECT_TRUE(reader.list(opened.get()).hides("a"));
+    EXPECT_EQ(unlinkat(opened.get(), ".hidden", 0), 0);
+    EXPECT_FALSE(reader.list(opened.get()).hides("a"));
+    makeTree(directory.url(), ".hidden");
+    EXPECT_THROW(reader.list(opened.get()), std::system_error);
+  });
+}
+
 TEST(TreeWalk, AHiddenFileThatIsNoPlainFileIsNeverOpened) {
   TemporaryDirectory directory;
   makeTree(directory.url(), R"(
@@ -186,12 +208,12 @@ std::string_view fastPlace() {
   return access("/dev/shm", W_OK) == 0 ? "/dev/shm" : "";
 }
 
-/// Makes directories inside one another, each called "d", with a file in the last.
-void makeDeepTree(const FileURL& root, int depth) {
+/// Makes directories of one name inside one another, with a file in the last.
+void makeDeepTree(const FileURL& root, int depth, const std::string& name = "d") {
   FileDescriptor directory(open(root.path().c_str(), O_RDONLY | O_DIRECTORY));
   for (int i = 0; i < depth; ++i) {
-    ASSERT_EQ(mkdirat(directory.get(), "d", 0700), 0);
-    directory = FileDescriptor(openat(directory.get(), "d", O_RDONLY | O_DIRECTORY));
+    ASSERT_EQ(mkdirat(directory.get(), name.c_str(), 0700), 0);
+    directory = FileDescriptor(openat(directory.get(), name.c_str(), O_RDONLY | O_DIRECTORY));
     ASSERT_TRUE(directory);
   }
   FileDescriptor(openat(directory.get(), "leaf", O_CREAT | O_WRONLY, 0600));
@@ -201,7 +223,7 @@ TEST(TreeWalk, ATreeTwentyThousandDeepIsReadAndDeletedWithFewDescriptorsAndLittl
   TemporaryDirectory directory(fastPlace());
   constexpr int depth = 20'000;
   makeTree(directory.url(), "deep/");
-  makeDeepTree(directory.url("deep"), depth - 1);
+  makeDeepTree(directory.url("deep"), depth - 1, std::string(200, 'd'));
   withSmallThread([&] {
     const WalkRecorder recorder = walk(directory.url());
     EXPECT_EQ(recorder.deepest, depth + 1U);
