@@ -70,6 +70,7 @@ TEST(MountTable, ReadsEveryFormOfLine) {
       {"cut off", "22 1 8:1 /", std::nullopt},
       {"cut off behind the separator", "22 1 8:1 / / rw - ext4", std::nullopt},
       {"an id that is no number", "x2 1 8:1 / / rw - ext4 /dev/sda1 rw", std::nullopt},
+      {"no part of the file system", "7 1 0:5  /a rw - btrfs none rw", std::nullopt},
       {"a path that isn't absolute", "7 1 0:5 / a rw - tmpfs none rw", std::nullopt},
       {"a NUL in the path", R"(7 1 0:5 / /a\000b rw - tmpfs none rw)", std::nullopt},
       {"nothing", "", std::nullopt},

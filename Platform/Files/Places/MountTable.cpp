@@ -82,7 +82,9 @@ std::optional<Mount> parseLine(std::string_view line) {
   if (error != std::errc() || end != fields[0].data() + fields[0].size()) return std::nullopt;
   mount.mountPoint = withoutOctalEscapes(fields[4]);
   mount.root = withoutOctalEscapes(fields[3]);
-  if (!mount.mountPoint.starts_with('/') || mount.mountPoint.contains('\0')) return std::nullopt;
+  if (!mount.mountPoint.starts_with('/') || mount.mountPoint.contains('\0') || mount.root.empty()) {
+    return std::nullopt;
+  }
   mount.fileSystemType = separator[1];
   mount.source = withoutOctalEscapes(separator[2]);
   const bool hasOptions = fields.end() - separator > 3;
