@@ -1,0 +1,48 @@
+#!/usr/bin/env python3
+"""Kills the program at each of its calls of the file system and the database, and at any moment, and looks at
+what the next start makes of it."""
+
+from canary import World
+from torture import Report
+
+
+def after(world, result, is_undoing):
+    """What is wrong once the program has started again, and once it has run to the end."""
+    again = world.start_again()
+    problems = result.problems + again.problems + [f"next start: {line}" for line in again.of("error")]
+    problems += world.check(is_undoing=is_undoing)
+    if not is_undoing:
+        problems += [f"next run: {problem}" for problem in world.run_whole() + world.check()]
+    if problems and result.calls:
+        problems.insert(0, f"killed at {result.calls[0].function} {result.calls[0].path}")
+    return problems
+
+
+def kills(report, world, name, prepare, perform, is_undoing):
+    world.reset()
+    prepare()
+    calls = len(perform(action="trace").calls)
+    cases = [(f"{name} at {number}", {"action": "kill", "at": number})
+             for number in report.some(range(1, calls + 1), 40)]
+    cases += [(f"{name} at any moment at {number}", {"killed_after": report.random.uniform(0, 0.03)})
+              for number in range(report.count(170, 5))]
+    for label, how in cases:
+        if report.wants(label):
+            world.reset()
+            prepare()
+            report.case(label, after(world, perform(**how), is_undoing))
+
+
+def main():
+    report = Report(__doc__)
+    for disposal in ("bin", "delete"):
+        with World(report.tools, disposal) as world:
+            report.case(f"whole run to {disposal}", world.run_whole() + world.check(in_hand=0))
+            kills(report, world, f"run to {disposal}", lambda: None, world.run, False)
+            if disposal == "bin":
+                kills(report, world, "put-back", world.run, world.undo, True)
+    report.end()
+
+
+if __name__ == "__main__":
+    main()
