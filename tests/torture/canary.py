@@ -41,7 +41,8 @@ OUTSIDE = {"precious": File(0o400), "shared": File(), "album": {"picture": File(
 Entry = collections.namedtuple("Entry", "kind mode content modified changed attributes")
 
 
-def entry_of(path, values):
+def entry_of(path, values=None):
+    values = values or os.lstat(path)
     kind = stat.S_IFMT(values.st_mode)
     content = ""
     if kind == stat.S_IFREG:
@@ -62,7 +63,7 @@ def snapshot(top):
     while pending:
         relative = pending.pop()
         path = os.path.join(top, relative)
-        found[relative] = entry_of(path, os.lstat(path))
+        found[relative] = entry_of(path)
         with os.scandir(path) as entries:
             for entry in entries:
                 below = entry.name if relative == "." else os.path.join(relative, entry.name)
@@ -190,6 +191,13 @@ class World:
             self.put(self.folder, self.due | self.kept)
         self.remember()
 
+    def follow_again(self):
+        """Undoes that the engine took another directory for the folder, which had lain in its place."""
+        with contextlib.closing(sqlite3.connect(self.database)) as connection, connection:
+            connection.execute("ATTACH ? AS prepared", (self._prepared,))
+            connection.execute('UPDATE "folder" SET ("path", "bookmark") = (SELECT "path", "bookmark" FROM '
+                               'prepared."folder" AS old WHERE old."id" = "folder"."id")')
+
     def remember(self):
         """What is there now is what the check compares with."""
         self.before = snapshot(self.folder)
@@ -238,17 +246,25 @@ class World:
             path = urllib.parse.unquote(fields.get("Path", ""), errors="surrogateescape")
             yield name.removesuffix(".trashinfo"), path
 
-    def check(self, in_hand=1, touched=(), is_undoing=False):
+    def check(self, in_hand=1, touched=(), is_undoing=False, also_at=()):
         """Answers a list of sentences, empty where all is well. As many items as `in_hand` says may lack their
-        row; `touched` are items that others changed, looked at by whoever changed them."""
-        return Check(self, set(touched), is_undoing).problems(in_hand)
+        row; `touched` are items that others changed, looked at by whoever changed them; `also_at` are places
+        where the folder has been meanwhile."""
+        return Check(self, set(touched), is_undoing, {self.folder, *also_at}).problems(in_hand)
+
+    def lost(self, *snapshots):
+        """Of snapshots of before what doesn't lie anywhere any more, or twice."""
+        there = collections.Counter(entry.content for entry in snapshot(self.root).values() if entry.content)
+        return [f"{path} lies in {there[entry.content]} places" for before in snapshots
+                for path, entry in before.items() if entry.content and there[entry.content] != 1]
 
 
 class Check:
-    def __init__(self, world, touched, is_undoing):
+    def __init__(self, world, touched, is_undoing, places):
         self.world = world
         self.touched = touched
         self.is_undoing = is_undoing
+        self.places = places
         self.now = snapshot(world.folder)
         files = os.path.join(world.trash, "files")
         self.binned = snapshot(files) if os.path.isdir(files) else {}
@@ -295,7 +311,7 @@ class Check:
         for name, path in self.world.records():
             if name not in self.binned:
                 self.found.append(f"a record without its file: {name} of {path}")
-            elif os.path.dirname(path) == self.world.folder:
+            elif os.path.dirname(path) in self.places:
                 self.recorded[os.path.basename(path)].append(name)
             else:
                 self.found.append(f"a record of another place: {name} of {path}")

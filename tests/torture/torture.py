@@ -44,7 +44,7 @@ class Report:
         return self._only is None or self._only == label
 
     def case(self, label, problems, number=1):
-        group = label.split(" at ")[0]
+        group = label.split(",")[0].split(" at ")[0]
         self.counts[group] = self.counts.get(group, 0) + number
         if not problems:
             return
