@@ -38,7 +38,7 @@ class Report:
         windows = list(windows)
         if self.is_full or self._only or len(windows) <= most:
             return windows
-        return sorted(self.random.sample(windows, most))
+        return [windows[index] for index in sorted(self.random.sample(range(len(windows)), most))]
 
     def wants(self, label):
         return self._only is None or self._only == label
