@@ -18,7 +18,9 @@ def exchange(from_directory, name, to_directory, other):
 
 
 def contents(path):
-    """Of a tree what makes it the same wherever it lies."""
+    """Of a tree what makes it the same wherever it lies; nothing where there is none."""
+    if not os.path.lexists(path):
+        return {}
     if not os.path.isdir(path) or os.path.islink(path):
         path, name = os.path.split(path)
         return parts({name: entry_of(os.path.join(path, name))}, name)
