@@ -41,6 +41,7 @@ class Report:
         return [windows[index] for index in sorted(self.random.sample(range(len(windows)), most))]
 
     def wants(self, label):
+        """Nothing for a label stands for what only all cases together can tell."""
         return self._only is None or self._only == label
 
     def case(self, label, problems, number=1):
