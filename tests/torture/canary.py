@@ -97,7 +97,9 @@ def as_user():
 
 
 class World:
-    def __init__(self, tools, disposal, due=None, kept=None, directory=None):
+    """Lies in a directory, by default a temporary one; the folder may lie on a drive of its own."""
+
+    def __init__(self, tools, disposal, due=None, kept=None, directory=None, drive=None):
         self.root = os.path.realpath(tempfile.mkdtemp(prefix="tidemar-torture-", dir=directory))
         if os.getuid() == 0:
             os.chown(self.root, ORDINARY_USER, ORDINARY_USER)
@@ -107,11 +109,12 @@ class World:
         if os.getuid() != 0:
             self.kept = {name: part for name, part in self.kept.items() if name != "unreadable"}
         self.home = os.path.join(self.root, "home")
-        self.folder = os.path.join(self.home, "Papers", "Temporary")
+        self.folder = os.path.join(drive or self.home, "Papers", "Temporary")
         self.untagged = os.path.join(self.home, "Papers", "Untagged")
         self.outside = os.path.join(self.root, "outside")
         self.data = os.path.join(self.home, ".local", "share")
-        self.trash = os.path.join(self.data, "Trash")
+        self.trash = os.path.join(drive, f".Trash-{ORDINARY_USER if os.getuid() == 0 else os.getuid()}") if drive \
+            else os.path.join(self.data, "Trash")
         self.database = os.path.join(self.data, "Tidemar", "tidemar.sqlite")
         self.drive = Driver(*tools, self.home, self.database)
         self._count = 0
@@ -132,7 +135,7 @@ class World:
         with as_user():
             for path in (self.folder, self.untagged, os.path.dirname(self.database), self.outside,
                          os.path.join(self.root, "run")):
-                os.makedirs(path, mode=0o700)
+                os.makedirs(path, mode=0o700, exist_ok=True)
             self.put(self.outside, OUTSIDE)
             self.put(self.untagged, {"old": File(), "tree": TREE})
         rules = (1, None, 0, 0, self.disposal, None)
@@ -244,7 +247,8 @@ class World:
             with open(os.path.join(info, name), errors="surrogateescape") as file:
                 fields = dict(line.split("=", 1) for line in file.read().splitlines() if "=" in line)
             path = urllib.parse.unquote(fields.get("Path", ""), errors="surrogateescape")
-            yield name.removesuffix(".trashinfo"), path
+            # Beside a drive's own Trash it is relative to the drive's top.
+            yield name.removesuffix(".trashinfo"), os.path.join(os.path.dirname(self.trash), path)
 
     def check(self, in_hand=1, touched=(), is_undoing=False, also_at=()):
         """Answers a list of sentences, empty where all is well. As many items as `in_hand` says may lack their
