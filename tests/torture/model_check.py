@@ -12,13 +12,13 @@ from fractions import Fraction
 import mounts
 from canary import as_user, remove
 from driver import ORDINARY_USER, Driver
-from model import DAY, Conditions, Rules, due, items, upcoming
+from model import DAY, PACKAGES, Conditions, Rules, due, items, upcoming
 from torture import Report
 
 AHEAD = (int(time.time()) // DAY + 10) * DAY
 BOOT = AHEAD + 5 * DAY
-FOLDERS = 25
-CASES = 40
+FOLDERS = 100
+CASES = 10
 NAMES = ["a", "b", "B", "ä", "a\u0308", "10", "9", "Z z", "x.AppDir", "y.RTFD", "p.photosLibrary", "AppDir", "x.app", "\udcff",
          ".hidden", ".seen", "a.AppDir.txt", "z.appdir", "ab", "a b", "-", "%", "ß", "ſ", "ﬀ", "Å", "\u212b", "e", "é"]
 
@@ -29,11 +29,13 @@ class Generator:
     def __init__(self, seed):
         self.random = random.Random(seed)
 
-    def date(self):
-        return AHEAD + self.random.choice((0, 1, DAY, 5 * DAY, self.random.randrange(20 * DAY)))
+    def date(self, path=""):
+        date = AHEAD + self.random.choice((0, 1, DAY, 5 * DAY, self.random.randrange(20 * DAY)))
+        # What lies where dates may not count is the youngest.
+        may_not_count = any(name.startswith(".") or name.lower().endswith(PACKAGES) for name in path.split("/")[:-1])
+        return date + (20 * DAY if may_not_count else 0)
 
     def fill(self, directory, depth):
-        """Answers whether there is a date ahead that counts for the directory."""
         names = self.random.sample(NAMES, self.random.randrange(8 if depth else 12))
         for name in names:
             self.entry(os.path.join(directory, name), depth, names)
@@ -49,7 +51,7 @@ class Generator:
                 # Only one date can be set on a directory, that of what lies in it.
                 self.file(os.path.join(path, "dated"))
             self.fill(path, depth + 1)
-            os.chmod(path, self.random.choice((0o755,) * 8 + ((0, 0o400, 0o100, 0o500) if depth else (0o700,))))
+            os.chmod(path, self.random.choice((0o755,) * 20 + ((0, 0o400, 0o100, 0o500) if depth else (0o700,))))
         elif kind == "link":
             os.symlink("a", path)
             self.set_date(path)
@@ -68,7 +70,7 @@ class Generator:
 
     def set_date(self, path):
         if self.random.random() < 0.9:
-            date = self.date() if self.random.random() < 0.9 else 0
+            date = self.date(path) if self.random.random() < 0.9 else 0
             os.utime(path, (date, date), follow_symlinks=False)
 
     def rules(self, sizes, disposal=None):
