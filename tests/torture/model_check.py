@@ -17,7 +17,7 @@ from torture import Report
 
 AHEAD = (int(time.time()) // DAY + 10) * DAY
 BOOT = AHEAD + 5 * DAY
-FOLDERS = 100
+FOLDERS = 50
 CASES = 10
 NAMES = ["a", "b", "B", "ä", "a\u0308", "10", "9", "Z z", "x.AppDir", "y.RTFD", "p.photosLibrary", "AppDir", "x.app", "\udcff",
          ".hidden", ".seen", "a.AppDir.txt", "z.appdir", "ab", "a b", "-", "%", "ß", "ſ", "ﬀ", "Å", "\u212b", "e", "é"]
@@ -217,7 +217,7 @@ def main():
     with places(report) as (home, drive):
         done = seed = 0
         seen = collections.Counter()
-        while done < report.count(10_000, 1_000):
+        while done < report.count(10_000, 2_000):
             seed += 1
             if report.wants(f"folders at {seed}"):
                 done += batch(report, seen, report.tools, seed, home, drive)
