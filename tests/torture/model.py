@@ -87,7 +87,8 @@ def items(folder):
 
 
 def order(item):
-    return item.freshness, unicodedata.normalize("NFC", item.name)
+    # Of bytes that are no text only the place among the others is left open.
+    return item.freshness, unicodedata.normalize("NFC", os.fsencode(item.name).decode(errors="replace"))
 
 
 def enough(wanted, dated):
