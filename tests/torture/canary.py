@@ -250,11 +250,11 @@ class World:
             # Beside a drive's own Trash it is relative to the drive's top.
             yield name.removesuffix(".trashinfo"), os.path.join(os.path.dirname(self.trash), path)
 
-    def check(self, in_hand=1, touched=(), is_undoing=False, also_at=()):
+    def check(self, in_hand=1, touched=(), is_undoing=False, also_at=(), may_wait=False):
         """Answers a list of sentences, empty where all is well. As many items as `in_hand` says may lack their
         row; `touched` are items that others changed, looked at by whoever changed them; `also_at` are places
-        where the folder has been meanwhile."""
-        return Check(self, set(touched), is_undoing, {self.folder, *also_at}).problems(in_hand)
+        where the folder has been meanwhile. A record may wait for its item, if that lies at its old place."""
+        return Check(self, set(touched), is_undoing, {self.folder, *also_at}, may_wait).problems(in_hand)
 
     def lost(self, *snapshots):
         """Of snapshots of before what doesn't lie anywhere any more, or twice."""
@@ -264,11 +264,12 @@ class World:
 
 
 class Check:
-    def __init__(self, world, touched, is_undoing, places):
+    def __init__(self, world, touched, is_undoing, places, may_wait):
         self.world = world
         self.touched = touched
         self.is_undoing = is_undoing
         self.places = places
+        self.may_wait = may_wait
         self.now = snapshot(world.folder)
         files = os.path.join(world.trash, "files")
         self.binned = snapshot(files) if os.path.isdir(files) else {}
@@ -314,7 +315,8 @@ class Check:
         self.recorded = collections.defaultdict(list)
         for name, path in self.world.records():
             if name not in self.binned:
-                self.found.append(f"a record without its file: {name} of {path}")
+                if not (self.may_wait and os.path.dirname(path) in self.places and os.path.basename(path) in self.now):
+                    self.found.append(f"a record without its file: {name} of {path}")
             elif os.path.dirname(path) in self.places:
                 self.recorded[os.path.basename(path)].append(name)
             else:

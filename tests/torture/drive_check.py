@@ -38,16 +38,17 @@ def lost(world, drive, operation, number, lose):
 
     perform = world.undo if operation == "put-back" else world.run
     result = perform(act=act, at=number, count=0)
+    under = world.under
     if lose is make_read_only:
         mounts.command("mount", "-o", "remount,rw", drive.place)
-    else:
+    elif is_lost:
         under = snapshot(drive.place)
         drive.mount()
     again = world.start_again()
     problems = result.problems + again.problems + [f"next start: {line}" for line in again.of("error")]
-    if lose is take_away and under != world.under:
+    if under != world.under:
         problems.append(f"what lies under the mount was {world.under} and is {under}")
-    problems += world.check(is_undoing=operation == "put-back")
+    problems += world.check(is_undoing=operation == "put-back", may_wait=True)
     if operation != "put-back":
         problems += [f"next run: {problem}" for problem in world.run_whole() + world.check()]
     return calls[-1:] * bool(problems) + problems

@@ -23,7 +23,7 @@ def failed(world, operation, settings):
     result = perform(action="fail", **settings)
     again = world.start_again()
     problems = result.problems + again.problems + [f"next start: {line}" for line in again.of("error")]
-    problems += world.check(is_undoing=operation == "put-back")
+    problems += world.check(is_undoing=operation == "put-back", may_wait=True)
     if operation != "put-back":
         problems += [f"next run: {problem}" for problem in world.run_whole() + world.check()]
     if problems and result.calls:

@@ -55,17 +55,19 @@ class Ballast:
 
 
 def filled(world, drive, operation, what, left):
+    # A run before keeps some space for such a day.
     world.reset()
-    if operation == "put-back":
-        world.run()
+    world.run()
+    if operation != "put-back":
+        world.reset()
     ballast = Ballast(drive, what, left)
     result = world.undo() if operation == "put-back" else world.run()
     still_there = sorted(set(DUE) & set(os.listdir(world.folder))) if operation == "delete" else []
-    problems = result.problems + [f"full: {problem}" for problem in world.check(is_undoing=operation == "put-back")]
+    problems = result.problems + [f"full: {problem}" for problem in world.check(is_undoing=operation == "put-back", may_wait=True)]
     ballast.drop()
     again = world.start_again()
     problems += again.problems + [f"next start: {line}" for line in again.of("error")]
-    problems += world.check(is_undoing=operation == "put-back")
+    problems += world.check(is_undoing=operation == "put-back", may_wait=True)
     # To delete is what a full disk needs.
     problems += [f"not deleted on a full disk: {name}" for name in still_there]
     if operation != "put-back":
@@ -75,7 +77,7 @@ def filled(world, drive, operation, what, left):
 
 def main():
     report = Report(__doc__)
-    for drive in mounts.drives(report, ("ext4", "tmpfs"), {"tmpfs": "size=4m,nr_inodes=400"}):
+    for drive in mounts.drives(report, ("ext4", "tmpfs"), {"tmpfs": "size=60m,nr_inodes=400"}):
         for operation in ("bin", "delete", "put-back"):
             disposal = "delete" if operation == "delete" else "bin"
             with World(report.tools, disposal, DUE, KEPT, directory=drive.place) as world:

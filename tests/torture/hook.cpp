@@ -13,6 +13,8 @@
 //     TORTURE_SOCKET    for "ask": a socket that gets such a line as a packet. The call waits for
 //                       the reply: "go", "kill" or an errno value
 //
+// A nap takes a second of the steady clock, so that long patience with others ends soon.
+//
 // A line is "{number} {function} {path}", the path percent-encoded. Standard input, output and
 // error are left alone.
 
@@ -22,6 +24,7 @@
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <ctime>
 #include <string>
 #include <string_view>
 #include <type_traits>
@@ -189,6 +192,7 @@ PATH(int, open64, (const char* name, int flags, mode_t mode), (name, flags, mode
 PATH(FILE*, fopen, (const char* name, const char* mode), (name, mode))
 PATH(FILE*, fopen64, (const char* name, const char* mode), (name, mode))
 PATH(DIR*, opendir, (const char* name), (name))
+PATH(int, mkostemp, (char* name, int flags), (name, flags))
 PATH(int, access, (const char* name, int mode), (name, mode))
 PATH(int, stat, (const char* name, struct stat* values), (name, values))
 PATH(int, stat64, (const char* name, struct stat64* values), (name, values))
@@ -256,6 +260,23 @@ OPEN(ssize_t, pwrite64, (int descriptor, const void* bytes, size_t size, off_t s
 OPEN(ssize_t, pread, (int descriptor, void* bytes, size_t size, off_t start), (descriptor, bytes, size, start))
 OPEN(ssize_t, pwrite, (int descriptor, const void* bytes, size_t size, off_t start), (descriptor, bytes, size, start))
 // clang-format on
+
+std::atomic<long> naps = 0;
+
+extern "C" int wrapped_nanosleep(const timespec* time, timespec* left) __asm__("nanosleep");
+extern "C" int wrapped_nanosleep(const timespec* time, timespec* left) {
+  static const auto next = following<int (*)(const timespec*, timespec*)>("nanosleep");
+  ++naps;
+  return next(time, left);
+}
+
+extern "C" int wrapped_clock_gettime(clockid_t clock, timespec* time) __asm__("clock_gettime");
+extern "C" int wrapped_clock_gettime(clockid_t clock, timespec* time) {
+  static const auto next = following<int (*)(clockid_t, timespec*)>("clock_gettime");
+  const int result = next(clock, time);
+  if (clock == CLOCK_MONOTONIC) time->tv_sec += naps;
+  return result;
+}
 
 // Answers its errno value itself.
 extern "C" int wrapped_posix_fallocate(int descriptor, off_t start,

@@ -10,7 +10,7 @@ def after(world, result, is_undoing):
     """What is wrong once the program has started again, and once it has run to the end."""
     again = world.start_again()
     problems = result.problems + again.problems + [f"next start: {line}" for line in again.of("error")]
-    problems += world.check(is_undoing=is_undoing)
+    problems += world.check(is_undoing=is_undoing, may_wait=True)
     if not is_undoing:
         problems += [f"next run: {problem}" for problem in world.run_whole() + world.check()]
     if problems and result.calls:

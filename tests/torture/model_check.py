@@ -19,8 +19,9 @@ AHEAD = (int(time.time()) // DAY + 10) * DAY
 BOOT = AHEAD + 5 * DAY
 FOLDERS = 50
 CASES = 10
-NAMES = ["a", "b", "B", "ä", "a\u0308", "10", "9", "Z z", "x.AppDir", "y.RTFD", "p.photosLibrary", "AppDir", "x.app", "\udcff",
-         ".hidden", ".seen", "a.AppDir.txt", "z.appdir", "ab", "a b", "-", "%", "ß", "ſ", "ﬀ", "Å", "\u212b", "e", "é"]
+# No two that are the same text: their order is left open.
+NAMES = ["a", "b", "B", "a\u0308", "10", "9", "Z z", "x.AppDir", "y.RTFD", "p.photosLibrary", "AppDir", "x.app", "\udcff",
+         ".hidden", ".seen", "a.AppDir.txt", "z.appdir", "ab", "a b", "-", "%", "ß", "ſ", "ﬀ", "\u212b", "e", "é"]
 
 
 class Generator:

@@ -45,7 +45,7 @@ def mounted(place, *words):
 class Drive:
     """A file system in a file, or one in memory, which can be taken away and brought back."""
 
-    SIZES = {"ext4": "32M", "xfs": "300M", "btrfs": "128M"}
+    SIZES = {"ext4": "80M", "xfs": "300M", "btrfs": "128M"}
     OPTIONS = {"ext4": ["-q", "-F", "-m", "0", "-N", "1000"], "xfs": ["-q", "-f"], "btrfs": ["-q", "-f"]}
 
     def __init__(self, directory, kind, options=""):

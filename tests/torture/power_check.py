@@ -50,7 +50,7 @@ def failed(world, drive, operation, number, how):
     again = world.start_again()
     problems = result.problems + again.problems + [f"next start: {line}" for line in again.of("error")]
     problems += [f"an empty record: {name}" for name, path in world.records() if not os.path.basename(path)]
-    problems += world.check(is_undoing=operation == "put-back")
+    problems += world.check(is_undoing=operation == "put-back", may_wait=True)
     if operation != "put-back":
         problems += [f"next run: {problem}" for problem in world.run_whole() + world.check()]
     return calls * bool(problems) + problems

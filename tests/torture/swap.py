@@ -38,12 +38,14 @@ def differences(what, before, now):
 
 class Swap:
     """Of one entry for a decoy that lies elsewhere: by a link to the decoy in its place, or by exchanging both.
-    Holds its directory open, so it finds the entry wherever that directory has gone meanwhile."""
+    Holds its directory open, so it finds the entry wherever that directory has gone meanwhile. Nothing in the
+    entry may go while it lies elsewhere, unless it is one that may change there."""
 
-    def __init__(self, path, decoy, method):
+    def __init__(self, path, decoy, method, may_change=False):
         self.name = os.path.basename(path)
         self.decoy = decoy
         self.method = method
+        self.may_change = may_change
         self.directory = os.open(os.path.dirname(path), os.O_PATH)
         self.decoys = os.open(os.path.dirname(decoy), os.O_PATH)
         # Where the entry lies while the decoy stands in its place.
@@ -67,12 +69,12 @@ class Swap:
             self.is_done = True
             self._moved = contents(self.refuge)
 
-    def undo(self, may_change=False):
+    def undo(self):
         if not self.is_done:
             return
         self.is_done = False
         try:
-            if not may_change:
+            if not self.may_change:
                 self.problems += differences(f"moved away, {self.name}", self._moved, contents(self.refuge))
             if self.method == "exchange":
                 self._exchange()

@@ -14,6 +14,7 @@ from torture import Report
 DUE = {"file": File(), "tree": {"a": File(), "inner": {"b": File(), "c": File()}}}
 KEPT = {".hidden item": File(), "fresh": File(fresh=True)}
 METHODS = ("link", "exchange")
+TRASH = ("files", "info", "Trash")
 
 
 def fresh(entries):
@@ -60,20 +61,20 @@ class SwapWorld(World):
         place = self.places()[name]
         if operation == "put-back" and name in ("file", "tree", "inner", "a"):
             place = place.replace(self.folder, os.path.join(self.trash, "files"))
-        return Swap(place, os.path.join(self.decoys, name), method)
+        # The folder is the same wherever it lies, and the Trash of whoever holds it open too.
+        may_change = name in ("folder", "above", *TRASH)
+        return Swap(place, os.path.join(self.decoys, name), method, may_change)
 
     def perform(self, operation, **settings):
         return self.undo(**settings) if operation == "put-back" else self.run(**settings)
 
     def problems_after(self, result, swap, operation):
         name = os.path.basename(swap.decoy)
-        is_trash = name in ("files", "info", "Trash")
-        is_folder = name in ("folder", "above")
         with as_user():
-            swap.undo(may_change=is_trash or is_folder)
+            swap.undo()
             self.follow_again()
         self.start_again()
-        if swap.method == "exchange" and is_trash or operation == "put-back" and name in ("file", "tree"):
+        if swap.method == "exchange" and name in TRASH or operation == "put-back" and name in ("file", "tree"):
             # What stands in the Trash's place is the Trash, and what lies in the item's place there is the item.
             return result.problems + (self.lost(self.before, self.decoys_before) if self.disposal == "bin" else [])
         problems = result.problems + swap.problems
@@ -129,7 +130,7 @@ def at_random(report, world, operation, names):
 def main():
     report = Report(__doc__)
     for operation in ("bin", "delete", "put-back"):
-        names = [name for name in DECOYS if operation != "delete" or name not in ("files", "info", "Trash")]
+        names = [name for name in DECOYS if operation != "delete" or name not in TRASH]
         with SwapWorld(report.tools, "delete" if operation == "delete" else "bin") as world:
             at_every_call(report, world, operation, names)
             at_random(report, world, operation, names)
