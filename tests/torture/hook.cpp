@@ -4,7 +4,7 @@
 //     TORTURE_ACTION    kill: the process dies before the call
 //                       fail: the call isn't made and fails with the errno value TORTURE_ERRNO
 //                       ask: another process acts meanwhile, see below
-//                       trace: nothing happens
+//                       trace, count: nothing happens
 //     TORTURE_FROM      the number of the first call to act at, from 1
 //     TORTURE_COUNT     how many calls to act at; 0 for all that follow
 //     TORTURE_FUNCTION  counts the calls of this one function alone
@@ -143,7 +143,8 @@ int meet(const char* function, const Subject& subject) {
   if (!settings.function.empty() && settings.function != function) return 0;
 
   const long number = ++calls;
-  const bool isMeant = settings.action != "trace" && number >= settings.from &&
+  const bool isMeant = settings.action != "trace" && settings.action != "count" &&
+                       number >= settings.from &&
                        (settings.count == 0 || number < settings.from + settings.count);
   if (!isMeant && settings.trace < 0) return 0;
 

@@ -2,7 +2,7 @@
 """Kills the program at each of its calls of the file system and the database, and at any moment, and looks at
 what the next start makes of it."""
 
-from canary import World
+from canary import FAR_FUTURE, World
 from torture import Report
 
 
@@ -33,12 +33,31 @@ def kills(report, world, name, prepare, perform, is_undoing):
             report.case(label, after(world, perform(**how), is_undoing))
 
 
+def kills_again(report, world):
+    """A next start that is killed too while it gives back what a killed run had taken, or puts records right."""
+    world.reset()
+    calls = [call for call in world.run(action="trace").calls if call.function in ("renameat2", "unlinkat", "mkdirat")]
+    for first in report.some(calls, 4):
+        world.reset()
+        world.run(action="kill", at=first.number)
+        count = len(world.drive(("status", 1, FAR_FUTURE), action="trace").calls)
+        for number in report.some(range(1, count + 1), 6):
+            label = f"{world.disposal} again at {first.number} and {number}"
+            if report.wants(label):
+                world.reset()
+                world.run(action="kill", at=first.number)
+                result = world.drive(("status", 1, FAR_FUTURE), action="kill", at=number)
+                problems = after(world, result, False)
+                report.case(label, [f"first killed at {first.function} {first.path}"] * bool(problems) + problems)
+
+
 def main():
     report = Report(__doc__)
     for disposal in ("bin", "delete"):
         with World(report.tools, disposal) as world:
             report.case(f"whole run to {disposal}", world.run_whole() + world.check(in_hand=0))
             kills(report, world, f"run to {disposal}", lambda: None, world.run, False)
+            kills_again(report, world)
             if disposal == "bin":
                 kills(report, world, "put-back", world.run, world.undo, True)
     report.end()
