@@ -6,6 +6,7 @@ import contextlib
 import itertools
 import os
 
+import fuse
 import mounts
 from canary import FAR_FUTURE, File, World, as_user
 from driver import ORDINARY_USER
@@ -40,6 +41,11 @@ def bound_file(world, place, stack):
     stack.enter_context(mounts.mounted(path, "--bind", os.path.join(world.outside, "precious")))
 
 
+def served(world, place, stack):
+    """By a program of the user's."""
+    stack.enter_context(fuse.mounted(place))
+
+
 def subvolume(world, place, stack):
     os.rmdir(place)
     mounts.command("btrfs", "subvolume", "create", place)
@@ -72,7 +78,7 @@ def temporary_folder(world, place, stack):
 
 
 # Each by what has to be at hand for it.
-BOUNDARIES = {"mount": (memory, bound_directory, bound_file), "btrfs": (subvolume,),
+BOUNDARIES = {"mount": (memory, bound_directory, bound_file), "fuse": (served,), "btrfs": (subvolume,),
               "": (home, data, documents, temporary_folder)}
 
 
@@ -85,7 +91,7 @@ def stays(world, prepare, shape, depth):
             os.makedirs(place)
         prepare(world, place, stack)
         with as_user():
-            if os.access(place, os.W_OK) and prepare not in (bound_directory, bound_file):
+            if os.access(place, os.W_OK) and prepare not in (bound_directory, bound_file, served):
                 world.write(os.path.join(place, "precious"))
         before = contents(world.path(item))
         result = world.run()
@@ -108,8 +114,10 @@ def directories(report, needed):
     if needed == "btrfs":
         for drive in mounts.drives(report, ("btrfs",)):
             yield drive.place
-    elif needed == "mount" and reason:
-        report.skip(f"mounts: {reason}")
+    elif needed in ("mount", "fuse") and reason:
+        report.skip(f"{needed}: {reason}")
+    elif needed == "fuse" and not os.path.exists("/dev/fuse"):
+        report.skip("no file systems in user space")
     else:
         yield None
 

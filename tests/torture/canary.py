@@ -51,8 +51,11 @@ def entry_of(path, values=None):
         content = data.decode() if len(data) < 1000 else hashlib.sha256(data).hexdigest()
     elif kind == stat.S_IFLNK:
         content = os.readlink(path)
-    attributes = () if kind == stat.S_IFLNK else tuple(
-        (key, os.getxattr(path, key)) for key in sorted(os.listxattr(path)))
+    attributes = ()
+    # Some file systems keep none.
+    with contextlib.suppress(OSError):
+        if kind != stat.S_IFLNK:
+            attributes = tuple((key, os.getxattr(path, key)) for key in sorted(os.listxattr(path)))
     return Entry(kind, stat.S_IMODE(values.st_mode), content, values.st_mtime_ns, values.st_ctime_ns, attributes)
 
 
