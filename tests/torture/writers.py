@@ -1,177 +1,149 @@
-"""Programs that go on writing into a folder while it is cleared. Each prepares before the run, acts once during it,
-and then answers with what it wrote; that must lie somewhere afterwards."""
+#!/usr/bin/env python3
+"""Programs save, append, drop and drag at every call of a run, and all the time: nothing that they wrote may be
+lost."""
 
 import contextlib
 import mmap
 import os
-import threading
+import random
+import tempfile
 
-from canary import FRESH
+from machine.canary import FRESH, File, World, as_user, remove, snapshot
+from machine.driver import ORDINARY_USER
+from machine.report import Report
+from machine.writing import WRITERS
 
-SAVED = "saved by someone "
+FILES = 300
+SAVES = 3000
+BEGUN, ENDED = 0, 1
+DUE = {"file": File(), "tree": {"a": File(), "inner": {"b": File(), "c": File()}}}
+KEPT = {".hidden item": File(), "fresh": File(fresh=True)}
 
 
-class Writer:
-    """Holds the directories open, as a program with its working directory there does. Files are top-level ones or
-    lie in a tree; what it writes is no longer due by any rule."""
-
-    def __init__(self, world, where):
-        self.folder = os.open(world.folder, os.O_RDONLY)
-        self.tree = os.open(world.path("tree"), os.O_RDONLY)
-        self.inner = os.open(world.path("tree", "inner"), os.O_RDONLY)
-        self.outside = os.open(world.aside, os.O_RDONLY)
-        self.directory, self.name = {"item": (self.folder, "file"), "tree": (self.tree, "a"),
-                                     "inner": (self.inner, "b")}[where]
-        self.written = []
-        self.prepare()
+class WriterWorld(World):
+    def __init__(self, tools, disposal):
+        super().__init__(tools, disposal, DUE, KEPT)
+        self.aside = os.path.join(self.home, "Aside")
 
     def prepare(self):
-        pass
+        self.reset()
+        with as_user():
+            if os.path.isdir(self.aside):
+                remove(self.aside)
+            os.mkdir(self.aside)
 
-    def close(self):
-        for descriptor in (self.folder, self.tree, self.inner, self.outside):
-            os.close(descriptor)
+    def problems_after(self, result, written):
+        self.start_again()
+        # What is written comes back under its own name, or beside what has taken that name.
+        names = [name for name in os.listdir(self.folder) if name.startswith(("file", "tree", ".saving"))]
+        problems = result.problems + self.check(touched={*DUE, *names})
+        there = "".join(entry.content for entry in snapshot(self.root).values())
+        problems += [f"lost: {text!r}" for text in written if text not in there]
+        gone = {row["name"] for row in self.journal()}
+        if "tree" in gone & set(names):
+            problems.append("the journal says that the tree has gone")
+        return problems
 
-    def text(self):
-        self.written.append(f"{SAVED}{type(self).__name__} {len(self.written)}\n")
-        return self.written[-1].encode()
 
-    def open(self, name, flags):
-        return os.open(name, flags, 0o644, dir_fd=self.directory)
+def written_at(world, kind, where, number):
+    world.prepare()
+    with as_user():
+        writer = kind(world, where)
 
-    def make(self, name, fresh=True):
-        """A new file, if the directory still takes one."""
-        text = self.text()
+    def act(call):
+        calls.append(f"written at {call.function} {call.path}")
+        with as_user():
+            writer.act()
+        return "go"
+
+    calls = []
+    with contextlib.closing(writer):
+        result = world.run(act=act, at=number)
+    problems = world.problems_after(result, writer.written)
+    return calls * bool(problems) + problems
+
+
+def at_every_call(report, world):
+    world.prepare()
+    calls = world.run(action="trace").calls
+    # What was written before the plan may be due. The time of the last start is the last thing that is read for it.
+    first = 1 + max(call.number for call in calls if call.path.startswith("/proc/s"))
+    for kind, where in WRITERS:
+        for number in report.some(range(first, len(calls) + 1), 2):
+            label = f"{world.disposal}, {kind.__name__} {where} at {number}"
+            if report.wants(label):
+                report.case(label, written_at(world, kind, where, number))
+
+
+def saves_all_the_time(world, seed):
+    """Another process saves by renaming, as fast as it can, into a directory of many files."""
+    world.prepare()
+    with as_user():
+        for number in range(FILES):
+            world.write(world.path("tree", "inner", str(number)))
+    world.remember()
+    children = []
+    with mmap.mmap(-1, 2) as flags, tempfile.TemporaryFile() as log:
+        def begin(call):
+            if children or "/tree/" not in call.path:
+                return "go"
+            children.append(os.fork())
+            if children[-1] == 0:
+                save(world.path("tree", "inner"), seed, flags, log.fileno())
+            while not flags[BEGUN]:
+                pass
+            return "go"
+
+        # From the first file on that goes from the tree.
+        result = world.run(act=begin, function="unlinkat", count=0)
+        flags[ENDED] = 1
+        for child in children:
+            os.waitpid(child, 0)
+        log.seek(0)
+        saved = {line.split()[2]: line for line in log.read().decode().splitlines(keepends=True)}
+    return world.problems_after(result, saved.values())
+
+
+def save(path, seed, flags, log):
+    """Until told to end, or until the directory has gone."""
+    if os.getuid() == 0:
+        os.setgid(ORDINARY_USER)
+        os.setuid(ORDINARY_USER)
+    generator = random.Random(seed)
+    directory = os.open(path, os.O_RDONLY)
+    for number in range(SAVES):
+        if flags[ENDED]:
+            break
+        name = str(generator.randrange(FILES))
+        text = f"saved as {name} {number}\n".encode()
         try:
-            descriptor = self.open(name, os.O_WRONLY | os.O_CREAT | os.O_EXCL)
+            file = os.open(".saving", os.O_WRONLY | os.O_CREAT | os.O_TRUNC, 0o644, dir_fd=directory)
         except FileNotFoundError:
-            self.written.pop()
-            return False
-        os.write(descriptor, text)
-        if fresh:
-            os.utime(descriptor, (FRESH, FRESH))
-        os.close(descriptor)
-        return True
-
-    def rename(self, name, other):
-        os.rename(name, other, src_dir_fd=self.directory, dst_dir_fd=self.directory)
-
-
-class SavesByRename(Writer):
-    """As most editors do."""
-
-    def act(self):
-        if self.make(".saving"):
-            self.rename(".saving", self.name)
-
-
-class SavesKeepingTheDate(Writer):
-    """As a program does that brings back another version of a file."""
-
-    def prepare(self):
-        self.date = os.stat(self.name, dir_fd=self.directory).st_mtime_ns
-
-    def act(self):
-        if self.make(".saving", fresh=False):
-            os.utime(".saving", ns=(self.date, self.date), dir_fd=self.directory)
-            self.rename(".saving", self.name)
-
-
-class Appends(Writer):
-    """Through a descriptor that it has held all the time."""
-
-    def prepare(self):
-        self.file = self.open(self.name, os.O_WRONLY | os.O_APPEND)
-
-    def act(self):
-        os.write(self.file, self.text())
-
-    def close(self):
-        os.close(self.file)
-        super().close()
-
-
-class OpensAndAppends(Writer):
-    """Without waiting where someone holds a lease on the file."""
-
-    def act(self):
-        with contextlib.suppress(FileNotFoundError, BlockingIOError):
-            file = self.open(self.name, os.O_WRONLY | os.O_APPEND | os.O_NONBLOCK)
-            os.write(file, self.text())
-            os.close(file)
-
-
-class WaitsAndAppends(Writer):
-    """Waits until it may open the file."""
-
-    def act(self):
-        self.thread = threading.Thread(target=self._append)
-        self.thread.start()
-        # Long enough for it to be inside its call, where a lease stops it.
-        self.thread.join(0.002)
-
-    def _append(self):
-        with contextlib.suppress(FileNotFoundError):
-            file = self.open(self.name, os.O_WRONLY | os.O_APPEND)
-            os.write(file, self.text())
-            os.close(file)
-
-    def close(self):
-        if hasattr(self, "thread"):
-            self.thread.join()
-        super().close()
-
-
-class StoresInAMapping(Writer):
-    """The file itself it has closed."""
-
-    def prepare(self):
-        file = self.open(self.name, os.O_RDWR)
-        self.mapping = mmap.mmap(file, 0)
+            break
+        os.write(file, text)
+        os.utime(file, (FRESH, FRESH))
         os.close(file)
-
-    def act(self):
-        text = self.text()
-        self.mapping[:len(text)] = text
-        self.mapping.flush()
-
-    def close(self):
-        self.mapping.close()
-        super().close()
-
-
-class DropsAFile(Writer):
-    def act(self):
-        self.make("dropped")
-
-
-class DropsADirectory(Writer):
-    """Whose files are old."""
-
-    def prepare(self):
-        os.mkdir("dropped", dir_fd=self.outside)
-        descriptor = os.open("dropped/old", os.O_WRONLY | os.O_CREAT, 0o644, dir_fd=self.outside)
-        os.write(descriptor, self.text())
-        os.utime(descriptor, (0, 0))
-        os.close(descriptor)
-
-    def act(self):
+        # What wasn't renamed yet may have been taken for an old file: it was never saved.
         with contextlib.suppress(FileNotFoundError):
-            os.rename("dropped", "dropped", src_dir_fd=self.outside, dst_dir_fd=self.directory)
+            os.rename(".saving", name, src_dir_fd=directory, dst_dir_fd=directory)
+            os.write(log, text)
+        flags[BEGUN] = 1
+    flags[BEGUN] = 1
+    os._exit(0)
 
 
-class DragsADirectoryOut(Writer):
-    """With all that still lies in it."""
+def main():
+    report = Report(__doc__)
+    for disposal in ("bin", "delete"):
+        with WriterWorld(report.tools, disposal) as world:
+            at_every_call(report, world)
+    with WriterWorld(report.tools, "delete") as world:
+        for seed in range(1, report.count(300, 2) + 1):
+            label = f"saves all the time, seed {seed}"
+            if report.wants(label):
+                report.case(label, saves_all_the_time(world, seed))
+    report.end()
 
-    def act(self):
-        with contextlib.suppress(FileNotFoundError):
-            os.rename("inner", "dragged", src_dir_fd=self.tree, dst_dir_fd=self.outside)
-            for name in os.listdir(self.inner):
-                with open(name, opener=lambda name, flags: os.open(name, flags, dir_fd=self.inner)) as file:
-                    self.written.append(file.read())
 
-
-EVERYWHERE = (SavesByRename, SavesKeepingTheDate, Appends, OpensAndAppends, WaitsAndAppends, StoresInAMapping)
-WRITERS = [(kind, where) for kind in EVERYWHERE for where in ("item", "tree", "inner")] + [
-    (DropsAFile, "tree"), (DropsAFile, "inner"), (DropsADirectory, "tree"), (DropsADirectory, "inner"),
-    (DragsADirectoryOut, "tree")]
+if __name__ == "__main__":
+    main()

@@ -9,11 +9,11 @@ import tempfile
 import time
 from fractions import Fraction
 
-import mounts
-from canary import as_user, remove
-from driver import ORDINARY_USER, Driver
-from model import DAY, PACKAGES, Conditions, Rules, due, items, upcoming
-from torture import Report
+from machine import mounts
+from machine.canary import as_user, remove
+from machine.driver import ORDINARY_USER, Driver
+from machine.model import DAY, PACKAGES, Conditions, Rules, due, items, upcoming
+from machine.report import Report
 
 AHEAD = (int(time.time()) // DAY + 10) * DAY
 BOOT = AHEAD + 5 * DAY

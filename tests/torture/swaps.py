@@ -7,9 +7,9 @@ import itertools
 import os
 import random
 
-from canary import File, World, as_user, remove, snapshot
-from swap import Swap, contents, contents_of, differences
-from torture import Report
+from machine.canary import File, World, as_user, remove, snapshot
+from machine.report import Report
+from machine.swap import Swap, contents, contents_of, differences
 
 DUE = {"file": File(), "tree": {"a": File(), "inner": {"b": File(), "c": File()}}}
 KEPT = {".hidden item": File(), "fresh": File(fresh=True)}
@@ -105,7 +105,7 @@ def at_every_call(report, world, operation, names):
     calls = world.perform(operation, action="trace").calls
     first = next(call.number for call in calls if call.path.startswith(world.folder))
     for name, method, count in itertools.product(names, METHODS, (1, 2)):
-        for number in report.some(range(first, len(calls) + 1), 2):
+        for number in report.some(range(first, len(calls) + 1), 1):
             label = f"{operation}, {name} by {method} {'for good' if count == 1 else 'once'} at {number}"
             if report.wants(label):
                 report.case(label, swapped(world, operation, name, method, lambda: True, at=number, count=count)[1])
@@ -113,7 +113,7 @@ def at_every_call(report, world, operation, names):
 
 def at_random(report, world, operation, names):
     done = seed = 0
-    while done < report.count(33_400, 60):
+    while done < report.count(33_400, 40):
         seed += 1
         label = f"{operation}, at random with seed {seed}"
         generator = random.Random(seed)

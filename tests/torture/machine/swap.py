@@ -4,7 +4,7 @@ import contextlib
 import ctypes
 import os
 
-from canary import FRESH, entry_of, parts, snapshot
+from machine.canary import FRESH, entry_of, parts, snapshot
 
 RENAME_EXCHANGE = 2
 _libc = ctypes.CDLL(None, use_errno=True)

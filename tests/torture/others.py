@@ -6,8 +6,8 @@ import contextlib
 import os
 import sqlite3
 
-from canary import FAR_FUTURE, File, World, as_user
-from torture import Report
+from machine.canary import FAR_FUTURE, File, World, as_user
+from machine.report import Report
 
 DUE = {"file": File(), "tree": {"a": File(), "inner": {"b": File(), "c": File()}}, "other": File(),
        "last": {"a": File()}}
@@ -159,7 +159,7 @@ def main():
         with World(report.tools, disposal, DUE, KEPT) as world:
             count = len(world.run(action="trace").calls)
             for kind in OTHERS:
-                for number in report.some(range(1, count + 1), 5):
+                for number in report.some(range(1, count + 1), 3):
                     label = f"{disposal}, {kind.__name__} at {number}"
                     if report.wants(label):
                         report.case(label, met(world, kind, number))

@@ -5,8 +5,8 @@ a quota, rights or another process can bring about."""
 import errno
 import itertools
 
-from canary import TREE, File, Link, World
-from torture import Report
+from machine.canary import TREE, File, Link, World
+from machine.report import Report
 
 DUE = {"file": File(), "tree": TREE, "to precious": Link("../../../outside/precious"), "last": File()}
 KEPT = {".hidden item": File(), "fresh": File(fresh=True)}
@@ -54,7 +54,7 @@ def main():
     for disposal in ("bin", "delete"):
         with World(report.tools, disposal, DUE, KEPT) as world:
             for operation in (disposal, "put-back") if disposal == "bin" else (disposal,):
-                for label, settings in report.some(cases(world, operation), 70):
+                for label, settings in report.some(cases(world, operation), 25):
                     if report.wants(label):
                         report.case(label, failed(world, operation, settings))
     report.end()

@@ -4,9 +4,9 @@
 import os
 import subprocess
 
-import mounts
-from canary import TREE, File, World, as_user, snapshot
-from torture import Report
+from machine import mounts
+from machine.canary import TREE, File, World, as_user, snapshot
+from machine.report import Report
 
 DUE = {"file": File(), "tree": TREE, "last": {"a": File()}}
 KEPT = {".hidden item": File(), "fresh": File(fresh=True)}

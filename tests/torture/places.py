@@ -6,12 +6,11 @@ import contextlib
 import itertools
 import os
 
-import fuse
-import mounts
-from canary import FAR_FUTURE, File, World, as_user
-from driver import ORDINARY_USER
-from swap import contents
-from torture import Report
+from machine import fuse, mounts
+from machine.canary import FAR_FUTURE, File, World, as_user
+from machine.driver import ORDINARY_USER
+from machine.report import Report
+from machine.swap import contents
 
 DUE = {"file": File(), "tree": {"a": File()}}
 DEPTHS = range(6)

@@ -7,9 +7,9 @@ import os
 import random
 import sqlite3
 
-from canary import FAR_FUTURE, File, Link, World, as_user, snapshot
-from swap import contents, differences
-from torture import Report
+from machine.canary import FAR_FUTURE, File, Link, World, as_user, snapshot
+from machine.report import Report
+from machine.swap import contents, differences
 
 BATCH = 500
 AT_ONCE = 50
@@ -133,13 +133,13 @@ def undo_with_record(world, kind):
 def main():
     report = Report(__doc__)
     with World(report.tools, "bin", {}, {}) as world, World(report.tools, "delete", {}, {}) as deleting:
-        for seed in range(1, report.count(20, 2) + 1):
+        for seed in range(1, report.count(20, 1) + 1):
             if report.wants(f"there and back at {seed}"):
                 report.case(f"there and back at {seed}", there_and_back(world, seed), BATCH)
         for seed in range(1, report.count(3, 1) + 1):
             if report.wants(f"deleted at {seed}"):
                 report.case(f"deleted at {seed}", there_and_back(deleting, seed), BATCH)
-        numbers = report.some(range(len(forged_rows(world))), 300)
+        numbers = report.some(range(len(forged_rows(world))), 100)
     for start in range(0, len(numbers), AT_ONCE):
         if report.wants(f"forged rows at {start}"):
             # What such a row moves away may be anything, the folder itself included.

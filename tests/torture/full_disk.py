@@ -7,9 +7,9 @@ import errno
 import itertools
 import os
 
-import mounts
-from canary import TREE, File, World, as_user
-from torture import Report
+from machine import mounts
+from machine.canary import TREE, File, World, as_user
+from machine.report import Report
 
 DUE = {"file": File(), "tree": TREE, "other": File(), "last": {"a": File()}}
 KEPT = {".hidden item": File(), "fresh": File(fresh=True)}

@@ -11,7 +11,7 @@ import stat
 import tempfile
 import urllib.parse
 
-from driver import FAR_FUTURE, ORDINARY_USER, Driver
+from machine.driver import FAR_FUTURE, ORDINARY_USER, Driver
 
 FRESH = FAR_FUTURE + 10_000_000
 REMAINS = (".tidemar-taken-", ".tidemar-copy-", ".tidemar-")

@@ -6,7 +6,7 @@ import errno
 import os
 import struct
 
-from driver import ORDINARY_USER
+from machine.driver import ORDINARY_USER
 
 LOOKUP, GETATTR, READ, STATFS, INIT, OPENDIR, READDIR, OPEN = 1, 3, 15, 17, 26, 27, 28, 14
 FORGET, BATCH_FORGET = 2, 42

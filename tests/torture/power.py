@@ -6,9 +6,9 @@ import ctypes
 import fcntl
 import os
 
-import mounts
-from canary import TREE, File, World
-from torture import Report
+from machine import mounts
+from machine.canary import TREE, File, World
+from machine.report import Report
 
 SHUTDOWN = 0x8004587D
 DUE = {"file": File(), "tree": TREE, "other": File(), "last": {"a": File()}}
