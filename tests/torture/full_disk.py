@@ -1,0 +1,92 @@
+#!/usr/bin/env python3
+"""The disk is full, of blocks or of entries, or nearly: what can't go stays, what goes has its record, and nothing is
+lost."""
+
+import contextlib
+import errno
+import itertools
+import os
+
+from machine import mounts
+from machine.canary import TREE, File, World, as_user
+from machine.report import Report
+
+DUE = {"file": File(), "tree": TREE, "other": File(), "last": {"a": File()}}
+KEPT = {".hidden item": File(), "fresh": File(fresh=True)}
+BLOCK = 4096
+
+
+class Ballast:
+    """Fills a drive but for some blocks or entries."""
+
+    def __init__(self, drive, what, left):
+        self.path = os.path.join(drive.place, "ballast")
+        self.what = what
+        with as_user():
+            os.mkdir(self.path)
+            (self._take_blocks if what == "blocks" else self._take_entries)(left)
+
+    def _take_blocks(self, left):
+        with open(os.path.join(self.path, "file"), "wb", buffering=0) as file:
+            with contextlib.suppress(OSError):
+                for size in (1 << 20, 1 << 16, BLOCK):
+                    with contextlib.suppress(OSError):
+                        while file.write(bytes(size)) == size:
+                            pass
+            file.truncate(max(0, file.tell() - left * BLOCK))
+            os.fsync(file.fileno())
+
+    def _take_entries(self, left):
+        count = 0
+        try:
+            while True:
+                os.mknod(os.path.join(self.path, str(count)))
+                count += 1
+        except OSError as error:
+            if error.errno != errno.ENOSPC:
+                raise
+        for number in range(count - min(left, count), count):
+            os.unlink(os.path.join(self.path, str(number)))
+
+    def drop(self):
+        for name in os.listdir(self.path):
+            os.unlink(os.path.join(self.path, name))
+        os.rmdir(self.path)
+
+
+def filled(world, drive, operation, what, left):
+    # A run before keeps some space for such a day.
+    world.reset()
+    world.run()
+    if operation != "put-back":
+        world.reset()
+    ballast = Ballast(drive, what, left)
+    result = world.undo() if operation == "put-back" else world.run()
+    still_there = sorted(set(DUE) & set(os.listdir(world.folder))) if operation == "delete" else []
+    problems = result.problems + [f"full: {problem}" for problem in world.check(is_undoing=operation == "put-back", may_wait=True)]
+    ballast.drop()
+    again = world.start_again()
+    problems += again.problems + [f"next start: {line}" for line in again.of("error")]
+    problems += world.check(is_undoing=operation == "put-back", may_wait=True)
+    # To delete is what a full disk needs.
+    problems += [f"not deleted on a full disk: {name}" for name in still_there]
+    if operation != "put-back":
+        problems += [f"next run: {problem}" for problem in world.run_whole() + world.check()]
+    return problems + ([str(line) for line in result.of("failed") + result.of("error")] if problems else [])
+
+
+def main():
+    report = Report(__doc__)
+    for drive in mounts.drives(report, ("ext4", "tmpfs"), {"tmpfs": "size=60m,nr_inodes=400"}):
+        for operation in ("bin", "delete", "put-back"):
+            disposal = "delete" if operation == "delete" else "bin"
+            with World(report.tools, disposal, DUE, KEPT, directory=drive.place) as world:
+                for what, left in itertools.product(("blocks", "entries"), range(report.count(9, 2))):
+                    label = f"{drive.kind} {operation}, {left} {what} left"
+                    if report.wants(label):
+                        report.case(label, filled(world, drive, operation, what, left))
+    report.end()
+
+
+if __name__ == "__main__":
+    main()

@@ -1,0 +1,68 @@
+"""What the checks have in common: their command line, their counting and their report."""
+
+import argparse
+import random
+import sys
+import time
+
+SKIPPED = 77
+
+
+class Report:
+    """Counts cases and prints what went wrong in them. Every case has a label; `--only` repeats it alone."""
+
+    def __init__(self, description):
+        parser = argparse.ArgumentParser(description=description)
+        parser.add_argument("driver")
+        parser.add_argument("hook")
+        parser.add_argument("--full", action="store_true", help="every window and the full counts")
+        parser.add_argument("--only", help="the one case of this label")
+        parser.add_argument("--seed", type=int, default=1)
+        parser.add_argument("--most", type=int, default=20, help="end after this many cases with problems")
+        options = parser.parse_args()
+        self.tools = (options.driver, options.hook)
+        self.is_full = options.full
+        self._only = options.only
+        self._most = options.most
+        self.random = random.Random(options.seed)
+        self.counts = {}
+        self.failed = 0
+        self.skipped = []
+        self._start = time.monotonic()
+
+    def count(self, full, reduced):
+        return full if self.is_full else reduced
+
+    def some(self, windows, most):
+        """In a reduced run that many of the windows, the same ones each time."""
+        windows = list(windows)
+        if self.is_full or self._only or len(windows) <= most:
+            return windows
+        return [windows[index] for index in sorted(self.random.sample(range(len(windows)), most))]
+
+    def wants(self, label):
+        """Nothing for a label stands for what only all cases together can tell."""
+        return self._only is None or self._only == label
+
+    def case(self, label, problems, number=1):
+        group = label.split(",")[0].split(" at ")[0]
+        self.counts[group] = self.counts.get(group, 0) + number
+        if not problems:
+            return
+        self.failed += 1
+        print(f"--only '{label}'", *problems, sep="\n    ", flush=True)
+        if self.failed >= self._most:
+            self.end()
+
+    def skip(self, reason):
+        self.skipped.append(reason)
+        print("SKIPPED:", reason, flush=True)
+
+    def end(self):
+        for group, number in self.counts.items():
+            print(f"{number:8,} {group}")
+        total = sum(self.counts.values())
+        print(f"{total:8,} cases in {time.monotonic() - self._start:.0f} s, {self.failed} with problems")
+        if self.failed:
+            sys.exit(1)
+        sys.exit(SKIPPED if self.skipped and not total else 0)

@@ -1,0 +1,89 @@
+"""Puts something else in the place of a directory entry, as another process does, and takes it back."""
+
+import contextlib
+import ctypes
+import os
+
+from machine.canary import FRESH, entry_of, parts, snapshot
+
+RENAME_EXCHANGE = 2
+_libc = ctypes.CDLL(None, use_errno=True)
+
+
+def exchange(from_directory, name, to_directory, other):
+    """Two entries change places in one step."""
+    if _libc.renameat2(from_directory, os.fsencode(name), to_directory, os.fsencode(other), RENAME_EXCHANGE) != 0:
+        code = ctypes.get_errno()
+        raise OSError(code, os.strerror(code), name)
+
+
+def contents(path):
+    """Of a tree what makes it the same wherever it lies; nothing where there is none."""
+    if not os.path.lexists(path):
+        return {}
+    if not os.path.isdir(path) or os.path.islink(path):
+        path, name = os.path.split(path)
+        return parts({name: entry_of(os.path.join(path, name))}, name)
+    return contents_of(snapshot(path))
+
+
+def contents_of(entries):
+    return {path: parts({path: entry}, path)[""] for path, entry in entries.items()}
+
+
+def differences(what, before, now):
+    return [f"{what} {path} was {before.get(path)} and is {now.get(path)}"
+            for path in sorted(before.keys() | now.keys()) if before.get(path) != now.get(path)]
+
+
+class Swap:
+    """Of one entry for a decoy that lies elsewhere: by a link to the decoy in its place, or by exchanging both.
+    Holds its directory open, so it finds the entry wherever that directory has gone meanwhile. Nothing in the
+    entry may go while it lies elsewhere, unless it is one that may change there."""
+
+    def __init__(self, path, decoy, method, may_change=False):
+        self.name = os.path.basename(path)
+        self.decoy = decoy
+        self.method = method
+        self.may_change = may_change
+        self.directory = os.open(os.path.dirname(path), os.O_PATH)
+        self.decoys = os.open(os.path.dirname(decoy), os.O_PATH)
+        # Where the entry lies while the decoy stands in its place.
+        self.refuge = decoy if method == "exchange" else decoy + " aside"
+        self.is_done = False
+        self.problems = []
+
+    def close(self):
+        os.close(self.directory)
+        os.close(self.decoys)
+
+    def do(self):
+        """Where the entry has gone there is nothing to swap."""
+        with contextlib.suppress(FileNotFoundError):
+            if self.method == "exchange":
+                self._exchange()
+            else:
+                os.rename(self.name, os.path.basename(self.refuge), src_dir_fd=self.directory, dst_dir_fd=self.decoys)
+                os.symlink(self.decoy, self.name, dir_fd=self.directory)
+                os.utime(self.name, (FRESH, FRESH), dir_fd=self.directory, follow_symlinks=False)
+            self.is_done = True
+            self._moved = contents(self.refuge)
+
+    def undo(self):
+        if not self.is_done:
+            return
+        self.is_done = False
+        try:
+            if not self.may_change:
+                self.problems += differences(f"moved away, {self.name}", self._moved, contents(self.refuge))
+            if self.method == "exchange":
+                self._exchange()
+            else:
+                os.readlink(self.name, dir_fd=self.directory)
+                os.unlink(self.name, dir_fd=self.directory)
+                os.rename(os.path.basename(self.refuge), self.name, src_dir_fd=self.decoys, dst_dir_fd=self.directory)
+        except OSError as error:
+            self.problems.append(f"what was put in the place of {self.name} isn't there any more: {error}")
+
+    def _exchange(self):
+        exchange(self.directory, self.name, self.decoys, os.path.basename(self.decoy))

@@ -1,0 +1,141 @@
+#!/usr/bin/env python3
+"""Another process puts links or other directories in the place of the folder, what lies above it, its items,
+what lies in them, and the Trash, at every call of a run and of a put-back: nothing that was put there may go."""
+
+import contextlib
+import itertools
+import os
+import random
+
+from machine.canary import File, World, as_user, remove, snapshot
+from machine.report import Report
+from machine.swap import Swap, contents, contents_of, differences
+
+DUE = {"file": File(), "tree": {"a": File(), "inner": {"b": File(), "c": File()}}}
+KEPT = {".hidden item": File(), "fresh": File(fresh=True)}
+METHODS = ("link", "exchange")
+TRASH = ("files", "info", "Trash")
+
+
+def fresh(entries):
+    return {name: fresh(part) if isinstance(part, dict) else part._replace(fresh=True)
+            for name, part in entries.items()}
+
+
+# The folder and what lies above it are exchanged for directories whose items are due but not tagged; all else for
+# what no rule takes.
+DECOYS = {
+    "folder": DUE, "above": {"Temporary": DUE}, "file": File(fresh=True), "tree": fresh(DUE["tree"]),
+    "inner": fresh(DUE["tree"]["inner"]), "a": File(fresh=True),
+    "files": {"file": File(), "tree": {"a": File()}}, "info": {"other.trashinfo": File()},
+    "Trash": {"files": {"other": File()}, "info": {}}}
+
+
+class SwapWorld(World):
+    def __init__(self, tools, disposal):
+        super().__init__(tools, disposal, DUE, KEPT)
+        self.decoys = os.path.join(self.home, "Decoys")
+
+    def places(self):
+        trash = {"files": "files", "info": "info", "Trash": ""}
+        inside = {"file": "file", "tree": "tree", "inner": "tree/inner", "a": "tree/a"}
+        return {"folder": self.folder, "above": os.path.dirname(self.folder),
+                **{name: self.path(path) for name, path in inside.items()},
+                **{name: os.path.join(self.trash, path).rstrip("/") for name, path in trash.items()}}
+
+    def prepare(self, operation):
+        self.reset()
+        with as_user():
+            if os.path.isdir(self.decoys):
+                remove(self.decoys)
+            os.mkdir(self.decoys)
+            self.put(self.decoys, DECOYS)
+            # As a Trash that was used before.
+            for part in ("files", "info"):
+                os.makedirs(os.path.join(self.trash, part), mode=0o700, exist_ok=True)
+        if operation == "put-back":
+            self.run()
+        self.decoys_before = snapshot(self.decoys)
+
+    def swap(self, name, method, operation):
+        place = self.places()[name]
+        if operation == "put-back" and name in ("file", "tree", "inner", "a"):
+            place = place.replace(self.folder, os.path.join(self.trash, "files"))
+        # The folder is the same wherever it lies, and the Trash of whoever holds it open too.
+        may_change = name in ("folder", "above", *TRASH)
+        return Swap(place, os.path.join(self.decoys, name), method, may_change)
+
+    def perform(self, operation, **settings):
+        return self.undo(**settings) if operation == "put-back" else self.run(**settings)
+
+    def problems_after(self, result, swap, operation):
+        name = os.path.basename(swap.decoy)
+        with as_user():
+            swap.undo()
+            self.follow_again()
+        self.start_again()
+        if swap.method == "exchange" and name in TRASH or operation == "put-back" and name in ("file", "tree"):
+            # What stands in the Trash's place is the Trash, and what lies in the item's place there is the item.
+            return result.problems + (self.lost(self.before, self.decoys_before) if self.disposal == "bin" else [])
+        problems = result.problems + swap.problems
+        problems += differences("decoy", contents_of(self.decoys_before), contents(self.decoys))
+        refuges = {"folder": [swap.refuge], "above": [os.path.join(swap.refuge, os.path.basename(self.folder))]}
+        return problems + self.check(is_undoing=operation == "put-back", also_at=refuges.get(name, ()))
+
+
+def swapped(world, operation, name, method, changes, **windows):
+    """Performs an operation; at the calls of the windows the swap is done or undone where `changes` says so."""
+    world.prepare(operation)
+    calls = []
+    with contextlib.closing(world.swap(name, method, operation)) as swap:
+        def act(call):
+            if changes():
+                calls.append(f"swapped at {call.function} {call.path}")
+                with as_user():
+                    swap.undo() if swap.is_done else swap.do()
+            return "go"
+
+        result = world.perform(operation, act=act, **windows)
+        problems = world.problems_after(result, swap, operation)
+    return len(calls), calls * bool(problems) + problems
+
+
+def at_every_call(report, world, operation, names):
+    world.prepare(operation)
+    calls = world.perform(operation, action="trace").calls
+    first = next(call.number for call in calls if call.path.startswith(world.folder))
+    for name, method, count in itertools.product(names, METHODS, (1, 2)):
+        for number in report.some(range(first, len(calls) + 1), 1):
+            label = f"{operation}, {name} by {method} {'for good' if count == 1 else 'once'} at {number}"
+            if report.wants(label):
+                report.case(label, swapped(world, operation, name, method, lambda: True, at=number, count=count)[1])
+
+
+def at_random(report, world, operation, names):
+    done = seed = 0
+    while done < report.count(33_400, 40):
+        seed += 1
+        label = f"{operation}, at random with seed {seed}"
+        generator = random.Random(seed)
+        name, method = generator.choice(names), generator.choice(METHODS)
+        often = generator.choice((0.02, 0.1, 0.5))
+        if not report.wants(label):
+            done += 10
+            continue
+        number, problems = swapped(world, operation, name, method, lambda: generator.random() < often, count=0)
+        done += number
+        report.case(label, [f"{name} by {method}"] * bool(problems) + problems, number)
+
+
+def main():
+    report = Report(__doc__)
+    for operation in ("bin", "delete", "put-back"):
+        names = [name for name in DECOYS if operation != "delete" or name not in TRASH]
+        with SwapWorld(report.tools, "delete" if operation == "delete" else "bin") as world:
+            at_every_call(report, world, operation, names)
+            at_random(report, world, operation, names)
+    report.end()
+
+
+if __name__ == "__main__":
+    main()

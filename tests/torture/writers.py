@@ -1,0 +1,149 @@
+#!/usr/bin/env python3
+"""Programs save, append, drop and drag at every call of a run, and all the time: nothing that they wrote may be
+lost."""
+
+import contextlib
+import mmap
+import os
+import random
+import tempfile
+
+from machine.canary import FRESH, File, World, as_user, remove, snapshot
+from machine.driver import ORDINARY_USER
+from machine.report import Report
+from machine.writing import WRITERS
+
+FILES = 300
+SAVES = 3000
+BEGUN, ENDED = 0, 1
+DUE = {"file": File(), "tree": {"a": File(), "inner": {"b": File(), "c": File()}}}
+KEPT = {".hidden item": File(), "fresh": File(fresh=True)}
+
+
+class WriterWorld(World):
+    def __init__(self, tools, disposal):
+        super().__init__(tools, disposal, DUE, KEPT)
+        self.aside = os.path.join(self.home, "Aside")
+
+    def prepare(self):
+        self.reset()
+        with as_user():
+            if os.path.isdir(self.aside):
+                remove(self.aside)
+            os.mkdir(self.aside)
+
+    def problems_after(self, result, written):
+        self.start_again()
+        # What is written comes back under its own name, or beside what has taken that name.
+        names = [name for name in os.listdir(self.folder) if name.startswith(("file", "tree", ".saving"))]
+        problems = result.problems + self.check(touched={*DUE, *names})
+        there = "".join(entry.content for entry in snapshot(self.root).values())
+        problems += [f"lost: {text!r}" for text in written if text not in there]
+        gone = {row["name"] for row in self.journal()}
+        if "tree" in gone & set(names):
+            problems.append("the journal says that the tree has gone")
+        return problems
+
+
+def written_at(world, kind, where, number):
+    world.prepare()
+    with as_user():
+        writer = kind(world, where)
+
+    def act(call):
+        calls.append(f"written at {call.function} {call.path}")
+        with as_user():
+            writer.act()
+        return "go"
+
+    calls = []
+    with contextlib.closing(writer):
+        result = world.run(act=act, at=number)
+    problems = world.problems_after(result, writer.written)
+    return calls * bool(problems) + problems
+
+
+def at_every_call(report, world):
+    world.prepare()
+    calls = world.run(action="trace").calls
+    # What was written before the plan may be due. The time of the last start is the last thing that is read for it.
+    first = 1 + max(call.number for call in calls if call.path.startswith("/proc/s"))
+    for kind, where in WRITERS:
+        for number in report.some(range(first, len(calls) + 1), 2):
+            label = f"{world.disposal}, {kind.__name__} {where} at {number}"
+            if report.wants(label):
+                report.case(label, written_at(world, kind, where, number))
+
+
+def saves_all_the_time(world, seed):
+    """Another process saves by renaming, as fast as it can, into a directory of many files."""
+    world.prepare()
+    with as_user():
+        for number in range(FILES):
+            world.write(world.path("tree", "inner", str(number)))
+    world.remember()
+    children = []
+    with mmap.mmap(-1, 2) as flags, tempfile.TemporaryFile() as log:
+        def begin(call):
+            if children or "/tree/" not in call.path:
+                return "go"
+            children.append(os.fork())
+            if children[-1] == 0:
+                save(world.path("tree", "inner"), seed, flags, log.fileno())
+            while not flags[BEGUN]:
+                pass
+            return "go"
+
+        # From the first file on that goes from the tree.
+        result = world.run(act=begin, function="unlinkat", count=0)
+        flags[ENDED] = 1
+        for child in children:
+            os.waitpid(child, 0)
+        log.seek(0)
+        saved = {line.split()[2]: line for line in log.read().decode().splitlines(keepends=True)}
+    return world.problems_after(result, saved.values())
+
+
+def save(path, seed, flags, log):
+    """Until told to end, or until the directory has gone."""
+    if os.getuid() == 0:
+        os.setgid(ORDINARY_USER)
+        os.setuid(ORDINARY_USER)
+    generator = random.Random(seed)
+    directory = os.open(path, os.O_RDONLY)
+    for number in range(SAVES):
+        if flags[ENDED]:
+            break
+        name = str(generator.randrange(FILES))
+        text = f"saved as {name} {number}\n".encode()
+        try:
+            file = os.open(".saving", os.O_WRONLY | os.O_CREAT | os.O_TRUNC, 0o644, dir_fd=directory)
+        except FileNotFoundError:
+            break
+        os.write(file, text)
+        os.utime(file, (FRESH, FRESH))
+        os.close(file)
+        # What wasn't renamed yet may have been taken for an old file: it was never saved.
+        with contextlib.suppress(FileNotFoundError):
+            os.rename(".saving", name, src_dir_fd=directory, dst_dir_fd=directory)
+            os.write(log, text)
+        flags[BEGUN] = 1
+    flags[BEGUN] = 1
+    os._exit(0)
+
+
+def main():
+    report = Report(__doc__)
+    for disposal in ("bin", "delete"):
+        with WriterWorld(report.tools, disposal) as world:
+            at_every_call(report, world)
+    with WriterWorld(report.tools, "delete") as world:
+        for seed in range(1, report.count(300, 2) + 1):
+            label = f"saves all the time, seed {seed}"
+            if report.wants(label):
+                report.case(label, saves_all_the_time(world, seed))
+    report.end()
+
+
+if __name__ == "__main__":
+    main()
