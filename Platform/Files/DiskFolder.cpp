@@ -9,6 +9,7 @@
 #include "Platform/Files/Bookmarks/Bookmark.h"
 #include "Platform/Files/Bookmarks/BookmarkRecord.h"
 #include "Platform/Files/Changes/GiveBack.h"
+#include "Platform/Files/Changes/LeftCopy.h"
 #include "Platform/Files/Changes/Obstacles.h"
 #include "Platform/Files/Changes/PutBack.h"
 #include "Platform/Files/Descriptors/DescriptorPath.h"
@@ -32,11 +33,6 @@ EntryValues valuesOf(const FileDescriptor& directory, const FileURL& url) {
   if (const int code = readEntryValues(directory.get(), "", values); code != 0)
     throw PlatformError(readOperation, url, code);
   return values;
-}
-
-bool isEntryName(std::string_view name) {
-  return !name.empty() && name != "." && name != ".." &&
-         name.find_first_of(std::string_view("/\0", 2)) == name.npos;
 }
 
 bool isLeft(std::string_view name) {
@@ -201,12 +197,7 @@ FileURL DiskFolder::currentURL() const {
 
 /// Where an item lies now. Throws where that is in a Bin, or nowhere any more.
 FileURL DiskFolder::placeOf(const ItemState& item) const {
-  const FileURL folder = currentURL();
-  if (!leadsTo(folder, _directory.get())) {
-    throw PlatformError("find", _url, ENOENT, "it was deleted, or its drive was taken away");
-  }
-  if (liesInTrash(folder)) throw PlatformError("find", _url, ENOENT, "it lies in the Bin");
-  return folder.appendingPathComponent(item.name);
+  return placeOutsideTrash(_directory.get(), _url).appendingPathComponent(item.name);
 }
 
 bool DiskFolder::isMountedBelow(std::string_view name) const {

@@ -66,8 +66,9 @@ class BinnedItem {
 
   /// Moves the item to its name in the folder, where nothing may lie yet (else EEXIST), and takes
   /// its record out of the Bin. To another file system it is copied with all its metadata, compared
-  /// with the copy, and only then taken out of the Bin. Throws PlatformError; the item then lies in
-  /// the Bin.
+  /// with the copy, and only then taken out of the Bin. Throws PlatformError, ItemChanged where
+  /// something else lies in its place by now; the item then lies in the Bin, and only if it was
+  /// copied and can't be taken out of the Bin in both places.
   virtual void putBack() = 0;
 };
 

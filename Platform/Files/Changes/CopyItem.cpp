@@ -3,11 +3,13 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <new>
+#include <csignal>
 #include <string_view>
+#include <utility>
 
 #include <fcntl.h>
-#include <spawn.h>
+#include <linux/close_range.h>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -17,25 +19,37 @@
 namespace tidemar {
 namespace {
 
-class SpawnActions {
- public:
-  SpawnActions() { check(posix_spawn_file_actions_init(&_actions)); }
-  ~SpawnActions() { posix_spawn_file_actions_destroy(&_actions); }
-  SpawnActions(const SpawnActions&) = delete;
-  SpawnActions& operator=(const SpawnActions&) = delete;
+constexpr int cantStart = 127;
 
-  void redirect(int from, int to) { check(posix_spawn_file_actions_adddup2(&_actions, from, to)); }
-  /// Duplicating a descriptor onto itself leaves it open in the child.
-  void keepOpen(int descriptor) { redirect(descriptor, descriptor); }
+/// A command line that is complete before the fork: behind it nothing may be allocated.
+struct CommandLine {
+  std::array<std::string, 10> texts;
+  std::array<char*, 11> pointers{};
 
-  const posix_spawn_file_actions_t* get() const { return &_actions; }
-
- private:
-  static void check(int code) {
-    if (code != 0) throw std::bad_alloc();
+  explicit CommandLine(std::array<std::string, 10> arguments) : texts(std::move(arguments)) {
+    std::ranges::transform(texts, pointers.begin(), [](std::string& text) { return text.data(); });
   }
-  posix_spawn_file_actions_t _actions{};
+  CommandLine(const CommandLine&) = delete;
+  CommandLine& operator=(const CommandLine&) = delete;
 };
+
+/// What the forked process does: only calls that are safe there, since another thread may have held
+/// any lock when it came to be.
+[[noreturn]] void becomeCopier(pid_t parent, int messages, std::array<int, 2> kept,
+                               const CommandLine& line) noexcept {
+  // Who has died before this call sends no signal any more.
+  prctl(PR_SET_PDEATHSIG, SIGKILL);
+  if (getppid() != parent) _exit(cantStart);
+  close_range(STDERR_FILENO + 1, ~0U, CLOSE_RANGE_CLOEXEC);
+  dup2(messages, STDERR_FILENO);
+  for (const int descriptor : kept)
+    fcntl(descriptor, F_SETFD, 0);
+  std::array<char, 9> locale = {"LC_ALL=C"};
+  const std::array<char*, 2> environment = {locale.data(), nullptr};
+  for (const char* program : {"/usr/bin/cp", "/bin/cp"})
+    execve(program, line.pointers.data(), environment.data());
+  _exit(cantStart);
+}
 
 std::string pathOf(int directory, const std::string& name) {
   return "/proc/self/fd/" + std::to_string(directory) + "/" + name;
@@ -71,30 +85,15 @@ void copyItem(int fromDirectory, const std::string& fromName, int toDirectory,
   const FileDescriptor output(ends[0]);
   FileDescriptor input(ends[1]);
 
-  SpawnActions actions;
-  actions.redirect(input.get(), STDERR_FILENO);
-  actions.keepOpen(fromDirectory);
-  actions.keepOpen(toDirectory);
-
-  std::array<std::string, 9> arguments = {"cp",
-                                          "--recursive",
-                                          "--no-dereference",
-                                          "--preserve=all",
-                                          "--reflink=auto",
-                                          "--no-target-directory",
-                                          "--",
-                                          pathOf(fromDirectory, fromName),
-                                          pathOf(toDirectory, toName)};
-  std::array<char*, 10> argumentList{};
-  for (std::size_t i = 0; i < arguments.size(); ++i)
-    argumentList[i] = arguments[i].data();
-  std::string locale = "LC_ALL=C";
-  std::array<char*, 2> environment = {locale.data(), nullptr};
-
-  pid_t process = 0;
-  int code =
-      posix_spawnp(&process, "cp", actions.get(), nullptr, argumentList.data(), environment.data());
-  if (code != 0) throw PlatformError(operation, url, code, "the program cp can't be started");
+  // The attributes are named one by one: with "all" some would be lost without a word.
+  const CommandLine line({"cp", "--recursive", "--no-dereference", "--one-file-system",
+                          "--preserve=mode,ownership,timestamps,links,xattr", "--reflink=auto",
+                          "--no-target-directory", "--", pathOf(fromDirectory, fromName),
+                          pathOf(toDirectory, toName)});
+  const pid_t parent = getpid();
+  const pid_t process = fork();
+  if (process < 0) throw PlatformError(operation, url, errno);
+  if (process == 0) becomeCopier(parent, input.get(), {fromDirectory, toDirectory}, line);
   input.close();
   const std::string messages = readOutput(output);
   int status = 0;
@@ -102,6 +101,8 @@ void copyItem(int fromDirectory, const std::string& fromName, int toDirectory,
     if (errno != EINTR) throw PlatformError(operation, url, errno);
   }
   if (WIFEXITED(status) && WEXITSTATUS(status) == 0) return;
+  if (WIFEXITED(status) && WEXITSTATUS(status) == cantStart)
+    throw PlatformError(operation, url, ENOENT, "the program cp can't be started");
   throw PlatformError(operation, url, EIO, reasonIn(messages));
 }
 

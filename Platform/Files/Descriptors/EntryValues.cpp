@@ -41,8 +41,20 @@ bool isDirectory(const EntryValues& values) noexcept {
   return S_ISDIR(values.stx_mode);
 }
 
+bool isEntryName(std::string_view name) noexcept {
+  return !name.empty() && name != "." && name != ".." &&
+         name.find_first_of(std::string_view("/\0", 2)) == name.npos;
+}
+
 DirectoryIdentity identityOf(const EntryValues& values) noexcept {
   return {makedev(values.stx_dev_major, values.stx_dev_minor), values.stx_ino, values.stx_mnt_id};
+}
+
+bool isSameDirectory(const EntryValues& a, const EntryValues& b) noexcept {
+  const DirectoryIdentity first = identityOf(a);
+  const DirectoryIdentity second = identityOf(b);
+  return isDirectory(a) && isDirectory(b) && first.device == second.device &&
+         first.inode == second.inode;
 }
 
 bool isBoundary(const EntryValues& entry, const DirectoryIdentity& directory) noexcept {

@@ -26,6 +26,9 @@ int readValuesAt(const char* path, EntryValues& values) noexcept;
 
 bool isDirectory(const EntryValues& values) noexcept;
 
+/// Whether a name can be that of an entry of a directory.
+bool isEntryName(std::string_view name) noexcept;
+
 /// Which directory this is, for as long as it exists.
 struct DirectoryIdentity {
   std::uint64_t device = 0;
@@ -36,6 +39,9 @@ struct DirectoryIdentity {
 };
 
 DirectoryIdentity identityOf(const EntryValues& values) noexcept;
+
+/// Whether both are one directory, seen through one mount or two.
+bool isSameDirectory(const EntryValues& a, const EntryValues& b) noexcept;
 
 /// Whether an entry is the root of another mount or subvolume than the directory it was met in.
 bool isBoundary(const EntryValues& entry, const DirectoryIdentity& directory) noexcept;

@@ -53,7 +53,7 @@ bool isLeftRecord(const TrashDirectory& trash, const std::string& name,
   constexpr std::int64_t whileItIsWritten = 60;
   if (values.stx_size == 0)
     return changeTime(values).seconds + whileItIsWritten < clockOfFiles().seconds;
-  return pathInTrashRecord(readTrashRecord(trash.info.get(), name)) == recordedPath;
+  return pathInTrashRecord(readTrashRecord(trash.info.get(), name).value_or("")) == recordedPath;
 }
 
 /// Makes the record of an item under a name, or takes over one that was left. Answers as

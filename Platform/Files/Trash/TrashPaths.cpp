@@ -1,10 +1,16 @@
 #include "Platform/Files/Trash/TrashPaths.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <string_view>
+
+#include "Platform/Files/Descriptors/DescriptorPath.h"
+#include "Platform/PlatformError.h"
 
 namespace tidemar {
 namespace {
+
+constexpr const char* findOperation = "find";
 
 bool isUserNumber(std::string_view name) {
   return !name.empty() && std::ranges::all_of(name, [](char c) { return c >= '0' && c <= '9'; });
@@ -16,14 +22,6 @@ bool isTrashOfOneUser(std::string_view name) {
 }
 
 }  // namespace
-
-bool isTrashFilesDirectory(const FileURL& url) {
-  if (url.lastPathComponent() != "files") return false;
-  const FileURL trash = url.deletingLastPathComponent();
-  const std::string_view name = trash.lastPathComponent();
-  if (name == "Trash" || isTrashOfOneUser(name)) return true;
-  return isUserNumber(name) && trash.deletingLastPathComponent().lastPathComponent() == ".Trash";
-}
 
 bool liesInTrash(const FileURL& url) {
   std::string_view rest = url.path();
@@ -37,6 +35,15 @@ bool liesInTrash(const FileURL& url) {
     rest.remove_prefix(std::min(end + 1, rest.size()));
   }
   return false;
+}
+
+FileURL placeOutsideTrash(int folder, const FileURL& url) {
+  FileURL place = pathOfDescriptor(folder, url, findOperation);
+  if (!leadsTo(place, folder)) {
+    throw PlatformError(findOperation, url, ENOENT, "it was deleted, or its drive was taken away");
+  }
+  if (liesInTrash(place)) throw PlatformError(findOperation, url, ENOENT, "it lies in the Bin");
+  return place;
 }
 
 }  // namespace tidemar

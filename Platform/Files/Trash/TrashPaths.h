@@ -4,11 +4,11 @@
 
 namespace tidemar {
 
-/// Whether a path is that of the directory `files` of a Trash, by the names that the freedesktop
-/// Trash specification gives: `Trash/files`, `.Trash-{uid}/files` or `.Trash/{uid}/files`.
-bool isTrashFilesDirectory(const FileURL& url);
-
 /// Whether a path leads into a Trash, at any depth, or is one. Looks at names alone.
 bool liesInTrash(const FileURL& url);
+
+/// Where an open folder lies now. Throws PlatformError where that is in a Trash, or nowhere any
+/// more. `url` is for the message.
+FileURL placeOutsideTrash(int folder, const FileURL& url);
 
 }  // namespace tidemar

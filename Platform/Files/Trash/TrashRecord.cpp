@@ -35,18 +35,25 @@ int writeAll(int file, std::string_view text) noexcept {
   return 0;
 }
 
-/// None for a file that can't be read or is longer than this.
-std::optional<std::string> readAll(int file, std::size_t longest) {
+/// An errno value for a file that can't be read or is longer than this.
+std::expected<std::string, int> readAll(int file, std::size_t longest) {
   std::string text;
   std::array<char, 4096> buffer{};
   while (text.size() <= longest) {
     const ssize_t size = read(file, buffer.data(), buffer.size());
     if (size < 0 && errno == EINTR) continue;
-    if (size < 0) return std::nullopt;
+    if (size < 0) return std::unexpected(errno);
     if (size == 0) return text;
     text.append(buffer.data(), static_cast<std::size_t>(size));
   }
-  return std::nullopt;
+  return std::unexpected(EFBIG);
+}
+
+/// Whether an attempt to read a record failed because none is there, but a link, a socket, a
+/// directory or nothing.
+bool saysThatNoneIsThere(int code) {
+  constexpr std::array codes = {ENOENT, ENAMETOOLONG, ELOOP, ENXIO, EISDIR, EFBIG};
+  return std::ranges::find(codes, code) != codes.end();
 }
 
 enum class Durability { flushed, unflushed };
@@ -117,7 +124,7 @@ void forgetSize(int trash, const std::string& name) {
   const FileDescriptor file(
       openat(trash, sizesName, O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
   if (!file) return;
-  const std::optional<std::string> sizes = readAll(file.get(), longestSizes);
+  const std::expected<std::string, int> sizes = readAll(file.get(), longestSizes);
   if (!sizes) return;
   const std::string kept = directorySizesWithout(name, *sizes);
   if (kept.size() == sizes->size()) return;
@@ -166,10 +173,12 @@ std::string directorySizesWithout(std::string_view name, std::string_view sizes)
   return kept;
 }
 
-std::string readTrashRecord(int infoDirectory, const std::string& name) {
-  const FileDescriptor file(openat(infoDirectory, recordName(name).c_str(),
-                                   O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
-  return file ? readAll(file.get(), longestRecord).value_or("") : "";
+std::expected<std::string, int> readTrashRecord(int infoDirectory, const std::string& name) {
+  constexpr int flags = O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
+  const FileDescriptor file(openat(infoDirectory, recordName(name).c_str(), flags));
+  const std::expected<std::string, int> text =
+      file ? readAll(file.get(), longestRecord) : std::unexpected(errno);
+  return text || !saysThatNoneIsThere(text.error()) ? text : "";
 }
 
 int makeTrashRecord(int infoDirectory, const std::string& name, std::string_view text) noexcept {
@@ -182,13 +191,11 @@ void removeTrashRecord(int infoDirectory, const std::string& name) noexcept {
   unlinkat(infoDirectory, recordName(name).c_str(), 0);
 }
 
-void forgetTrashedItem(int filesDirectory, const std::string& name) {
-  constexpr int flags = O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
-  const FileDescriptor trash(openat(filesDirectory, "..", flags));
-  if (!trash) return;
-  const FileDescriptor info(openat(trash.get(), "info", flags));
-  if (info) removeTrashRecord(info.get(), name);
-  forgetSize(trash.get(), name);
+void forgetTrashedItem(int trashDirectory, int infoDirectory, const std::string& name,
+                       std::string_view record) {
+  if (readTrashRecord(infoDirectory, name) != record) return;
+  removeTrashRecord(infoDirectory, name);
+  forgetSize(trashDirectory, name);
 }
 
 }  // namespace tidemar

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <ctime>
+#include <expected>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -31,15 +32,18 @@ std::string directorySizesWithout(std::string_view name, std::string_view sizes)
 /// nothing is left.
 int makeTrashRecord(int infoDirectory, const std::string& name, std::string_view text) noexcept;
 
-/// The text of the record of an item; empty where it can't be read or is far too long for one.
-std::string readTrashRecord(int infoDirectory, const std::string& name);
+/// The text of the record of an item; empty where there is nothing that could be one, or something
+/// far too long for it. An errno value where that can't be told.
+std::expected<std::string, int> readTrashRecord(int infoDirectory, const std::string& name);
 
 /// Deletes the record of an item; none is no failure.
 void removeTrashRecord(int infoDirectory, const std::string& name) noexcept;
 
-/// Takes all that a Trash knows of an item that has left its open `files` directory: its record and
-/// its line in the cache `directorysizes`. Does so as far as it can: both are notes for file
-/// managers, which tolerate what is left over.
-void forgetTrashedItem(int filesDirectory, const std::string& name);
+/// Takes all that an open Trash knows of an item that has left it: its line in the cache
+/// `directorysizes`, and its record in the open `info` directory as long as that has this text; any
+/// other is that of a later item. Does so as far as it can: both are notes for file managers, which
+/// tolerate what is left over.
+void forgetTrashedItem(int trashDirectory, int infoDirectory, const std::string& name,
+                       std::string_view record);
 
 }  // namespace tidemar

@@ -1,0 +1,13 @@
+#pragma once
+
+#include <functional>
+
+namespace tidemar::testing {
+
+/// Runs `body` in a thread of its own and, each time that this or a program it starts is about to
+/// make one system call (SYS_...), `action` in the calling thread, with the number of the call, the
+/// first being 1. Only then the call is made. An exception of the body comes out of here.
+void withActionBefore(long systemCall, const std::function<void(int)>& action,
+                      const std::function<void()>& body);
+
+}  // namespace tidemar::testing
