@@ -14,6 +14,7 @@ bool isOnePathComponent(std::string_view name) {
 }  // namespace
 
 void Engine::undo(std::int64_t journalEntryID, Date now) {
+  settleLedger();
   std::optional<JournalEntry> entry = _store->journalEntry(journalEntryID);
   if (!entry) throw Failure(Failure::JournalEntryNotFound{journalEntryID});
   if (entry->undoneAt) throw Failure(Failure::AlreadyUndone{});
@@ -33,9 +34,9 @@ void Engine::undo(std::int64_t journalEntryID, Date now) {
         Failure::OriginalPathTaken{place->url().appendingPathComponent(entry->name).path()});
   }
   entry->undoneAt = now;
-  _store->tryUpdate(*entry);
+  _ledger.prepare(*entry);
   item->putBack();
-  _store->update(*entry);
+  _ledger.record(*std::move(entry));
 }
 
 }  // namespace tidemar

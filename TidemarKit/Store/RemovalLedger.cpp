@@ -8,6 +8,14 @@
 #include "TidemarKit/Store/Store.h"
 
 namespace tidemar {
+namespace {
+
+/// The row of an item that was put back is there already.
+bool isUpdate(const JournalEntry& entry) {
+  return entry.undoneAt.has_value();
+}
+
+}  // namespace
 
 RemovalLedger::RemovalLedger(Store& store)
     : _store(store), _reserve(store.directory()), _logger("app.quernly.tidemar", "engine") {}
@@ -16,7 +24,7 @@ void RemovalLedger::prepare(const JournalEntry& entry) {
   const std::lock_guard guard(_mutex);
   writeOutstanding();
   _reserve.keepAgain();
-  const auto attempt = [&] { _store.tryInsert(entry); };
+  const auto attempt = [&] { isUpdate(entry) ? _store.tryUpdate(entry) : _store.tryInsert(entry); };
   // The Bin makes no room: given up for it, the space would be missing to what does.
   entry.disposal == Disposal::delete_ ? withReserve(attempt) : attempt();
 }
@@ -24,7 +32,7 @@ void RemovalLedger::prepare(const JournalEntry& entry) {
 JournalEntry RemovalLedger::record(JournalEntry entry) {
   const std::lock_guard guard(_mutex);
   try {
-    withReserve([&] { _store.record(entry); });
+    withReserve([&] { write(entry); });
   } catch (const DatabaseError& error) {
     if (!isOfForgottenFolder(entry, error)) _outstanding.push_back(std::move(entry));
     throw;
@@ -47,7 +55,7 @@ void RemovalLedger::writeOutstanding() {
   while (!_outstanding.empty()) {
     JournalEntry& entry = _outstanding.front();
     try {
-      withReserve([&] { _store.record(entry); });
+      withReserve([&] { write(entry); });
     } catch (const DatabaseError& error) {
       if (!isOfForgottenFolder(entry, error)) throw;
       _logger.log(LogLevel::error, "Dropped the entry of %{private}s: its folder was forgotten",
@@ -57,8 +65,18 @@ void RemovalLedger::writeOutstanding() {
   }
 }
 
+void RemovalLedger::write(JournalEntry& entry) {
+  if (isUpdate(entry)) {
+    _store.update(entry);
+  } else {
+    _store.record(entry);
+  }
+}
+
 bool RemovalLedger::isOfForgottenFolder(const JournalEntry& entry, const DatabaseError& error) {
-  return error.code() == SQLITE_CONSTRAINT_FOREIGNKEY && !_store.folder(entry.folderID);
+  const bool isGone = error.code() == SQLITE_CONSTRAINT_FOREIGNKEY ||
+                      dynamic_cast<const RecordNotFound*>(&error) != nullptr;
+  return isGone && !_store.folder(entry.folderID);
 }
 
 void RemovalLedger::withReserve(const std::function<void()>& write) {

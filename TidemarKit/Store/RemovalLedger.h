@@ -13,9 +13,11 @@ namespace tidemar {
 class DatabaseError;
 class Store;
 
-/// Sees to it that no removal goes without its row in the journal: before an item goes its row is
-/// tried, and a row that couldn't be written is kept, in memory, and written before anything else
-/// goes. So at most the items in hand ever lack their rows, one a run.
+/// Sees to it that no removal and no put-back goes without its row in the journal: before an item
+/// moves its row is tried, and a row that couldn't be written is kept, in memory, and written
+/// before anything else moves. So at most the items in hand ever lack their rows, one a run. A row
+/// with an `undoneAt` is that of a put-back, which is there already and is updated; any other is
+/// inserted.
 ///
 /// Any thread may call it. Where another program holds the database's file, calls wait for it as
 /// long as the store does. What is thrown is `DatabaseError`.
@@ -24,15 +26,15 @@ class RemovalLedger {
   /// The store must outlive the ledger.
   explicit RemovalLedger(Store& store);
 
-  /// Call it before each removal, with the row as it will be, as far as that is known. Writes what
-  /// is outstanding, then tries this very row and leaves no trace of it. Where it throws nothing
-  /// may go.
+  /// Call it before each removal or put-back, with the row as it will be, as far as that is known.
+  /// Writes what is outstanding, then tries this very row and leaves no trace of it. Where it
+  /// throws nothing may go.
   ///
   /// Where the disk is full and the item is to be deleted, which makes room, the space that is
   /// kept for this is given up first.
   void prepare(const JournalEntry& entry);
 
-  /// Call it when the item has gone. Inserts the row and answers it with its id. Where it throws
+  /// Call it when the item has moved. Writes the row and answers it with its id. Where it throws
   /// the row is outstanding, save that of a folder whose own row is gone: its journal went too.
   JournalEntry record(JournalEntry entry);
 
@@ -47,6 +49,7 @@ class RemovalLedger {
 
  private:
   void writeOutstanding();
+  void write(JournalEntry& entry);
   bool isOfForgottenFolder(const JournalEntry& entry, const DatabaseError& error);
   void withReserve(const std::function<void()>& write);
   bool isForLackOfSpace(const DatabaseError& error) const;

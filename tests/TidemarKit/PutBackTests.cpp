@@ -179,5 +179,30 @@ TEST(PutBackOverAFailingDatabase, movesNothing) {
   EXPECT_TRUE(world.files.exists("/f/a"));
 }
 
+TEST(PutBackOverAFailingDatabase, keepsTheRowOfTheItemInHandAndMovesNoOther) {
+  const testing::TemporaryDirectory directory;
+  const std::string database = directory.path("tidemar.sqlite");
+  BinnedItem world(database);
+  world.files.draw("/home/ada/Trash/b 1 @1");
+  JournalEntry second = world.entry;
+  second.id.reset();
+  second.name = "b";
+  second.binnedPath = "/home/ada/Trash/b";
+  second = world.engine.store().insert(second);
+  world.files.before("move /home/ada/Trash/a.2 to /f/a", [&] {
+    testing::runSQL(database,
+                    "CREATE TRIGGER refuse BEFORE UPDATE ON journalEntry "
+                    "BEGIN SELECT RAISE(ABORT, 'no'); END");
+  });
+  EXPECT_THROW(world.undo(), DatabaseError);
+  EXPECT_TRUE(world.files.exists("/f/a"));
+  EXPECT_THROW(world.engine.undo(*second.id, world.now), DatabaseError);
+  EXPECT_FALSE(world.files.exists("/f/b"));
+
+  testing::runSQL(database, "DROP TRIGGER refuse");
+  EXPECT_EQ(failureOf([&] { world.undo(); }), Failure::Case(Failure::AlreadyUndone{}));
+  EXPECT_EQ(world.storedEntry().undoneAt, world.now);
+}
+
 }  // namespace
 }  // namespace tidemar
