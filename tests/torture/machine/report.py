@@ -16,12 +16,14 @@ class Report:
         parser.add_argument("driver")
         parser.add_argument("hook")
         parser.add_argument("--full", action="store_true", help="every window and the full counts")
+        parser.add_argument("--times", type=int, default=1, help="so many times the sample")
         parser.add_argument("--only", help="the one case of this label")
         parser.add_argument("--seed", type=int, default=1)
         parser.add_argument("--most", type=int, default=20, help="end after this many cases with problems")
         options = parser.parse_args()
         self.tools = (options.driver, options.hook)
         self.is_full = options.full
+        self._times = options.times
         self._only = options.only
         self._most = options.most
         self.random = random.Random(options.seed)
@@ -31,11 +33,12 @@ class Report:
         self._start = time.monotonic()
 
     def count(self, full, reduced):
-        return full if self.is_full else reduced
+        return full if self.is_full else min(full, reduced * self._times)
 
     def some(self, windows, most):
         """In a reduced run that many of the windows, the same ones each time."""
         windows = list(windows)
+        most *= self._times
         if self.is_full or self._only or len(windows) <= most:
             return windows
         return [windows[index] for index in sorted(self.random.sample(range(len(windows)), most))]
