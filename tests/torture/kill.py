@@ -2,8 +2,14 @@
 """Kills the program at each of its calls of the file system and the database, and at any moment, and looks at
 what the next start makes of it."""
 
-from machine.canary import FAR_FUTURE, World
+import contextlib
+import os
+
+from machine import mounts
+from machine.canary import FAR_FUTURE, TREE, File, World
 from machine.report import Report
+
+KEPT = {".hidden item": File(), "fresh": File(fresh=True)}
 
 
 def after(world, result, is_undoing):
@@ -19,7 +25,6 @@ def after(world, result, is_undoing):
 
 
 def kills(report, world, name, prepare, perform, is_undoing):
-    world.reset()
     prepare()
     calls = len(perform(action="trace").calls)
     cases = [(f"{name} at {number}", {"action": "kill", "at": number})
@@ -28,12 +33,11 @@ def kills(report, world, name, prepare, perform, is_undoing):
               for number in range(report.count(170, 2))]
     for label, how in cases:
         if report.wants(label):
-            world.reset()
             prepare()
             report.case(label, after(world, perform(**how), is_undoing))
 
 
-def kills_again(report, world):
+def kills_again(report, world, name):
     """A next start that is killed too while it gives back what a killed run had taken, or puts records right."""
     world.reset()
     calls = [call for call in world.run(action="trace").calls if call.function in ("renameat2", "unlinkat", "mkdirat")]
@@ -42,7 +46,7 @@ def kills_again(report, world):
         world.run(action="kill", at=first.number)
         count = len(world.drive(("status", 1, FAR_FUTURE), action="trace").calls)
         for number in report.some(range(1, count + 1), 3):
-            label = f"{world.disposal} again at {first.number} and {number}"
+            label = f"{name} again at {first.number} and {number}"
             if report.wants(label):
                 world.reset()
                 world.run(action="kill", at=first.number)
@@ -51,16 +55,43 @@ def kills_again(report, world):
                 report.case(label, [f"first killed at {first.function} {first.path}"] * bool(problems) + problems)
 
 
+def deep(levels):
+    return {"file": File(), "twin": File(), **({"down": deep(levels - 1)} if levels else {})}
+
+
+def kills_of_copies(report):
+    """The Bin lies on another mount than the folder by then, so an item comes back as a copy."""
+    reason = mounts.enter_own_mounts()
+    if reason:
+        return report.skip(f"put-back by a copy: {reason}")
+    with World(report.tools, "bin", {"file": File(), "tree": TREE}, KEPT) as world, contextlib.ExitStack() as stack:
+        def prepare():
+            stack.close()
+            world.reset()
+            world.run()
+            above = os.path.dirname(world.folder)
+            stack.enter_context(mounts.mounted(above, "--bind", above))
+
+        kills(report, world, "put-back by a copy", prepare, world.undo, True)
+
+
 def main():
     report = Report(__doc__)
     for disposal in ("bin", "delete"):
         with World(report.tools, disposal) as world:
             if report.wants(f"whole run to {disposal}"):
                 report.case(f"whole run to {disposal}", world.run_whole() + world.check(in_hand=0))
-            kills(report, world, f"run to {disposal}", lambda: None, world.run, False)
-            kills_again(report, world)
+            kills(report, world, f"run to {disposal}", world.reset, world.run, False)
+            kills_again(report, world, f"run to {disposal}")
             if disposal == "bin":
-                kills(report, world, "put-back", world.run, world.undo, True)
+                def binned():
+                    world.reset()
+                    world.run()
+                kills(report, world, "put-back", binned, world.undo, True)
+    with World(report.tools, "delete", {"deep": deep(24)}, KEPT) as world:
+        kills(report, world, "deep tree", world.reset, world.run, False)
+        kills_again(report, world, "deep tree")
+    kills_of_copies(report)
     report.end()
 
 

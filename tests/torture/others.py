@@ -2,6 +2,7 @@
 """At every call of a run someone else acts meanwhile: another run, a reading, a put-back, the tag that is taken off,
 the folder forgotten, the database held or put out of its place."""
 
+import concurrent.futures
 import contextlib
 import os
 import sqlite3
@@ -30,6 +31,7 @@ class Other:
     """Acts once; `settle` brings back what the checks need, `problems` tells what else is wrong."""
 
     in_hand = 1
+    also_at = ()
 
     def __init__(self, world):
         self.world = world
@@ -95,6 +97,49 @@ class Forgets(Other):
         return gone_since(self.world, self.before)
 
 
+class MovesTheFolder(Other):
+    """The run may go on with it, wherever it lies."""
+
+    def act(self):
+        self.place = os.path.join(self.world.home, "Elsewhere")
+        with as_user():
+            os.rename(self.world.folder, self.place)
+        self.also_at = (self.place,)
+
+    def settle(self):
+        with as_user():
+            os.rename(self.place, self.world.folder)
+            self.world.follow_again()
+
+
+class BinsTheFolder(MovesTheFolder):
+    """As a file manager does. What lies in the Bin isn't cleared."""
+
+    def act(self):
+        self.before = left(self.world)
+        files = os.path.join(self.world.trash, "files")
+        self.place = os.path.join(files, "Temporary")
+        with as_user():
+            for name in ("files", "info"):
+                os.makedirs(os.path.join(self.world.trash, name), mode=0o700, exist_ok=True)
+            os.rename(self.world.folder, self.place)
+
+    def problems(self):
+        return gone_since(self.world, self.before)
+
+
+class TakesTheRightsAway(Other):
+    """To write in the folder."""
+
+    def act(self):
+        with as_user():
+            os.chmod(self.world.folder, 0o500)
+
+    def settle(self):
+        with as_user():
+            os.chmod(self.world.folder, 0o700)
+
+
 class HoldsTheDatabase(Other):
     """For as long as the run lasts."""
 
@@ -130,7 +175,8 @@ class PutsAnotherInItsPlace(PutsTheDatabaseAside):
             pass
 
 
-OTHERS = (Reads, Runs, PutsBack, TakesTheTagOff, Forgets, HoldsTheDatabase, PutsTheDatabaseAside, PutsAnotherInItsPlace)
+OTHERS = (Reads, Runs, PutsBack, TakesTheTagOff, Forgets, MovesTheFolder, BinsTheFolder,
+          TakesTheRightsAway, HoldsTheDatabase, PutsTheDatabaseAside, PutsAnotherInItsPlace)
 
 
 def met(world, kind, number):
@@ -149,8 +195,17 @@ def met(world, kind, number):
         other.settle()
         problems += other.problems()
     again = world.start_again()
-    problems += again.problems + world.check(in_hand=other.in_hand, may_wait=True)
+    problems += again.problems + world.check(in_hand=other.in_hand, may_wait=True, also_at=other.also_at)
     return calls * bool(problems) + problems
+
+
+def both_at_once(world):
+    world.reset()
+    with concurrent.futures.ThreadPoolExecutor() as pool:
+        results = [run.result() for run in [pool.submit(world.run) for _ in range(3)]]
+    again = world.start_again()
+    problems = [problem for result in (*results, again) for problem in result.problems]
+    return problems + world.check(in_hand=0, may_wait=True)
 
 
 def main():
@@ -163,6 +218,9 @@ def main():
                     label = f"{disposal}, {kind.__name__} at {number}"
                     if report.wants(label):
                         report.case(label, met(world, kind, number))
+            for number in range(report.count(200, 3)):
+                if report.wants(f"{disposal}, three at once, {number}"):
+                    report.case(f"{disposal}, three at once, {number}", both_at_once(world))
     report.end()
 
 

@@ -4,10 +4,13 @@ what lies in them, and the Trash, at every call of a run and of a put-back: noth
 
 import contextlib
 import itertools
+import mmap
 import os
 import random
+import tempfile
 
 from machine.canary import File, World, as_user, remove, snapshot
+from machine.driver import become_user
 from machine.report import Report
 from machine.swap import Swap, contents, contents_of, differences
 
@@ -127,6 +130,24 @@ def at_random(report, world, operation, names):
         report.case(label, [f"{name} by {method}"] * bool(problems) + problems, number)
 
 
+def all_the_time(world, operation, name, seed):
+    """Another process exchanges both as fast as it can, and ends with everything in its place."""
+    world.prepare(operation)
+    with mmap.mmap(-1, 1) as ended, contextlib.closing(world.swap(name, "exchange", operation)) as swap, \
+            tempfile.TemporaryFile() as count:
+        child = os.fork()
+        if child == 0:
+            become_user()
+            swap.exchange_until(lambda: ended[0], random.Random(seed))
+            os.write(count.fileno(), str(swap.number).encode())
+            os._exit(0)
+        result = world.perform(operation)
+        ended[0] = 1
+        os.waitpid(child, 0)
+        count.seek(0)
+        return int(count.read()), world.problems_after(result, swap, operation)
+
+
 def main():
     report = Report(__doc__)
     for operation in ("bin", "delete", "put-back"):
@@ -134,6 +155,16 @@ def main():
         with SwapWorld(report.tools, "delete" if operation == "delete" else "bin") as world:
             at_every_call(report, world, operation, names)
             at_random(report, world, operation, names)
+            done = seed = 0
+            while done < report.count(100_000, 5_000):
+                seed += 1
+                label = f"{operation}, all the time with seed {seed}"
+                if not report.wants(label):
+                    done += 500
+                    continue
+                number, problems = all_the_time(world, operation, names[seed % len(names)], seed)
+                done += max(number, 1)
+                report.case(label, problems, number)
     report.end()
 
 

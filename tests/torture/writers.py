@@ -9,7 +9,7 @@ import random
 import tempfile
 
 from machine.canary import FRESH, File, World, as_user, remove, snapshot
-from machine.driver import ORDINARY_USER
+from machine.driver import become_user
 from machine.report import Report
 from machine.writing import WRITERS
 
@@ -106,9 +106,7 @@ def saves_all_the_time(world, seed):
 
 def save(path, seed, flags, log):
     """Until told to end, or until the directory has gone."""
-    if os.getuid() == 0:
-        os.setgid(ORDINARY_USER)
-        os.setuid(ORDINARY_USER)
+    become_user()
     generator = random.Random(seed)
     directory = os.open(path, os.O_RDONLY)
     for number in range(SAVES):

@@ -30,7 +30,8 @@ DUE = {
     "letter.txt": File(), "tree": TREE, "Program.AppDir": {"AppRun": File(0o755), "usr": {"lib": File()}},
     "to precious": Link("../../../outside/precious"), "to a directory": Link("../../../outside/album"),
     "shared": HardLink("outside/shared"), "pipe": Pipe(), "-rf": File(), "odd \n\"'%41 \udcff": File(),
-    "sparse": File(sparse=True)}
+    "sparse": File(sparse=True),
+    "twins": {"one": File(), "two": HardLink("home/Papers/Temporary/twins/one"), "aside": {"three": File()}}}
 KEPT = {
     ".hidden item": File(), ".hidden": File(), "listed": File(), "fresh": File(fresh=True),
     "fresh tree": {"old": File(), "in it": {"fresh": File(fresh=True)}},

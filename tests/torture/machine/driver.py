@@ -114,6 +114,14 @@ def answer_all(channel, act):
             channel.send(str(act(call_of(line))).encode())
 
 
+def become_user():
+    """For good."""
+    if os.getuid() == 0:
+        os.setgroups([])
+        os.setgid(ORDINARY_USER)
+        os.setuid(ORDINARY_USER)
+
+
 def ordinary_user():
     """For a new process: an ordinary user's rights, whoever runs the tests."""
     if os.getuid() != 0:

@@ -85,5 +85,19 @@ class Swap:
         except OSError as error:
             self.problems.append(f"what was put in the place of {self.name} isn't there any more: {error}")
 
+    def exchange_until(self, is_over, generator):
+        """Now and then pauses, the other way round or not; ends as it began, as far as both are still there."""
+        self.number = 0
+        is_exchanged = False
+        while is_exchanged or not is_over():
+            try:
+                self._exchange()
+            except FileNotFoundError:
+                break
+            is_exchanged = not is_exchanged
+            self.number += 1
+            for _ in range(generator.randrange(200)):
+                pass
+
     def _exchange(self):
         exchange(self.directory, self.name, self.decoys, os.path.basename(self.decoy))
