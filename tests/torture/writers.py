@@ -32,13 +32,16 @@ class WriterWorld(World):
                 remove(self.aside)
             os.mkdir(self.aside)
 
-    def problems_after(self, result, written):
+    def problems_after(self, result, written, stays=()):
+        """`stays` is what was written while its item lay at its place: it keeps the item from going."""
         self.start_again()
         # What is written comes back under its own name, or beside what has taken that name.
         names = [name for name in os.listdir(self.folder) if name.startswith(("file", "tree", ".saving"))]
         problems = result.problems + self.check(touched={*DUE, *names})
         there = "".join(entry.content for entry in snapshot(self.root).values())
         problems += [f"lost: {text!r}" for text in written if text not in there]
+        here = "".join(entry.content for entry in snapshot(self.folder).values())
+        problems += [f"changed, and went: {text!r}" for text in stays if text not in here]
         gone = {row["name"] for row in self.journal()}
         if "tree" in gone & set(names):
             problems.append("the journal says that the tree has gone")
@@ -52,14 +55,18 @@ def written_at(world, kind, where, number):
 
     def act(call):
         calls.append(f"written at {call.function} {call.path}")
+        was_in_place = os.path.lexists(writer.item)
         with as_user():
             writer.act()
+        if was_in_place and writer.is_over():
+            stays.extend(writer.written)
         return "go"
 
     calls = []
+    stays = []
     with contextlib.closing(writer):
         result = world.run(act=act, at=number)
-    problems = world.problems_after(result, writer.written)
+    problems = world.problems_after(result, writer.written, stays)
     return calls * bool(problems) + problems
 
 

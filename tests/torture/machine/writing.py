@@ -22,6 +22,7 @@ class Writer:
         self.outside = os.open(world.aside, os.O_RDONLY)
         self.directory, self.name = {"item": (self.folder, "file"), "tree": (self.tree, "a"),
                                      "inner": (self.inner, "b")}[where]
+        self.item = world.path("file" if where == "item" else "tree")
         self.written = []
         self.prepare()
 
@@ -31,6 +32,10 @@ class Writer:
     def close(self):
         for descriptor in (self.folder, self.tree, self.inner, self.outside):
             os.close(descriptor)
+
+    def is_over(self):
+        """Whether all is written that was begun."""
+        return True
 
     def text(self):
         self.written.append(f"{SAVED}{type(self).__name__} {len(self.written)}\n")
@@ -110,6 +115,9 @@ class WaitsAndAppends(Writer):
         # Long enough for it to be inside its call, where a lease stops it.
         self.thread.join(0.002)
 
+    def is_over(self):
+        return not self.thread.is_alive()
+
     def _append(self):
         with contextlib.suppress(FileNotFoundError):
             file = self.open(self.name, os.O_WRONLY | os.O_APPEND)
@@ -162,6 +170,9 @@ class DropsADirectory(Writer):
 
 class DragsADirectoryOut(Writer):
     """With all that still lies in it."""
+
+    def is_over(self):
+        return False  # It lies outside for good.
 
     def act(self):
         with contextlib.suppress(FileNotFoundError):
