@@ -63,7 +63,7 @@ def filled(world, drive, operation, what, left):
     ballast = Ballast(drive, what, left)
     result = world.undo() if operation == "put-back" else world.run()
     still_there = sorted(set(DUE) & set(os.listdir(world.folder))) if operation == "delete" else []
-    problems = result.problems + [f"full: {problem}" for problem in world.check(is_undoing=operation == "put-back", may_wait=True)]
+    problems = result.problems + [f"full: {problem}" for problem in world.check(in_hand=0, is_undoing=operation == "put-back", may_wait=True)]
     ballast.drop()
     again = world.start_again()
     problems += again.problems + [f"next start: {line}" for line in again.of("error")]

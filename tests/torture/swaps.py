@@ -106,9 +106,9 @@ def swapped(world, operation, name, method, changes, **windows):
 def at_every_call(report, world, operation, names):
     world.prepare(operation)
     calls = world.perform(operation, action="trace").calls
-    first = next(call.number for call in calls if call.path.startswith(world.folder))
+    first = next(number for number, call in enumerate(calls) if call.path.startswith(world.folder))
     for name, method, count in itertools.product(names, METHODS, (1, 2)):
-        for number in report.some(range(first, len(calls) + 1), 1):
+        for number in report.windows(calls[first:], world, 1):
             label = f"{operation}, {name} by {method} {'for good' if count == 1 else 'once'} at {number}"
             if report.wants(label):
                 report.case(label, swapped(world, operation, name, method, lambda: True, at=number, count=count)[1])

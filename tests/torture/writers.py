@@ -74,9 +74,9 @@ def at_every_call(report, world):
     world.prepare()
     calls = world.run(action="trace").calls
     # What was written before the plan may be due. The time of the last start is the last thing that is read for it.
-    first = 1 + max(call.number for call in calls if call.path.startswith("/proc/s"))
+    planned = max(call.number for call in calls if call.path.startswith("/proc/s"))
     for kind, where in WRITERS:
-        for number in report.some(range(first, len(calls) + 1), 2):
+        for number in report.windows(calls[planned:], world, 2):
             label = f"{world.disposal}, {kind.__name__} {where} at {number}"
             if report.wants(label):
                 report.case(label, written_at(world, kind, where, number))

@@ -345,6 +345,8 @@ class Check:
                 return False
             if self.is_undoing and len(live) == 1:
                 return True
+        elif here == whole and self.is_undoing and len(places) == len(live) == 1:
+            return True  # A copy that is in its place before the original has gone.
         elif not here and len(places) == 1 and not self._was_put_back(name):
             place = os.path.join(self.world.trash, "files", places[0])
             if rows == [place]:

@@ -43,6 +43,13 @@ class Report:
             return windows
         return [windows[index] for index in sorted(self.random.sample(range(len(windows)), most))]
 
+    def windows(self, calls, world, most):
+        """The numbers of the calls to act at: of all; in a reduced run of some of those about the folder or the Bin,
+        since most others are the database's."""
+        if not self.is_full:
+            calls = [call for call in calls if call.path.startswith((world.folder, world.trash))]
+        return self.some([call.number for call in calls], most)
+
     def wants(self, label):
         """Nothing for a label stands for what only all cases together can tell."""
         return self._only is None or self._only == label
