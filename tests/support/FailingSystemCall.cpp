@@ -4,28 +4,51 @@
 #include <cerrno>
 #include <cstddef>
 #include <exception>
+#include <future>
 #include <system_error>
 #include <thread>
 
 #include <linux/filter.h>
 #include <linux/seccomp.h>
+#include <poll.h>
+#include <sys/ioctl.h>
 #include <sys/prctl.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include "Platform/Files/Descriptors/FileDescriptor.h"
 
 namespace tidemar::testing {
 namespace {
 
-/// The filter holds for the calling thread alone, and for good.
-void failInThisThread(long systemCall, int code) {
+/// Answers calls of this thread and of those that it starts in this way, for good. With the flag
+/// for a listener that is what is answered.
+int filterThisThread(long systemCall, unsigned answer, unsigned flags) {
   std::array<sock_filter, 4> filter = {{
       BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
       BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, static_cast<unsigned>(systemCall), 0, 1),
-      BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | static_cast<unsigned>(code)),
+      BPF_STMT(BPF_RET | BPF_K, answer),
       BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW),
   }};
   const sock_fprog program{static_cast<unsigned short>(filter.size()), filter.data()};
-  if (prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) != 0 ||
-      prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &program, 0, 0) != 0) {
-    throw std::system_error(errno, std::generic_category(), "seccomp");
+  long result = prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0);
+  if (result == 0) result = syscall(SYS_seccomp, SECCOMP_SET_MODE_FILTER, flags, &program);
+  if (result < 0) throw std::system_error(errno, std::generic_category(), "seccomp");
+  return static_cast<int>(result);
+}
+
+/// Until no filtered thread is left.
+void answerCalls(const FileDescriptor& listener, const std::function<void(int)>& action) {
+  int call = 0;
+  while (true) {
+    pollfd waiting{listener.get(), POLLIN, 0};
+    if (poll(&waiting, 1, -1) < 0 || (waiting.revents & POLLIN) == 0) return;
+    seccomp_notif request{};
+    if (ioctl(listener.get(), SECCOMP_IOCTL_NOTIF_RECV, &request) != 0) continue;
+    action(++call);
+    seccomp_notif_resp response{
+        .id = request.id, .val = 0, .error = 0, .flags = SECCOMP_USER_NOTIF_FLAG_CONTINUE};
+    ioctl(listener.get(), SECCOMP_IOCTL_NOTIF_SEND, &response);
   }
 }
 
@@ -35,13 +58,30 @@ void withFailingSystemCall(long systemCall, int code, const std::function<void()
   std::exception_ptr thrown;
   std::thread([&] {
     try {
-      failInThisThread(systemCall, code);
+      filterThisThread(systemCall, SECCOMP_RET_ERRNO | static_cast<unsigned>(code), 0);
       body();
     } catch (...) {
       thrown = std::current_exception();
     }
   }).join();
   if (thrown) std::rethrow_exception(thrown);
+}
+
+void withActionBefore(long systemCall, const std::function<void(int)>& action,
+                      const std::function<void()>& body) {
+  std::promise<int> listener;
+  auto ending = std::async(std::launch::async, [&] {
+    try {
+      listener.set_value(
+          filterThisThread(systemCall, SECCOMP_RET_USER_NOTIF, SECCOMP_FILTER_FLAG_NEW_LISTENER));
+    } catch (...) {
+      listener.set_exception(std::current_exception());
+      return;
+    }
+    body();
+  });
+  answerCalls(FileDescriptor(listener.get_future().get()), action);
+  ending.get();
 }
 
 }  // namespace tidemar::testing

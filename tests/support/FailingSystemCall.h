@@ -8,4 +8,10 @@ namespace tidemar::testing {
 /// this errno value. An exception of the body comes out of here.
 void withFailingSystemCall(long systemCall, int code, const std::function<void()>& body);
 
+/// Runs `body` in a thread of its own and, each time that this or a process which it started is
+/// about to make one system call, `action` in the calling thread with the number of the call, the
+/// first being 1. Only then the call is made. An exception of the body comes out of here.
+void withActionBefore(long systemCall, const std::function<void(int)>& action,
+                      const std::function<void()>& body);
+
 }  // namespace tidemar::testing

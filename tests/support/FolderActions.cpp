@@ -1,9 +1,6 @@
 #include "support/FolderActions.h"
 
-#include <filesystem>
-
 #include "Platform/Files/DiskFileManager.h"
-#include "support/TemporaryTree.h"
 
 namespace tidemar::testing {
 namespace {
@@ -47,16 +44,6 @@ void removeItem(const FileURL& url) {
 FileURL trashItem(const FileURL& url) {
   const auto folder = folderOf(url);
   return folder->trashItem(look(*folder, url, Disposal::bin)).value();
-}
-
-FileURL layInTrash(const FileURL& trash, const std::string& name, const std::string& recordedPath) {
-  std::filesystem::create_directories(trash.path() + "/files");
-  std::filesystem::create_directories(trash.path() + "/info");
-  writeFile(FileURL(trash.path() + "/info/" + name + ".trashinfo"),
-            "[Trash Info]\nPath=" + recordedPath + "\nDeletionDate=2026-01-02T03:04:05\n");
-  FileURL place(trash.path() + "/files/" + name);
-  writeFile(place, "content");
-  return place;
 }
 
 std::vector<ListedEntry> listDirectory(const FileURL& directory) {

@@ -15,9 +15,6 @@ namespace tidemar::testing {
 void removeItem(const FileURL& url);
 FileURL trashItem(const FileURL& url);
 
-/// Lays a file into a Trash, which is made where it is missing, with a record of this path.
-FileURL layInTrash(const FileURL& trash, const std::string& name, const std::string& recordedPath);
-
 /// One entry of a directory, with its values.
 struct ListedEntry {
   FileURL url;

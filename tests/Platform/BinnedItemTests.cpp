@@ -1,0 +1,199 @@
+#include <cerrno>
+#include <filesystem>
+#include <functional>
+#include <string>
+
+#include <sys/syscall.h>
+
+#include "Platform/FolderAndBin.h"
+#include "support/FailingSystemCall.h"
+
+namespace tidemar {
+namespace {
+
+using namespace testing;
+using BinnedItemTest = FolderAndBin;
+
+TEST_F(BinnedItemTest, BelievesNoPlaceButOneInTheTrashOfThisUser) {
+  std::filesystem::create_directories(home(".local/share").path());
+  EXPECT_FALSE(knows(bin("files/item")));
+  EXPECT_FALSE(exists(bin(""))) << "none is made to look into it";
+  const std::string item = folder("item").path();
+  const FileURL real = lay(bin(""), "item", item);
+  const std::string files = bin("files").path();
+  std::filesystem::create_symlink(home(".local").path(), home("link").path());
+  std::filesystem::create_directories(files + "/tree");
+  move(lay(bin(""), "deep", item), bin("files/tree/deep"));
+  lay(bin(""), "gone", item);
+  std::filesystem::copy(bin("info/item.trashinfo").path(), bin("info/...trashinfo").path());
+  std::filesystem::copy(bin("info/item.trashinfo").path(), bin("info/..trashinfo").path());
+  erase(bin("files/gone"));
+
+  const struct {
+    const char* title;
+    FileURL place;
+    bool isKnown = false;
+  } rows[] = {
+      {"the home Trash", real, true},
+      {"the home Trash by way of a link", home("link/share/Trash/files/item"), true},
+      {"no path", FileURL()},
+      {"a relative path", FileURL(real.path().substr(1))},
+      {"a way up and down again", FileURL(files + "/../../Trash/files/item")},
+      {"a path that is cut off", FileURL(real.path() + std::string("\0", 1))},
+      {"a path whose beginning leads there",
+       FileURL(files + std::string("\0", 1) + "/Trash/files/item")},
+      {"the directory above", FileURL(files + "/..")},
+      {"the directory itself", FileURL(files + "/.")},
+      {"the Trash's own directory", bin("files")},
+      {"a record", (lay(bin(""), "item.trashinfo", item), bin("info/item.trashinfo"))},
+      {"what has gone", bin("files/gone")},
+      {"a name that is too long for anything", bin("files/" + std::string(256, 'x'))},
+      {"deeper in an item", bin("files/tree/deep")},
+      {"a document", lay(home("Documents"), "item", item)},
+      {"beside the database", lay(home(".local/share/Tidemar"), "tidemar.sqlite", item)},
+      {"another directory of that name", lay(home("Trash"), "item", item)},
+      {"a drive's Trash that isn't at the top", lay(home(".Trash-" + user), "item", item)},
+      {"a shared Trash that isn't at the top", lay(home(".Trash/" + user), "item", item)},
+  };
+  setMode(home(".Trash"), 01777);
+  const auto before = std::filesystem::current_path();
+  std::filesystem::current_path("/");
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.title);
+    EXPECT_EQ(knows(row.place), row.isKnown);
+  }
+  std::filesystem::current_path(before);
+}
+
+TEST_F(BinnedItemTest, BelievesNoTrashOfADriveThatSomeoneElseCouldArrange) {
+  if (!mountDrive(TestFileSystem::Type::tmpfs)) GTEST_SKIP() << _drive->reason();
+  const std::string own = ".Trash-" + user;
+  const std::string shared = ".Trash/" + user;
+  const auto link = [&](const std::string& name) {
+    move(drive(name), drive("elsewhere"));
+    std::filesystem::create_symlink(drive("elsewhere").path(), drive(name).path());
+  };
+  const auto giveAway = [&](const std::string& name) {
+    ASSERT_EQ(chown(drive(name).path().c_str(), 77, 77), 0);
+  };
+  const auto protect = [&] { setMode(drive(".Trash"), 01777); };
+
+  const struct {
+    const char* title;
+    std::string trash;
+    std::function<void()> arrange;
+    bool isKnown = false;
+  } rows[] = {
+      {"the user's own", own, [] {}, true},
+      {"one that is a link", own, [&] { link(own); }},
+      {"one that another user owns", own, [&] { giveAway(own); }},
+      {"items elsewhere", own, [&] { link(own + "/files"); }},
+      {"items of another user's", own, [&] { giveAway(own + "/files"); }},
+      {"records elsewhere", own, [&] { link(own + "/info"); }},
+      {"no records", own, [&] { move(drive(own + "/info"), drive("elsewhere")); }},
+      {"one for another user", own + "7", [] {}},
+      {"one in a directory", "directory/" + own, [] {}},
+      {"the shared one", shared, protect, true},
+      {"the shared one without protection", shared, [] {}},
+      {"the shared one as a link", shared, [&] { protect(), link(".Trash"); }},
+      {"the shared one for another user", shared + "7", protect},
+      {"another user's part of it", shared, [&] { protect(), giveAway(shared); }},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.title);
+    for (const std::string& name : namesIn(drive(""))) {
+      if (name != "folder") erase(drive(name));
+    }
+    const FileURL place = lay(drive(row.trash), "item", folder("item").path());
+    row.arrange();
+    EXPECT_EQ(knows(place), row.isKnown);
+    EXPECT_FALSE(knows(drive(row.trash + "/info/item"))) << "beside the items";
+  }
+}
+
+TEST_F(BinnedItemTest, BelievesOnlyARecordThatNamesTheItemAndTheFolder) {
+  makeTree(_home.url(), "other/\ndocument\nalias -> folder");
+  const FileURL place = lay(bin(""), "binned", "");
+  const FileURL record = bin("info/binned.trashinfo");
+  const auto path = [&](const std::string& relative) { return home(relative).path(); };
+
+  const struct {
+    const char* title;
+    std::string recordedPath;
+    bool isKnown = false;
+    std::string name = "item";
+  } rows[] = {
+      {"from this folder", path("folder/item"), true},
+      {"from this folder by way of a link", path("alias/item"), true},
+      {"from a place where nothing lies any more", path("gone/item"), true},
+      {"from below a place that isn't a directory", path("document/folder/item"), true},
+      {"from another folder", path("other/item")},
+      {"from a place where a document lies", path("document/item")},
+      {"from the directory above", path("item")},
+      {"under another name", path("folder/items")},
+      {"under the name in the Bin", path("folder/binned")},
+      {"a relative path, which starts beside the Trash", "Trash/item"},
+      {"up again", path("folder/x/../item")},
+      {"the folder itself", path("folder"), false, "folder"},
+      {"no path", ""},
+      {"escaped letters", path("folder/%69te%6D"), true},
+      {"escapes in escapes", path("folder/50%2525%0A"), true, "50%25\n"},
+      {"an escaped escape is no escape", path("folder/%2569tem")},
+      {"a percent sign that isn't escaped", path("folder/50%"), false, "50%"},
+      {"a cut-off name", path("folder/item%00")},
+      {"a slash in the name", path("folder/a%2Fb"), false, "a/b"},
+      {"nothing but bytes", path("folder/%FF%01"), true, "\xFF\x01"},
+      {"a name that leads up", path("folder/.."), false, ".."},
+      {"a name that leads nowhere", path("folder/."), false, "."},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.title);
+    lay(bin(""), "binned", row.recordedPath);
+    EXPECT_EQ(knows(place, row.name), row.isKnown);
+  }
+
+  const struct {
+    const char* title;
+    std::function<void()> arrange;
+  } spoilt[] = {
+      {"none", [] {}},
+      {"empty", [&] { writeFile(record, ""); }},
+      {"a link to a good one", [&] { makeTree(bin("info"), "binned.trashinfo -> ../good"); }},
+      {"a directory", [&] { makeTree(bin("info"), "binned.trashinfo/"); }},
+      {"a FIFO, which must not hold us up", [&] { makeTree(bin("info"), "binned.trashinfo |"); }},
+      {"a line that isn't finished",
+       [&] { writeFile(record, readFile(bin("good")).substr(0, 40)); }},
+      {"far too long",
+       [&] { writeFile(record, readFile(bin("good")) + std::string(1 << 20, '\n')); }},
+  };
+  lay(bin(""), "binned", path("folder/item"));
+  move(record, bin("good"));
+  for (const auto& row : spoilt) {
+    SCOPED_TRACE(row.title);
+    std::filesystem::remove(record.path());
+    row.arrange();
+    EXPECT_FALSE(knows(place));
+  }
+}
+
+TEST_F(BinnedItemTest, TakesRelativePathsInRecordsOfADriveFromItsTop) {
+  if (!mountDrive(TestFileSystem::Type::tmpfs)) GTEST_SKIP() << _drive->reason();
+  makeTree(drive(""), "other/\n  folder/");
+  for (const std::string recorded : {"folder/item", "other/folder/item", "item"}) {
+    SCOPED_TRACE(recorded);
+    EXPECT_EQ(knows(lay(drive(".Trash-" + user), "item", recorded)), recorded == "folder/item");
+  }
+}
+
+TEST_F(BinnedItemTest, TellsWhatItCannotReadFromWhatIsNotThere) {
+  const FileURL place = layItem();
+  for (const long call : {SYS_read, SYS_statx}) {
+    withFailingSystemCall(call, EIO, [&] { EXPECT_NE(codeOf([&] { knows(place); }), 0); });
+  }
+  const auto opened = open();
+  move(folder(""), bin("files/folder"));
+  EXPECT_EQ(codeOf([&] { opened->binnedItem(place, "item"); }), ENOENT) << "in the Bin itself";
+}
+
+}  // namespace
+}  // namespace tidemar
