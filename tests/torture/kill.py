@@ -3,7 +3,6 @@
 what the next start makes of it."""
 
 import contextlib
-import os
 
 from machine import mounts
 from machine.canary import FAR_FUTURE, TREE, File, World
@@ -69,8 +68,7 @@ def kills_of_copies(report):
             stack.close()
             world.reset()
             world.run()
-            above = os.path.dirname(world.folder)
-            stack.enter_context(mounts.mounted(above, "--bind", above))
+            stack.enter_context(world.on_another_mount())
 
         kills(report, world, "put-back by a copy", prepare, world.undo, True)
 

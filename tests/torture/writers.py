@@ -8,11 +8,13 @@ import os
 import random
 import tempfile
 
+from machine import mounts
 from machine.canary import FRESH, File, World, as_user, remove, snapshot
 from machine.driver import become_user
 from machine.report import Report
 from machine.writing import WRITERS
 
+COPY = "put-back by a copy"
 FILES = 300
 SAVES = 3000
 BEGUN, ENDED = 0, 1
@@ -25,61 +27,74 @@ class WriterWorld(World):
         super().__init__(tools, disposal, DUE, KEPT)
         self.aside = os.path.join(self.home, "Aside")
 
-    def prepare(self):
+    def prepare(self, operation="run"):
         self.reset()
+        self.is_undoing = operation == COPY
+        if self.is_undoing:
+            self.run()
         with as_user():
             if os.path.isdir(self.aside):
                 remove(self.aside)
             os.mkdir(self.aside)
+
+    @contextlib.contextmanager
+    def performing(self, operation):
+        if operation != COPY:
+            yield self.run
+            return
+        with self.on_another_mount():
+            yield self.undo
 
     def problems_after(self, result, written, stays=()):
         """`stays` is what was written while its item lay at its place: it keeps the item from going."""
         self.start_again()
         # What is written comes back under its own name, or beside what has taken that name.
         names = [name for name in os.listdir(self.folder) if name.startswith(("file", "tree", ".saving"))]
-        problems = result.problems + self.check(touched={*DUE, *names})
+        problems = result.problems + self.check(touched={*DUE, *names}, is_undoing=self.is_undoing, may_wait=self.is_undoing)
         there = "".join(entry.content for entry in snapshot(self.root).values())
         problems += [f"lost: {text!r}" for text in written if text not in there]
         here = "".join(entry.content for entry in snapshot(self.folder).values())
         problems += [f"changed, and went: {text!r}" for text in stays if text not in here]
-        gone = {row["name"] for row in self.journal()}
+        gone = {row["name"] for row in self.journal() if not self.is_undoing}
         if "tree" in gone & set(names):
             problems.append("the journal says that the tree has gone")
         return problems
 
 
-def written_at(world, kind, where, number):
-    world.prepare()
+def written_at(world, operation, kind, where, number):
+    world.prepare(operation)
+    top = os.path.join(world.trash, "files") if operation == COPY else world.folder
     with as_user():
-        writer = kind(world, where)
+        writer = kind(world, top, where)
 
     def act(call):
         calls.append(f"written at {call.function} {call.path}")
         was_in_place = os.path.lexists(writer.item)
         with as_user():
             writer.act()
-        if was_in_place and writer.is_over():
+        if was_in_place and writer.is_over() and operation != COPY:
             stays.extend(writer.written)
         return "go"
 
     calls = []
     stays = []
-    with contextlib.closing(writer):
-        result = world.run(act=act, at=number)
+    with contextlib.closing(writer), world.performing(operation) as perform:
+        result = perform(act=act, at=number)
     problems = world.problems_after(result, writer.written, stays)
     return calls * bool(problems) + problems
 
 
-def at_every_call(report, world):
-    world.prepare()
-    calls = world.run(action="trace").calls
+def at_every_call(report, world, operation):
+    world.prepare(operation)
+    with world.performing(operation) as perform:
+        calls = perform(action="trace").calls
     # What was written before the plan may be due. The time of the last start is the last thing that is read for it.
-    planned = max(call.number for call in calls if call.path.startswith("/proc/s"))
+    planned = max((call.number for call in calls if call.path.startswith("/proc/s")), default=0)
     for kind, where in WRITERS:
         for number in report.windows(calls[planned:], world, 2):
-            label = f"{world.disposal}, {kind.__name__} {where} at {number}"
+            label = f"{operation}, {kind.__name__} {where} at {number}"
             if report.wants(label):
-                report.case(label, written_at(world, kind, where, number))
+                report.case(label, written_at(world, operation, kind, where, number))
 
 
 def saves_all_the_time(world, seed):
@@ -139,9 +154,15 @@ def save(path, seed, flags, log):
 
 def main():
     report = Report(__doc__)
+    reason = mounts.enter_own_mounts()
+    can_mount = not reason
+    if reason:
+        report.skip(f"put-back by a copy: {reason}")
     for disposal in ("bin", "delete"):
         with WriterWorld(report.tools, disposal) as world:
-            at_every_call(report, world)
+            at_every_call(report, world, disposal)
+            if disposal == "bin" and can_mount:
+                at_every_call(report, world, COPY)
     with WriterWorld(report.tools, "delete") as world:
         for seed in range(1, report.count(300, 2) + 1):
             label = f"saves all the time, seed {seed}"

@@ -15,14 +15,14 @@ class Writer:
     """Holds the directories open, as a program with its working directory there does. Files are top-level ones or
     lie in a tree; what it writes is no longer due by any rule."""
 
-    def __init__(self, world, where):
-        self.folder = os.open(world.folder, os.O_RDONLY)
-        self.tree = os.open(world.path("tree"), os.O_RDONLY)
-        self.inner = os.open(world.path("tree", "inner"), os.O_RDONLY)
+    def __init__(self, world, top, where):
+        self.folder = os.open(top, os.O_RDONLY)
+        self.tree = os.open(os.path.join(top, "tree"), os.O_RDONLY)
+        self.inner = os.open(os.path.join(top, "tree", "inner"), os.O_RDONLY)
         self.outside = os.open(world.aside, os.O_RDONLY)
         self.directory, self.name = {"item": (self.folder, "file"), "tree": (self.tree, "a"),
                                      "inner": (self.inner, "b")}[where]
-        self.item = world.path("file" if where == "item" else "tree")
+        self.item = os.path.join(top, "file" if where == "item" else "tree")
         self.written = []
         self.prepare()
 
