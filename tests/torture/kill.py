@@ -40,11 +40,11 @@ def kills_again(report, world, name):
     """A next start that is killed too while it gives back what a killed run had taken, or puts records right."""
     world.reset()
     calls = [call for call in world.run(action="trace").calls if call.function in ("renameat2", "unlinkat", "mkdirat")]
-    for first in report.some(calls, 3):
+    for first in report.some(calls, 3, full=25):
         world.reset()
         world.run(action="kill", at=first.number)
         count = len(world.drive(("status", 1, FAR_FUTURE), action="trace").calls)
-        for number in report.some(range(1, count + 1), 3):
+        for number in report.some(range(1, count + 1), 3, full=40):
             label = f"{name} again at {first.number} and {number}"
             if report.wants(label):
                 world.reset()

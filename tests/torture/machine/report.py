@@ -35,11 +35,11 @@ class Report:
     def count(self, full, reduced):
         return full if self.is_full else min(full, reduced * self._times)
 
-    def some(self, windows, most):
-        """In a reduced run that many of the windows, the same ones each time."""
+    def some(self, windows, most, full=None):
+        """In a reduced run that many of the windows, the same ones each time; in a full one all, or so many."""
         windows = list(windows)
-        most *= self._times
-        if self.is_full or self._only or len(windows) <= most:
+        most = (full or len(windows)) if self.is_full else most * self._times
+        if self._only or len(windows) <= most:
             return windows
         return [windows[index] for index in sorted(self.random.sample(range(len(windows)), most))]
 
