@@ -52,7 +52,8 @@ class Engine {
   std::string canonicalPath(const FileURL& url) const;
 
   /// Makes a folder known, with the rules of a new folder, or finds the row of the one that lives
-  /// there. Neither tags it nor minds whether it is a protected root.
+  /// there, which another thread may be adding. Neither tags it nor minds whether it is a protected
+  /// root.
   Folder addFolder(const FileURL& url, Date now);
 
   /// Puts the tag on the folder, which starts its restart rule anew, or takes the tag off. A
@@ -101,7 +102,7 @@ class Engine {
   Reading read(std::int64_t folderID, Date now);
   JournalEntry remove(const Removal& removal, OpenFolder& place, const Folder& folder, Date now);
   void settleLedger();
-  std::optional<Folder> folderLivingAt(const OpenFolder& place);
+  std::optional<Folder> folderLivingAt(const OpenFolder& place, const std::vector<Folder>& known);
   std::vector<Folder> otherFolders(const Folder& folder) const;
 
   std::unique_ptr<Store> _store;

@@ -20,24 +20,27 @@ std::string Engine::canonicalPath(const FileURL& url) const {
 
 Folder Engine::addFolder(const FileURL& url, Date now) {
   const auto place = _fileManager.openFolder(FileURL(canonicalPath(url)));
-  if (std::optional<Folder> known = folderLivingAt(*place)) return *std::move(known);
-
   Folder folder;
-  folder.bookmark = place->bookmarkData();
   folder.path = place->url().path();
   folder.createdAt = now;
   folder.lastRunAt = now;
-  return _store->insert(std::move(folder));
+  for (;;) {
+    const std::vector<Folder> known = _store->folders();
+    if (std::optional<Folder> living = folderLivingAt(*place, known)) return *std::move(living);
+    folder.bookmark = place->bookmarkData();
+    if (std::optional<Folder> added = _store->insert(folder, known)) return *std::move(added);
+    // Someone else added a folder meanwhile, which may be this one.
+  }
 }
 
 /// The row of the folder that is this directory. A row may have another path as long as the folder
 /// hasn't been looked for since it moved; and one of this path may be that of a folder that is
 /// elsewhere, or lost.
-std::optional<Folder> Engine::folderLivingAt(const OpenFolder& place) {
-  const std::vector<Folder> all = _store->folders();
+std::optional<Folder> Engine::folderLivingAt(const OpenFolder& place,
+                                             const std::vector<Folder>& known) {
   const auto isThis = [&](const Folder& row) { return place.isRememberedBy(row.bookmark); };
-  if (const auto row = std::ranges::find_if(all, isThis); row != all.end()) return *row;
-  for (const Folder& row : all) {
+  if (const auto row = std::ranges::find_if(known, isThis); row != known.end()) return *row;
+  for (const Folder& row : known) {
     if (row.path != place.url().path()) continue;
     try {
       ResolvedFolder found = resolve(row);

@@ -1,5 +1,6 @@
 #include "TidemarKit/Store/Store.h"
 
+#include <algorithm>
 #include <string_view>
 
 #include <sqlite3.h>
@@ -70,6 +71,17 @@ std::vector<JournalEntry> Store::journalOfFolder(std::int64_t folderID) const {
 Folder Store::insert(Folder folder) {
   folder.id = database->write([&](Database& db) { return FolderRow::insert(db, folder); });
   return folder;
+}
+
+std::optional<Folder> Store::insert(Folder folder, const std::vector<Folder>& known) {
+  return database->write([&](Database& db) -> std::optional<Folder> {
+    const auto isKnown = [&](const Folder& row) {
+      return std::ranges::find(known, row.id, &Folder::id) != known.end();
+    };
+    if (!std::ranges::all_of(FolderRow::all(db), isKnown)) return std::nullopt;
+    folder.id = FolderRow::insert(db, folder);
+    return std::move(folder);
+  });
 }
 
 JournalEntry Store::insert(JournalEntry entry) {

@@ -62,6 +62,10 @@ class Store {
   Folder insert(Folder folder);
   JournalEntry insert(JournalEntry entry);
 
+  /// Inserts a row unless there is one by now that isn't among those known, and answers the record
+  /// with its new id; none where nothing was inserted.
+  std::optional<Folder> insert(Folder folder, const std::vector<Folder>& known);
+
   /// Throws where this very row couldn't be inserted just now and kept as it is. Leaves no trace.
   void tryInsert(const JournalEntry& entry);
 

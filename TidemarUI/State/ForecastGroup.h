@@ -43,7 +43,8 @@ struct ForecastGroup {
   std::vector<FileURL> items;  ///< In the order of the folders, and of each folder's plan.
   std::string totalSize;       ///< The sum of their sizes as a file size.
 
-  /// Tells the groups of one forecast apart.
+  /// What the group is called. Two of one forecast are called the same where days that are over
+  /// still stand in it, since these read as today too.
   std::string id() const { return when + " · " + action; }
 
   friend bool operator==(const ForecastGroup&, const ForecastGroup&) = default;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <compare>
 #include <cstdint>
 #include <optional>
 #include <span>
@@ -42,7 +43,7 @@ struct MainSelection {
   static MainSelection folder(std::int64_t id) { return {id}; }
   static MainSelection overview() { return {}; }
 
-  friend bool operator==(const MainSelection&, const MainSelection&) = default;
+  friend auto operator<=>(const MainSelection&, const MainSelection&) = default;
 };
 
 /// Builds the state, with the arguments of `menuBarState`. A folder without a row id gets no row.

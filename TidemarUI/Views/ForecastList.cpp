@@ -68,14 +68,8 @@ ForecastList::ForecastList(QWidget* parent)
 
 void ForecastList::setGroups(std::span<const ForecastGroup> groups) {
   const std::vector<ForecastSection> sections = forecastSections(groups);
-  // An action can come up again further down; its first group tells the sections apart then.
   _sections->update(
-      sections,
-      [&](const ForecastSection& section) {
-        const bool isFirst =
-            &*std::ranges::find(sections, section.title, &ForecastSection::title) == &section;
-        return isFirst ? section.title : section.title + section.groups.front().id();
-      },
+      sections, [](const ForecastSection& section) { return section.title; },
       [this] { return new ForecastSectionView(*this); },
       [](ForecastSectionView& view, const ForecastSection& section) { view.show(section); });
 }

@@ -2,14 +2,17 @@
 
 #include <QVBoxLayout>
 #include <QWidget>
-#include <algorithm>
+#include <deque>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
 namespace tidemar {
 
-/// A column of widgets, one for each value of a list. A widget stays the same as long as its
-/// value's key is in the list, so that focus, hover and place survive a refresh.
+/// A column of widgets, one for each value of a list. A row is known by its value's key and, among
+/// values of the same key, by how many of them stand before it: so every value has a row of its
+/// own, whatever the keys. A row stays the same widget as long as its value is in the list, so that
+/// focus, hover and place survive a refresh; a row without a value is gone at once.
 template <class Key, class Row>
 class KeyedColumn : public QWidget {
  public:
@@ -18,49 +21,52 @@ class KeyedColumn : public QWidget {
     _layout->setSpacing(spacing);
   }
 
-  /// `keyOf(value)` tells the values apart, `make()` answers a new row, `show(row, value)` fills
-  /// one. Answers whether rows came, went or moved.
+  /// `keyOf(value)` names a value, `make()` answers a new row, `show(row, value)` fills one.
+  /// Answers whether rows came, went or moved.
   template <class Values, class KeyOf, class Make, class Show>
   bool update(const Values& values, KeyOf keyOf, Make make, Show show) {
-    bool isChanged = removeAllBut(values, keyOf);
-    std::vector<std::pair<Key, Row*>> rows;
+    bool isChanged = keepRowsOf(values, keyOf);
+    int index = 0;
     for (const auto& value : values) {
-      const Key key = keyOf(value);
-      Row* row = find(key);
-      const int index = static_cast<int>(rows.size());
+      Row*& row = _rows[static_cast<std::size_t>(index)].second;
       if (row == nullptr) row = make();
-      if (_layout->indexOf(row) != index) {
+      const QLayoutItem* present = _layout->itemAt(index);
+      if (present == nullptr || present->widget() != row) {
         _layout->insertWidget(index, row);
         // At once, so that the column's size counts it already.
         row->QWidget::show();
         isChanged = true;
       }
       show(*row, value);
-      rows.emplace_back(key, row);
+      ++index;
     }
-    _rows = std::move(rows);
     return isChanged;
   }
 
  private:
+  /// Leaves an entry for each value, without a widget where the value is new. Answers whether rows
+  /// went.
   template <class Values, class KeyOf>
-  bool removeAllBut(const Values& values, KeyOf keyOf) {
-    const auto isGone = [&](const auto& entry) {
-      return std::none_of(values.begin(), values.end(),
-                          [&](const auto& value) { return keyOf(value) == entry.first; });
-    };
-    return std::erase_if(_rows, [&](const auto& entry) {
-             if (!isGone(entry)) return false;
-             _layout->removeWidget(entry.second);
-             entry.second->hide();
-             entry.second->deleteLater();
-             return true;
-           }) > 0;
-  }
-
-  Row* find(const Key& key) const {
-    const auto found = std::ranges::find(_rows, key, &std::pair<Key, Row*>::first);
-    return found == _rows.end() ? nullptr : found->second;
+  bool keepRowsOf(const Values& values, KeyOf keyOf) {
+    std::unordered_map<Key, std::deque<Row*>> free;
+    for (const auto& [key, row] : std::exchange(_rows, {}))
+      free[key].push_back(row);
+    for (const auto& value : values) {
+      Key key = keyOf(value);
+      std::deque<Row*>& same = free[key];
+      _rows.emplace_back(std::move(key), same.empty() ? nullptr : same.front());
+      if (!same.empty()) same.pop_front();
+    }
+    bool isChanged = false;
+    for (const auto& [key, rows] : free) {
+      for (Row* row : rows) {
+        _layout->removeWidget(row);
+        row->hide();
+        row->deleteLater();
+        isChanged = true;
+      }
+    }
+    return isChanged;
   }
 
   QVBoxLayout* _layout;

@@ -25,7 +25,8 @@ struct SidebarRow {
 std::vector<SidebarRow> sidebarRows(const MainState& state);
 
 /// The sidebar's rows for a list view. A row that stays keeps its index, so that the view keeps its
-/// place and what is under the pointer.
+/// place and what is under the pointer. It is known by its selection and, among rows of the same
+/// one, by how many stand before it. Takes time in proportion to the rows, however many change.
 class SidebarModel : public QAbstractListModel {
  public:
   using QAbstractListModel::QAbstractListModel;
@@ -41,7 +42,13 @@ class SidebarModel : public QAbstractListModel {
   Qt::ItemFlags flags(const QModelIndex& index) const override;
 
  private:
-  int position(const std::optional<MainSelection>& selection) const;
+  using Places = std::vector<std::optional<std::size_t>>;
+
+  Places placesOf(const std::vector<SidebarRow>& rows) const;
+  void removeAllBut(Places& places);
+  void reorder(const Places& places);
+  void insertMissing(const std::vector<SidebarRow>& rows, const Places& places);
+  void change(const std::vector<SidebarRow>& rows);
 
   std::vector<SidebarRow> _rows;
 };

@@ -51,6 +51,22 @@ TEST_F(FolderLifecycle, aFolderAddedAgainIsTheSameByWhateverPath) {
   EXPECT_EQ(engine.store().folders().size(), 2U);
 }
 
+TEST_F(FolderLifecycle, aFolderAddedTwiceAtOnceIsKnownOnce) {
+  // The other add comes between this one's look at the rows and its own row.
+  for (const char* other : {"/f", "/link"}) {
+    testing::EngineWorld world;
+    world.files.draw("/f/\n/link -> /f\n/g/");
+    Folder first;
+    world.files.before("bookmark /f",
+                       [&] { first = world.engine.addFolder(FileURL(other), added); });
+    EXPECT_EQ(world.engine.addFolder(FileURL("/f"), now), first) << other;
+    EXPECT_EQ(world.engine.store().folders().size(), 1U) << other;
+  }
+  files.before("bookmark /f", [&] { engine.addFolder(FileURL("/g"), added); });
+  EXPECT_EQ(engine.addFolder(FileURL("/f"), now).path, "/f");
+  EXPECT_EQ(engine.store().folders().size(), 2U);
+}
+
 TEST_F(FolderLifecycle, aPlaceWithSeveralRowsIsThatOfTheOneThatLivesThere) {
   const Folder lost = temporaryFolder("/f", rules);
   const Folder other = temporaryFolder("/g", {});

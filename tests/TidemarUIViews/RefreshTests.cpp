@@ -1,7 +1,11 @@
+#include <QAbstractItemModelTester>
 #include <QLineEdit>
 #include <QPointer>
 #include <QScrollArea>
 #include <QScrollBar>
+#include <algorithm>
+#include <random>
+#include <ranges>
 
 #include <gtest/gtest.h>
 
@@ -83,6 +87,86 @@ TEST(Refresh, ARowKeepsTheFocusWhileOthersComeAndGoBesideIt) {
   QApplication::processEvents();
   EXPECT_EQ(QApplication::focusWidget(), fourth);
   EXPECT_EQ(fourth->accessibleName(), "folder 4, 1 item goes now");
+}
+
+/// The texts of all rows that stand in a list, from top to bottom.
+std::vector<std::string> rowsOf(const ForecastList& list) {
+  std::vector<std::pair<int, std::string>> rows;
+  for (const MenuRow* row : childrenOf<MenuRow>(list)) {
+    if (row->isVisibleTo(&list))
+      rows.emplace_back(row->mapTo(&list, QPoint()).y(), row->content().title.toStdString());
+  }
+  std::ranges::sort(rows);
+  std::vector<std::string> titles;
+  std::ranges::copy(rows | std::views::values, std::back_inserter(titles));
+  return titles;
+}
+
+TEST(Refresh, AForecastShowsEveryGroupOnceWhateverTheGroupsAreCalled) {
+  using Titles = std::vector<std::string>;
+  const Titles steps[] = {{"Today", "Today", "Tomorrow"},
+                          {"Today", "Tomorrow"},
+                          {"Tomorrow", "Today", "Today"},
+                          {"Today", "Now", "Today", "Now", "Today"},
+                          {"Now"},
+                          {},
+                          {"Today", "Today"},
+                          {"Today"}};
+  ForecastList list;
+  present(list, {300, 400});
+  for (const Titles& titles : steps) {
+    std::vector<ForecastGroup> groups;
+    for (const std::string& title : titles)
+      groups.push_back(sampleGroup(title));
+    list.setGroups(groups);
+    QApplication::processEvents();
+    EXPECT_EQ(rowsOf(list), titles);
+  }
+}
+
+TEST(Refresh, TheSidebarFollowsAnyChangeOfItsRowsAndKeepsTheirIndexes) {
+  std::mt19937 random(6);
+  const auto any = [&](int count) {
+    return static_cast<int>(random() % static_cast<unsigned>(count));
+  };
+  SidebarModel model;
+  const QAbstractItemModelTester tester(&model,
+                                        QAbstractItemModelTester::FailureReportingMode::Fatal);
+  std::vector<SidebarRow> before;
+  for (int step = 0; step < 2000; ++step) {
+    std::vector<SidebarRow> rows = before;
+    if (any(3) == 0) std::ranges::shuffle(rows, random);
+    std::erase_if(rows, [&](const SidebarRow&) { return any(4) == 0; });
+    // Few ids for many rows, so that some come up twice.
+    for (int count = any(5); count > 0; --count) {
+      SidebarRow row;
+      if (any(9) > 0) row.selection = MainSelection::folder(any(9));
+      rows.insert(rows.begin() + any(static_cast<int>(rows.size()) + 1), row);
+    }
+    for (SidebarRow& row : rows)
+      row.detail = std::to_string(any(3));
+
+    std::vector<QPersistentModelIndex> indexes;
+    for (int place = 0; place < model.rowCount(); ++place)
+      indexes.emplace_back(model.index(place));
+    model.setRows(rows);
+    ASSERT_EQ(model.rowCount(), static_cast<int>(rows.size())) << "step " << step;
+    for (int place = 0; place < model.rowCount(); ++place)
+      ASSERT_EQ(model.row(model.index(place)), rows[static_cast<std::size_t>(place)])
+          << "step " << step;
+    for (std::size_t place = 0; place < before.size(); ++place) {
+      const auto& selection = before[place].selection;
+      const auto isSame = [&](const SidebarRow& row) { return row.selection == selection; };
+      const auto earlier = std::count_if(
+          before.begin(), before.begin() + static_cast<std::ptrdiff_t>(place), isSame);
+      ASSERT_EQ(indexes[place].isValid(), std::ranges::count_if(rows, isSame) > earlier)
+          << "step " << step;
+      if (indexes[place].isValid()) {
+        ASSERT_EQ(model.row(indexes[place]).selection, selection) << "step " << step;
+      }
+    }
+    before = rows;
+  }
 }
 
 TEST(Refresh, TheFocusGoesThroughRowsThatCameLaterInReadingOrder) {

@@ -76,14 +76,23 @@ inline std::string spokenName(QWidget& widget) {
   return interface == nullptr ? "" : interface->text(QAccessible::Name).toStdString();
 }
 
+/// All widgets of a type below a view. The toolkit's own search doesn't tell apart types that it
+/// has no meta-object of.
+template <class Widget>
+std::vector<Widget*> childrenOf(const QWidget& view) {
+  std::vector<Widget*> found;
+  for (QWidget* candidate : view.findChildren<QWidget*>()) {
+    if (auto* widget = dynamic_cast<Widget*>(candidate)) found.push_back(widget);
+  }
+  return found;
+}
+
 /// The first widget of a type below a view, or the first that also has this accessible name; null
 /// if there is none.
 template <class Widget>
 Widget* child(const QWidget& view, const std::optional<std::string>& name = std::nullopt) {
-  // The toolkit's own search doesn't tell apart types that it has no meta-object of.
-  for (QWidget* candidate : view.findChildren<QWidget*>()) {
-    auto* widget = dynamic_cast<Widget*>(candidate);
-    if (widget != nullptr && (!name || spokenName(*widget) == *name)) return widget;
+  for (Widget* widget : childrenOf<Widget>(view)) {
+    if (!name || spokenName(*widget) == *name) return widget;
   }
   return nullptr;
 }
