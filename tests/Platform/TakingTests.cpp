@@ -1,7 +1,9 @@
 #include <cerrno>
+#include <chrono>
 #include <cstdio>
 #include <functional>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include <fcntl.h>
@@ -14,6 +16,7 @@
 #include <unistd.h>
 
 #include "Platform/Files/Changes/GiveBack.h"
+#include "Platform/Files/Changes/ReadLease.h"
 #include "Platform/Files/Descriptors/FileDescriptor.h"
 #include "Platform/Files/DiskFileManager.h"
 #include "support/FailingSystemCall.h"
@@ -161,6 +164,18 @@ TEST_P(Taking, whatStandsInTheWayIsSeenBeforeAnythingIsTouched) {
 
   const FileDescriptor reader(open(path("item/file").c_str(), O_RDONLY));
   EXPECT_FALSE(look("item").obstacle) << "who only reads is in nobody's way";
+}
+
+TEST_P(Taking, whoComesToWriteDuringALeaseIsTold) {
+  std::jthread writer;
+  ReadLease lease;
+  ASSERT_EQ(lease.open(AT_FDCWD, path("item/file").c_str()), 0);
+  EXPECT_EQ(lease.check(), 0);
+  writer = std::jthread([&] { FileDescriptor(open(path("item/file").c_str(), O_WRONLY)); });
+  const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+  while (lease.check() == 0 && std::chrono::steady_clock::now() < deadline)
+    std::this_thread::yield();
+  EXPECT_EQ(lease.check(), ETXTBSY);
 }
 
 TEST_P(Taking, aNameThatWasTakenMeanwhileIsNotReplaced) {

@@ -8,7 +8,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-#include "Platform/Files/Changes/Writers.h"
+#include "Platform/Files/Changes/ReadLease.h"
 #include "Platform/Files/Descriptors/DirectoryOpening.h"
 #include "Platform/Files/Descriptors/Rename.h"
 
@@ -55,14 +55,14 @@ int Deletion::deleteRootFile() {
   const int directory = directoryAbove(0);
   const std::string path =
       _taken != nullptr ? PrivateDirectory::inPlace(0, _item.name) : _item.name;
-  FileDescriptor file;
+  ReadLease lease;
   if (S_ISREG(_item.root.kind)) {
-    if (const int code = openUnlessWritten(directory, path.c_str(), file); code != 0) return code;
+    if (const int code = lease.open(directory, path.c_str()); code != 0) return code;
   }
   EntryValues values{};
   if (const int code = readEntryValues(directory, path.c_str(), values); code != 0) return code;
   if (entryIdentity(values) != _item.root) return ESTALE;
-  return unlinkFile(directory, path, values);
+  return unlinkFile(directory, path, values, lease);
 }
 
 int Deletion::enterRoot() {
@@ -162,13 +162,13 @@ int Deletion::deleteFilesOfTop(bool& hasDeleted) try {
 
 /// Answers ENOENT for one that is gone already, EISDIR for a directory.
 int Deletion::deleteFile(int directory, const std::string& name, unsigned char type) {
-  FileDescriptor file;
+  ReadLease lease;
   if (type == DT_REG || type == DT_UNKNOWN) {
-    if (const int code = openUnlessWritten(directory, name.c_str(), file); code != 0) return code;
+    if (const int code = lease.open(directory, name.c_str()); code != 0) return code;
   }
   EntryValues values{};
-  const int code = file ? readEntryValues(file.get(), "", values)
-                        : readEntryValues(directory, name.c_str(), values);
+  const int code = lease.descriptor() >= 0 ? readEntryValues(lease.descriptor(), "", values)
+                                           : readEntryValues(directory, name.c_str(), values);
   if (code != 0) return code;
   if (isDirectory(values)) return type == DT_UNKNOWN ? EISDIR : ESTALE;
   if ((values.stx_attributes & STATX_ATTR_MOUNT_ROOT) != 0) return EXDEV;
@@ -180,16 +180,17 @@ int Deletion::deleteFile(int directory, const std::string& name, unsigned char t
     const std::string path = PrivateDirectory::inPlace(number, name);
     taking = renameWithoutReplacing(directory, name, _taken->descriptor(), path);
     if (taking == 0) {
-      int deleting = unlinkFile(_taken->descriptor(), path, values);
+      int deleting = unlinkFile(_taken->descriptor(), path, values, lease);
       if (deleting != 0) renameWithoutReplacing(_taken->descriptor(), path, directory, name);
       return deleting;
     }
   }
-  return isLackOfSpace(taking) ? unlinkFile(directory, name, values) : taking;
+  return isLackOfSpace(taking) ? unlinkFile(directory, name, values, lease) : taking;
 }
 
-/// Unlinks a file if it is the one that these values were read of.
-int Deletion::unlinkFile(int directory, const std::string& path, const EntryValues& values) {
+/// Unlinks a file if it is the one that these values were read of, and nobody waits to write to it.
+int Deletion::unlinkFile(int directory, const std::string& path, const EntryValues& values,
+                         const ReadLease& lease) {
   EntryValues present{};
   if (const int code = readEntryValues(directory, path.c_str(), present); code != 0) return code;
   if (entryIdentity(present) != entryIdentity(values)) return ESTALE;
@@ -198,6 +199,7 @@ int Deletion::unlinkFile(int directory, const std::string& path, const EntryValu
   FileDescriptor link;
   if (hasOtherLinks)
     link = FileDescriptor(openat(directory, path.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
+  if (const int code = lease.check(); code != 0) return code;
   if (unlinkat(directory, path.c_str(), 0) != 0) return errno;
   if (hasOtherLinks && readEntryValues(link.get(), "", present) == 0)
     _ownChanges[present.stx_ino] = changeTime(present);

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "Platform/Files/Changes/PrivateDirectory.h"
+#include "Platform/Files/Changes/ReadLease.h"
 #include "Platform/Files/Descriptors/EntryValues.h"
 #include "Platform/Files/Descriptors/FileDescriptor.h"
 #include "Platform/Files/ItemState.h"
@@ -45,7 +46,8 @@ class Deletion {
   int emptyTop();
   int deleteFilesOfTop(bool& hasDeleted);
   int deleteFile(int directory, const std::string& name, unsigned char type);
-  int unlinkFile(int directory, const std::string& path, const EntryValues& values);
+  int unlinkFile(int directory, const std::string& path, const EntryValues& values,
+                 const ReadLease& lease);
   int reopen(std::size_t number);
   void giveBackDirectories();
 

@@ -6,7 +6,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "Platform/Files/Changes/Writers.h"
+#include "Platform/Files/Changes/ReadLease.h"
 
 namespace tidemar {
 namespace {
@@ -40,8 +40,8 @@ void Obstacles::look(const WalkedEntry& entry) {
   _holders.resize(entry.depth + 1);
   note(whatKeeps(entry.values, _holders.back()));
   if (S_ISREG(entry.values.stx_mode) && _disposal == Disposal::delete_) {
-    FileDescriptor file;
-    note(openUnlessWritten(entry.parent, entry.name, file));
+    ReadLease lease;
+    note(lease.open(entry.parent, entry.name));
   }
   if (!isDirectory(entry.values)) return;
   const Holder holder = entry.descriptor >= 0 ? holderOf(entry.descriptor, "", entry.values)

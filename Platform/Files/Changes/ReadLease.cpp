@@ -1,4 +1,4 @@
-#include "Platform/Files/Changes/Writers.h"
+#include "Platform/Files/Changes/ReadLease.h"
 
 #include <algorithm>
 #include <array>
@@ -23,15 +23,21 @@ bool answersForServer(int file) noexcept {
 
 }  // namespace
 
-int openUnlessWritten(int directory, const char* name, FileDescriptor& file) noexcept {
+int ReadLease::open(int directory, const char* name) noexcept {
   constexpr int flags = O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
-  file = FileDescriptor(openat(directory, name, flags));
-  if (!file) return 0;
+  _isHeld = false;
+  _file = FileDescriptor(openat(directory, name, flags));
+  if (!_file) return 0;
   // Who wants to write while the lease is held has the kernel send a signal, by default one that
   // ends the process; this one is ignored by default.
-  fcntl(file.get(), F_SETSIG, SIGURG);
-  if (fcntl(file.get(), F_SETLEASE, F_RDLCK) == 0) return 0;
-  return errno == EAGAIN && !answersForServer(file.get()) ? ETXTBSY : 0;
+  fcntl(_file.get(), F_SETSIG, SIGURG);
+  _isHeld = fcntl(_file.get(), F_SETLEASE, F_RDLCK) == 0;
+  return !_isHeld && errno == EAGAIN && !answersForServer(_file.get()) ? ETXTBSY : 0;
+}
+
+int ReadLease::check() const noexcept {
+  // For a lease that somebody waits for the kernel tells what it is to become, not what it is.
+  return _isHeld && fcntl(_file.get(), F_GETLEASE) != F_RDLCK ? ETXTBSY : 0;
 }
 
 }  // namespace tidemar
