@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstdint>
-#include <vector>
 
 #include "TidemarCore/Date.h"
 #include "TidemarCore/Item.h"
@@ -12,7 +11,7 @@ namespace tidemar {
 struct FolderSnapshot {
   bool isTagged = false;         ///< The folder carries the Temporary tag.
   bool isProtectedRoot = false;  ///< The folder is one that is never cleared.
-  std::vector<Item> items;       ///< Its top-level items, in the order of the listing.
+  ItemList items;                ///< Its top-level items, in the order of the listing.
 
   friend bool operator==(const FolderSnapshot&, const FolderSnapshot&) = default;
 };

@@ -9,11 +9,14 @@
 namespace tidemar {
 
 /// An item with the date on which the age rule takes it: the last instant at which it still stays.
+/// Borrows the item from the list that was planned.
 struct Upcoming {
-  Item item;
+  const Item* item = nullptr;
   Date date;
 
-  friend bool operator==(const Upcoming&, const Upcoming&) = default;
+  friend bool operator==(const Upcoming& a, const Upcoming& b) {
+    return *a.item == *b.item && a.date == b.date;
+  }
 };
 
 /// Every dated item with the date on which the age rule takes it, earliest first; items of equal
@@ -22,5 +25,6 @@ struct Upcoming {
 /// foretold. Pure, and never fails.
 std::vector<Upcoming> upcomingRemovals(const FolderSnapshot& snapshot,
                                        const TemporarySettings& settings);
+std::vector<Upcoming> upcomingRemovals(const FolderSnapshot&&, const TemporarySettings&) = delete;
 
 }  // namespace tidemar

@@ -104,7 +104,7 @@ std::vector<Removal> removalsDueNow(const FolderSnapshot& snapshot,
     for (const RuleCount& ruleCount : ruleCounts) {
       if (ruleCount.count > position) reasons.insert(ruleCount.rule);
     }
-    removals.push_back({*list[static_cast<std::size_t>(position)].item, reasons});
+    removals.push_back({list[static_cast<std::size_t>(position)].item, reasons});
   }
   return removals;
 }

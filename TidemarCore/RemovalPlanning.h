@@ -12,12 +12,15 @@
 
 namespace tidemar {
 
-/// An item that goes now, with all the rules that take it. `reasons` is never empty.
+/// An item that goes now, with all the rules that take it. `reasons` is never empty. Borrows the
+/// item from the list that was planned.
 struct Removal {
-  Item item;
+  const Item* item = nullptr;
   RuleSet reasons;
 
-  friend bool operator==(const Removal&, const Removal&) = default;
+  friend bool operator==(const Removal& a, const Removal& b) {
+    return *a.item == *b.item && a.reasons == b.reasons;
+  }
 };
 
 /// An item that is known to have a date: the working element of planning. Borrows the item from the
@@ -33,6 +36,8 @@ struct DatedItem {
 std::vector<Removal> removalsDueNow(const FolderSnapshot& snapshot,
                                     const TemporarySettings& settings,
                                     const RunConditions& conditions);
+std::vector<Removal> removalsDueNow(const FolderSnapshot&&, const TemporarySettings&,
+                                    const RunConditions&) = delete;
 
 /// How many items have to be taken from the front of `list` for their sizes to add up to `bytes` or
 /// more: 0 for `bytes` of 0 or less, all of them if they fall short.
@@ -42,7 +47,7 @@ std::int64_t itemsToFree(std::int64_t bytes, std::span<const DatedItem> list);
 
 template <>
 struct std::hash<tidemar::Removal> {
-  std::size_t operator()(const tidemar::Removal& removal) const noexcept {
-    return std::hash<tidemar::Item>{}(removal.item) * 31 + removal.reasons.bits();
+  std::size_t operator()(const tidemar::Removal& removal) const {
+    return std::hash<tidemar::Item>{}(*removal.item) * 31 + removal.reasons.bits();
   }
 };

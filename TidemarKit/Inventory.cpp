@@ -45,11 +45,12 @@ std::optional<Date> dateOfPlainDirectory(const ResourceValues& values) {
 /// Makes items of a reading, in which each top-level entry is followed by all that lies in it.
 class ItemsOfReading final : public TreeVisitor {
  public:
-  explicit ItemsOfReading(const FileURL& folder) : _folder(folder) {}
+  explicit ItemsOfReading(const FileURL& folder) : _folder(folder), _urls(folder) {}
 
   /// The items of all that was read, to be taken once.
   std::vector<Item> take() {
     finish();
+    _items.shrink_to_fit();
     return std::move(_items);
   }
 
@@ -93,8 +94,7 @@ class ItemsOfReading final : public TreeVisitor {
 
   void finish() {
     if (!_name.empty() && !isHidden(_values, _name)) {
-      _items.push_back({_folder.appendingPathComponent(_name), freshness(),
-                        addingSaturated(ownSize(_values), _size)});
+      _items.push_back({_urls.make(_name), freshness(), addingSaturated(ownSize(_values), _size)});
     }
     _name.clear();
     _latest.reset();
@@ -112,6 +112,7 @@ class ItemsOfReading final : public TreeVisitor {
   }
 
   FileURL _folder;
+  EntryURLs _urls;
   std::vector<Item> _items;
 
   // The top-level entry that is being read.

@@ -58,16 +58,17 @@ FolderReport report(std::int64_t id, const std::string& path, std::vector<std::s
   result.folder.settings = settings;
   FolderStatus status;
   status.isTagged = true;
-  for (const std::string& name : due) {
-    const Item entry = item(path + "/" + name, 430 * megabyte);
-    status.items.push_back(entry);
-    status.dueNow.push_back({entry, {Rule::age}});
-  }
-  for (const auto& [name, days] : upcoming) {
-    const Item entry = item(path + "/" + name, 7 * megabyte);
-    status.items.push_back(entry);
-    status.upcoming.push_back({entry, now + days * secondsPerDay});
-  }
+  std::vector<Item> items;
+  for (const std::string& name : due)
+    items.push_back(item(path + "/" + name, 430 * megabyte));
+  for (const auto& [name, days] : upcoming)
+    items.push_back(item(path + "/" + name, 7 * megabyte));
+  status.items = std::move(items);
+  const Item* next = status.items.begin();
+  for (std::size_t i = 0; i < due.size(); ++i)
+    status.dueNow.push_back({next++, {Rule::age}});
+  for (const auto& [name, days] : upcoming)
+    status.upcoming.push_back({next++, now + days * secondsPerDay});
   result.status = status;
   return result;
 }
@@ -89,10 +90,12 @@ FolderReport scratch() {
   settings.automatic = true;
   settings.emptyOnRestart = true;
   FolderReport result = report(3, "/home/mara/Scratch", {}, {}, settings);
+  std::vector<Item> items;
   for (int index = 1; index <= 48; ++index) {
     const std::string name = "/frame-" + std::to_string(1000 + index).substr(1) + ".exr";
-    result.status->items.push_back(item(result.folder.path + name, 170 * megabyte));
+    items.push_back(item(result.folder.path + name, 170 * megabyte));
   }
+  result.status->items = std::move(items);
   return result;
 }
 

@@ -15,7 +15,7 @@ struct FolderStatus {
   FileURL url;                     ///< The folder as its bookmark resolves now.
   bool isTagged = false;           ///< It carries the tag "Tidemar: Temporary".
   bool isProtectedRoot = false;    ///< It is never cleared.
-  std::vector<Item> items;         ///< In listing order.
+  ItemList items;                  ///< In listing order.
   std::vector<Removal> dueNow;     ///< What goes now, oldest first.
   std::vector<Upcoming> upcoming;  ///< What the age rule will take, earliest first.
 

@@ -44,9 +44,9 @@ RunResult Engine::run(std::int64_t folderID, Date now, RunGate& gate) {
       result.journal.push_back(remove(removal, *place, folder, now));
     } catch (const std::exception& error) {
       if (isHeldByOthers(error)) databaseIsHeld = std::current_exception();
-      result.failures.push_back({removal.item, std::current_exception()});
+      result.failures.push_back({*removal.item, std::current_exception()});
       _logger.log(LogLevel::error, "Couldn't remove %{private}s: %{public}s",
-                  removal.item.url.path(), textWithoutPath(error));
+                  removal.item->url.path(), textWithoutPath(error));
     }
   }
 
@@ -101,11 +101,11 @@ Engine::Reading Engine::read(std::int64_t folderID, Date now) {
 
 JournalEntry Engine::remove(const Removal& removal, OpenFolder& place, const Folder& folder,
                             Date now) {
-  const FileURL& url = removal.item.url;
+  const FileURL& url = removal.item->url;
   const Disposal disposal = folder.settings.disposal;
   const Inventory::Look look = Inventory::item(place, url.lastPathComponent(), disposal);
   const std::optional<Date> freshness = look.item ? look.item->freshness : std::nullopt;
-  if (freshness != removal.item.freshness) throw Failure(Failure::ChangedSincePlanned{url.path()});
+  if (freshness != removal.item->freshness) throw Failure(Failure::ChangedSincePlanned{url.path()});
   if (look.state.obstacle) throw PlatformError(*look.state.obstacle);
 
   if (!folder.id) throw MissingValue();
@@ -114,7 +114,7 @@ JournalEntry Engine::remove(const Removal& removal, OpenFolder& place, const Fol
   entry.disposal = disposal;
   entry.name = url.lastPathComponent();
   if (disposal == Disposal::bin) entry.binnedPath = url.path();  // Until it is known.
-  entry.size = removal.item.size;
+  entry.size = removal.item->size;
   entry.reasons = removal.reasons;
   entry.performedAt = now;
 

@@ -3,8 +3,6 @@
 #include <cstdint>
 #include <map>
 #include <optional>
-#include <string_view>
-#include <unordered_set>
 #include <utility>
 
 #include "TidemarCore/SaturatingArithmetic.h"
@@ -58,25 +56,22 @@ std::vector<ForecastEntry> forecastEntries(bool emptyOnRestart, Disposal disposa
                                            const FolderStatus& status, Date horizon,
                                            const Calendar& calendar) {
   std::vector<ForecastEntry> entries;
-  std::unordered_set<std::string_view> listed;
-  listed.reserve(status.dueNow.size() + (emptyOnRestart ? status.upcoming.size() : 0));
-  for (const Removal& removal : status.dueNow) {
-    entries.push_back({{disposal, Moment::now()}, &removal.item});
-    listed.insert(removal.item.url.path());
-  }
+  std::vector<bool> isListed(status.items.size());
+  const auto add = [&](Moment moment, const Item* item) {
+    auto mark = isListed[static_cast<std::size_t>(item - status.items.begin())];
+    if (!mark) entries.push_back({{disposal, moment}, item});
+    mark = true;
+  };
+  for (const Removal& removal : status.dueNow)
+    add(Moment::now(), removal.item);
   StartOfDay startOfDay(calendar);
-  const std::size_t dueCount = entries.size();
   for (const Upcoming& upcoming : status.upcoming) {
-    if (upcoming.date < horizon && !listed.contains(upcoming.item.url.path()))
-      entries.push_back({{disposal, Moment::day(startOfDay(upcoming.date))}, &upcoming.item});
+    if (upcoming.date >= horizon) break;
+    add(Moment::day(startOfDay(upcoming.date)), upcoming.item);
   }
-  if (!emptyOnRestart) return entries;
-
-  for (std::size_t i = dueCount; i < entries.size(); ++i)
-    listed.insert(entries[i].item->url.path());
-  for (const Item& item : status.items) {
-    if (!listed.contains(item.url.path()))
-      entries.push_back({{disposal, Moment::restart()}, &item});
+  if (emptyOnRestart) {
+    for (const Item& item : status.items)
+      add(Moment::restart(), &item);
   }
   return entries;
 }

@@ -10,11 +10,11 @@ namespace tidemar {
 namespace {
 
 std::int64_t countOnDay(const DayAtDistance& day, const FolderStatus& status) {
-  std::unordered_set<FileURL> due;
+  std::unordered_set<const Item*> due;
   for (const Removal& removal : status.dueNow)
-    due.insert(removal.item.url);
+    due.insert(removal.item);
   return std::ranges::count_if(status.upcoming, [&](const Upcoming& upcoming) {
-    return day.contains(upcoming.date) && !due.contains(upcoming.item.url);
+    return day.contains(upcoming.date) && !due.contains(upcoming.item);
   });
 }
 

@@ -20,26 +20,29 @@ TEST(Forecast, givesEveryDatedItemTheLastInstantAtWhichItStays) {
   const double freshness = 1'700'000'000.25;
   const std::vector<Item> items = {item("new", freshness), item("undated", std::nullopt),
                                    item("old", freshness - 100 * secondsPerDay)};
-  const std::vector<Upcoming> upcoming = upcomingRemovals({true, false, items}, age(30));
+  const FolderSnapshot snapshot{true, false, items};
+  const std::vector<Upcoming> upcoming = upcomingRemovals(snapshot, age(30));
   ASSERT_EQ(namesOf(upcoming), "old new");
   EXPECT_EQ(upcoming[0].date, Date{freshness - 70 * secondsPerDay});
   EXPECT_EQ(upcoming[1].date, Date{freshness + 30 * secondsPerDay});
-  EXPECT_EQ(upcoming[1].item, items[0]);
+  EXPECT_EQ(upcoming[1].item, &snapshot.items[0]);
 
   TemporarySettings settings = age(30);
   settings.sizeLimit.reset();
   settings.emptyOnRestart = settings.automatic = false;
   RunConditions conditions{upcoming[1].date, 500, 1000, {}, {}};
-  EXPECT_EQ(namesOf(removalsDueNow({true, false, items}, settings, conditions)), "old");
+  EXPECT_EQ(namesOf(removalsDueNow(snapshot, settings, conditions)), "old");
   conditions.now = conditions.now + 0.001;
-  EXPECT_EQ(namesOf(removalsDueNow({true, false, items}, settings, conditions)), "old new");
+  EXPECT_EQ(namesOf(removalsDueNow(snapshot, settings, conditions)), "old new");
 }
 
 TEST(Forecast, isEmptyWhereNothingGoesByAge) {
-  const std::vector<Item> items = {item("a", 1, 10)};
-  EXPECT_TRUE(upcomingRemovals({false, false, items}, age(30)).empty());
-  EXPECT_TRUE(upcomingRemovals({true, true, items}, age(30)).empty());
-  EXPECT_TRUE(upcomingRemovals({true, false, items}, age(std::nullopt)).empty());
+  FolderSnapshot snapshot{true, false, {{item("a", 1, 10)}}};
+  EXPECT_TRUE(upcomingRemovals(snapshot, age(std::nullopt)).empty());
+  snapshot.isProtectedRoot = true;
+  EXPECT_TRUE(upcomingRemovals(snapshot, age(30)).empty());
+  snapshot = {false, false, snapshot.items};
+  EXPECT_TRUE(upcomingRemovals(snapshot, age(30)).empty());
 }
 
 TEST(Forecast, sortsItemsOfOneDateByNameAsPlanningDoes) {
@@ -55,8 +58,8 @@ TEST(Forecast, sortsItemsOfOneDateByNameAsPlanningDoes) {
 TEST(Forecast, sortsByNameWhereAddingTheAgeMakesTwoDatesOne) {
   // The two differ by less than a double can tell so far from zero.
   const std::vector<Item> items = {item("b", 1.0), item("a", 1.0000000000000002)};
-  const std::vector<Upcoming> upcoming = upcomingRemovals({true, false, items}, age(90));
-  EXPECT_EQ(namesOf(upcoming), "a b");
+  const FolderSnapshot snapshot{true, false, items};
+  EXPECT_EQ(namesOf(upcomingRemovals(snapshot, age(90))), "a b");
 }
 
 }  // namespace

@@ -57,7 +57,7 @@ std::string text(const std::vector<Removal>& removals) {
   std::string result;
   for (const Removal& removal : removals) {
     if (!result.empty()) result += ' ';
-    result += std::string(removal.item.url.lastPathComponent()) + ":";
+    result += std::string(removal.item->url.lastPathComponent()) + ":";
     for (Rule rule : allRules) {
       if (removal.reasons.contains(rule))
         result += rule == Rule::automatic ? 'd' : rawValue(rule)[0];

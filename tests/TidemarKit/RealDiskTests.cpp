@@ -89,7 +89,7 @@ TEST(RealDisk, AnItemThatHoldsAMountIsNeverPlannedAndAPackageThatDoesIsRefused) 
     const Folder folder = world.temporaryFolder(settings);
     const FolderStatus status = world.engine.status(*folder.id, RealWorld::farFuture);
     for (const Removal& removal : status.dueNow) {
-      EXPECT_NE(removal.item.url.lastPathComponent(), "a-plain");
+      EXPECT_NE(removal.item->url.lastPathComponent(), "a-plain");
     }
     const RunResult result = world.run(folder);
     ASSERT_EQ(result.failures.size(), 1U);

@@ -97,7 +97,7 @@ TEST_F(Runs, aStatusReadsInItsOrderAndChangesNothing) {
   EXPECT_EQ(status.url, FileURL("/f"));
   EXPECT_TRUE(status.isTagged);
   EXPECT_FALSE(status.isProtectedRoot);
-  EXPECT_EQ(status.items.front(), testing::item("e", 105, 5));
+  EXPECT_EQ(status.items[0], testing::item("e", 105, 5));
   EXPECT_EQ(namesOf(status.dueNow), "a b c d e");
   EXPECT_EQ(namesOf(status.upcoming), "a b c d e");
   EXPECT_EQ(status.totalSize(), 15);

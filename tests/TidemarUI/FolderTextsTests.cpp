@@ -46,7 +46,7 @@ TEST(DistanceText, IsDecidedByTheFirstRuleThatApplies) {
   const Date now = utc(2026, 11, 16, 12);
   constexpr auto bin = Disposal::bin;
   const TemporarySettings everything = settings(30, 10'000'000'000, true, true, Disposal::delete_);
-  const std::vector<Upcoming> upcoming = {going("a", utc(2026, 11, 18), 2'000'000),
+  const std::vector<GoingItem> upcoming = {going("a", utc(2026, 11, 18), 2'000'000),
                                           going("b", utc(2026, 11, 17), 500'000)};
   const std::vector<Item> items = {sampleItem("a")};
   struct Row {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -20,11 +21,16 @@ inline Item sampleItem(const std::string& name, std::int64_t size = 1000) {
   return {FileURL("/home/ada/Downloads/" + name), Date{0}, size};
 }
 
-inline Removal due(const std::string& name, std::int64_t size = 1000) {
-  return {sampleItem(name, size), {Rule::age}};
+struct GoingItem {
+  Item item;
+  Date date;
+};
+
+inline Item due(const std::string& name, std::int64_t size = 1000) {
+  return sampleItem(name, size);
 }
 
-inline Upcoming going(const std::string& name, Date date, std::int64_t size = 1000) {
+inline GoingItem going(const std::string& name, Date date, std::int64_t size = 1000) {
   return {sampleItem(name, size), date};
 }
 
@@ -46,18 +52,27 @@ inline TemporarySettings clearingOnRestart(TemporarySettings settings = {}) {
 }
 
 /// What was read of a tagged folder. Its items are those named, in this order, and nothing else.
-inline FolderStatus taggedStatus(std::vector<Removal> dueNow, std::vector<Upcoming> upcoming,
-                                 std::vector<Item> otherItems = {}) {
+inline FolderStatus taggedStatus(const std::vector<Item>& dueNow,
+                                 const std::vector<GoingItem>& upcoming,
+                                 const std::vector<Item>& otherItems = {}) {
+  std::vector<Item> items;
+  const auto find = [&](const auto& list, const Item& item) {
+    return std::ranges::find(list, item.url, &Item::url);
+  };
+  const auto add = [&](const Item& item) {
+    if (find(items, item) == items.end()) items.push_back(item);
+  };
+  std::ranges::for_each(dueNow, add);
+  std::ranges::for_each(upcoming, add, &GoingItem::item);
+  std::ranges::for_each(otherItems, add);
+
   FolderStatus status;
   status.isTagged = true;
-  for (const Removal& removal : dueNow)
-    status.items.push_back(removal.item);
-  for (const Upcoming& element : upcoming)
-    status.items.push_back(element.item);
-  for (Item& item : otherItems)
-    status.items.push_back(std::move(item));
-  status.dueNow = std::move(dueNow);
-  status.upcoming = std::move(upcoming);
+  status.items = std::move(items);
+  for (const Item& item : dueNow)
+    status.dueNow.push_back({find(status.items, item), {Rule::age}});
+  for (const GoingItem& element : upcoming)
+    status.upcoming.push_back({find(status.items, element.item), element.date});
   return status;
 }
 

@@ -22,7 +22,7 @@ std::string namesOf(const std::vector<Element>& elements) {
   std::string result;
   for (const Element& element : elements) {
     if (!result.empty()) result += ' ';
-    result += element.item.url.lastPathComponent();
+    result += element.item->url.lastPathComponent();
   }
   return result;
 }

@@ -151,10 +151,10 @@ class Driver {
              std::to_string(item.size)});
     }
     for (const Removal& removal : status.dueNow) {
-      print({"due", removal.item.url.lastPathComponent(), text(removal.reasons)});
+      print({"due", removal.item->url.lastPathComponent(), text(removal.reasons)});
     }
     for (const Upcoming& upcoming : status.upcoming) {
-      print({"upcoming", upcoming.item.url.lastPathComponent(), text(upcoming.date)});
+      print({"upcoming", upcoming.item->url.lastPathComponent(), text(upcoming.date)});
     }
   }
 

@@ -24,7 +24,8 @@ bool isTrashOfOneUser(std::string_view name) {
 }  // namespace
 
 bool liesInTrash(const FileURL& url) {
-  std::string_view rest = url.path();
+  const std::string path = url.path();
+  std::string_view rest = path;
   std::string_view parent;
   while (!rest.empty()) {
     const std::size_t end = std::min(rest.find('/'), rest.size());
