@@ -37,8 +37,11 @@ void MainContainerView::connectClosures() {
     if (const FolderReport* found = report(id))
       _context.model.setTemporary(found->folder, isTemporary);
   };
-  _view->onChangeSettings = [this](std::int64_t id, const TemporarySettings& settings) {
-    if (const FolderReport* found = report(id)) _settingsWriter.write(found->folder, settings);
+  _view->onChangeSettings = [this](std::int64_t id, const TemporarySettings& shown,
+                                   const TemporarySettings& wanted) {
+    const FolderReport* found = report(id);
+    if (found == nullptr) return;
+    _settingsWriter.write(found->folder, settingsWithEdit(found->folder.settings, shown, wanted));
   };
   _view->onPutBack = [this](const RecentRun& run) { _context.model.putBack(run.journalEntryIDs); };
   _view->onShowInFinder = _context.showInFileManager;

@@ -86,7 +86,8 @@ void DisposalSection::confirmDelete() {
 }
 
 void DisposalSection::send(Disposal disposal) const {
-  if (onChangeSettings) onChangeSettings(settingsWithDisposal(_settings, disposal));
+  const TemporarySettings shown = _settings;
+  if (onChangeSettings) onChangeSettings(shown, settingsWithDisposal(shown, disposal));
 }
 
 }  // namespace tidemar

@@ -17,8 +17,10 @@ class DisposalSection : public FormSection {
  public:
   explicit DisposalSection(std::string binName);
 
-  /// The folder's settings with another disposal; for deleting only after the user confirmed it.
-  std::function<void(const TemporarySettings&)> onChangeSettings;
+  /// What the user saw, and the same with another disposal; for deleting only after the user
+  /// confirmed it.
+  std::function<void(const TemporarySettings& shown, const TemporarySettings& wanted)>
+      onChangeSettings;
 
   void setSettings(const TemporarySettings& settings);
 

@@ -41,8 +41,9 @@ FolderDetailView::FolderDetailView(const Formats& formats, const std::string& bi
   column.addWidget(_disposal);
   column.addStretch();
 
-  const auto changeSettings = [this](const TemporarySettings& settings) {
-    if (onChangeSettings) onChangeSettings(_folder.id, settings);
+  const auto changeSettings = [this](const TemporarySettings& shown,
+                                     const TemporarySettings& wanted) {
+    if (onChangeSettings) onChangeSettings(_folder.id, shown, wanted);
   };
   _rules->onChangeSettings = changeSettings;
   _disposal->onChangeSettings = changeSettings;
@@ -121,9 +122,13 @@ FormSection* FolderDetailView::makePreviewSection() {
 }
 
 void FolderDetailView::setFolder(const MainFolder& folder) {
-  if (folder == _folder) return;
+  if (folder == _folder) {
+    // A number that was handed out and couldn't be stored goes back to the stored one.
+    _rules->setSettings(folder.settings);
+    return;
+  }
   const bool isOther = folder.id != _folder.id;
-  if (isOther) {
+  if (isOther || !folder.isTemporary) {
     _rules->finishEdits();
     _disposal->cancelConfirmation();
   }
@@ -143,12 +148,15 @@ void FolderDetailView::setFolder(const MainFolder& folder) {
   _forecast->setVisible(!folder.preview.forecast.empty());
   _rules->setSettings(folder.settings);
   _disposal->setSettings(folder.settings);
-  if (!folder.isTemporary) _disposal->cancelConfirmation();
   for (QWidget* section : std::initializer_list<QWidget*>{_previewSection, _rules, _disposal})
     section->setVisible(folder.isTemporary);
 
   restoreReadingOrder(*this);
   if (isOther) _scroll->scrollToTop();
+}
+
+void FolderDetailView::finishEdits() {
+  _rules->finishEdits();
 }
 
 }  // namespace tidemar

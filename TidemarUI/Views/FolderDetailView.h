@@ -28,12 +28,18 @@ class FolderDetailView : public QWidget {
 
   // All of them tell the folder by its row id, since an edit can end just as another one is shown.
   std::function<void(std::int64_t id, bool isTemporary)> onSetTemporary;
-  std::function<void(std::int64_t id, const TemporarySettings&)> onChangeSettings;
+  /// `shown` is what the user saw when he made the edit, `wanted` the same with what he changed.
+  std::function<void(std::int64_t id, const TemporarySettings& shown,
+                     const TemporarySettings& wanted)>
+      onChangeSettings;
   std::function<void(const std::vector<FileURL>&)> onShowInFinder;
 
   /// Another folder than the one before begins at the top, without an edit or a question of that
   /// one's.
   void setFolder(const MainFolder& folder);
+
+  /// Hands out a number that is being edited.
+  void finishEdits();
 
  private:
   QLayout* makeHeader();

@@ -121,13 +121,13 @@ void MainView::connectClosures() {
   _folder->onSetTemporary = [this](std::int64_t id, bool isTemporary) {
     if (onSetTemporary) onSetTemporary(id, isTemporary);
   };
-  _folder->onChangeSettings = [this](std::int64_t id, const TemporarySettings& settings) {
-    if (onChangeSettings) onChangeSettings(id, settings);
+  _folder->onChangeSettings = [this](std::int64_t id, const TemporarySettings& shown,
+                                     const TemporarySettings& wanted) {
+    if (onChangeSettings) onChangeSettings(id, shown, wanted);
   };
 }
 
 void MainView::setState(const MainState& state) {
-  if (state == _state) return;
   _state = state;
   showState();
 }
@@ -136,6 +136,10 @@ void MainView::setSelection(const std::optional<MainSelection>& selection) {
   if (selection == _selection) return;
   _selection = selection;
   showState();
+}
+
+void MainView::finishEdits() {
+  _folder->finishEdits();
 }
 
 void MainView::setMenuActions(const QList<QAction*>& actions) {
@@ -153,6 +157,7 @@ void MainView::showState() {
     _folder->setFolder(*folder);
     _detail->setCurrentWidget(_folder);
   } else {
+    _folder->finishEdits();
     _detail->setCurrentWidget(_overview);
   }
 }

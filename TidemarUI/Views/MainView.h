@@ -29,12 +29,18 @@ class MainView : public QWidget {
   std::function<void()> onAddFolder;
   std::function<void(std::int64_t id)> onRemoveFolder;
   std::function<void(std::int64_t id, bool isTemporary)> onSetTemporary;
-  std::function<void(std::int64_t id, const TemporarySettings&)> onChangeSettings;
+  /// `shown` is what the user saw when he made the edit, `wanted` the same with what he changed.
+  std::function<void(std::int64_t id, const TemporarySettings& shown,
+                     const TemporarySettings& wanted)>
+      onChangeSettings;
   std::function<void(const RecentRun&)> onPutBack;
   std::function<void(const std::vector<FileURL>&)> onShowInFinder;
 
   void setState(const MainState& state);
   void setSelection(const std::optional<MainSelection>& selection);
+
+  /// Hands out a number that is being edited. Call it before the window or the program goes.
+  void finishEdits();
 
   /// What the menu button at the end of the bar opens.
   void setMenuActions(const QList<QAction*>& actions);

@@ -39,8 +39,9 @@ MainState busyState(int round) {
 TEST(Refresh, AHundredOfThemLoseNoKeystrokeNoFocusAndNoPlace) {
   MainView view(viewFormats(), "Bin");
   std::vector<std::int64_t> written;
-  view.onChangeSettings = [&](std::int64_t, const TemporarySettings& settings) {
-    written.push_back(*settings.maxAgeDays);
+  view.onChangeSettings = [&](std::int64_t, const TemporarySettings&,
+                              const TemporarySettings& wanted) {
+    written.push_back(*wanted.maxAgeDays);
   };
   view.setState(busyState(0));
   view.setSelection(MainSelection::folder(3));
