@@ -1,7 +1,10 @@
 #include "TidemarUI/Views/FolderDetailView.h"
 
+#include <QPointer>
+
 #include "TidemarUI/State/FolderDetail.h"
 #include "TidemarUI/State/Labels.h"
+#include "TidemarUI/Views/Closures.h"
 #include "TidemarUI/Views/DisposalSection.h"
 #include "TidemarUI/Views/Icons.h"
 #include "TidemarUI/Views/ReadingOrder.h"
@@ -43,7 +46,7 @@ FolderDetailView::FolderDetailView(const Formats& formats, const std::string& bi
 
   const auto changeSettings = [this](const TemporarySettings& shown,
                                      const TemporarySettings& wanted) {
-    if (onChangeSettings) onChangeSettings(_folder.id, shown, wanted);
+    callClosure(onChangeSettings, _folder.id, shown, wanted);
   };
   _rules->onChangeSettings = changeSettings;
   _disposal->onChangeSettings = changeSettings;
@@ -57,9 +60,8 @@ QLayout* FolderDetailView::makeHeader() {
                     TextLabel::Overflow::elideInMiddle);
   auto* show = new QPushButton(textOf(labels::showInFinder));
   show->setAutoDefault(false);
-  connect(show, &QPushButton::clicked, this, [this] {
-    if (onShowInFinder) onShowInFinder({FileURL(_folder.path)});
-  });
+  connect(show, &QPushButton::clicked, this,
+          [this] { callClosure(onShowInFinder, std::vector{FileURL(_folder.path)}); });
 
   auto* line = new QHBoxLayout;
   line->setSpacing(3 * style::grid);
@@ -83,9 +85,7 @@ FormSection* FolderDetailView::makeTemporarySection() {
   _temporary = new Switch;
   _temporary->setAccessibleName(textOf(labels::temporary));
   _temporary->setAccessibleDescription(textOf(labels::temporaryExplanation));
-  _temporary->onToggle = [this](bool isOn) {
-    if (onSetTemporary) onSetTemporary(_folder.id, isOn);
-  };
+  _temporary->onToggle = [this](bool isOn) { callClosure(onSetTemporary, _folder.id, isOn); };
   title->setBuddy(_temporary);
 
   auto* section = new FormSection;
@@ -106,7 +106,7 @@ FormSection* FolderDetailView::makePreviewSection() {
   _previewHeadline->setContentsMargins(style::rowOutset, 0, style::rowOutset, 0);
   _forecast = new ForecastList;
   _forecast->onShowInFinder = [this](const std::vector<FileURL>& items) {
-    if (onShowInFinder) onShowInFinder(items);
+    callClosure(onShowInFinder, items);
   };
 
   auto* section = new FormSection(labels::whatGoes);
@@ -129,7 +129,9 @@ void FolderDetailView::setFolder(const MainFolder& folder) {
   }
   const bool isOther = folder.id != _folder.id;
   if (isOther || !folder.isTemporary) {
-    _rules->finishEdits();
+    const QPointer<FolderDetailView> self(this);
+    finishEdits();
+    if (!self) return;
     _disposal->cancelConfirmation();
   }
   if (isOther || folder.path != _folder.path)
@@ -156,7 +158,9 @@ void FolderDetailView::setFolder(const MainFolder& folder) {
 }
 
 void FolderDetailView::finishEdits() {
+  const QPointer<FolderDetailView> self(this);
   _rules->finishEdits();
+  if (self) _disposal->finishEdit();
 }
 
 }  // namespace tidemar

@@ -38,7 +38,7 @@ class FolderDetailView : public QWidget {
   /// one's.
   void setFolder(const MainFolder& folder);
 
-  /// Hands out a number that is being edited.
+  /// Hands out what is being edited.
   void finishEdits();
 
  private:

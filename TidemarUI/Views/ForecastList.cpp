@@ -2,6 +2,7 @@
 
 #include "TidemarUI/State/ForecastRows.h"
 #include "TidemarUI/State/Labels.h"
+#include "TidemarUI/Views/Closures.h"
 #include "TidemarUI/Views/MenuRow.h"
 #include "TidemarUI/Views/TextLabel.h"
 
@@ -13,7 +14,8 @@ class ForecastRow : public MenuRow {
   explicit ForecastRow(const ForecastList& list) {
     setToolTip(textOf(labels::showInFinder));
     connect(this, &QPushButton::clicked, this, [this, &list] {
-      if (list.onShowInFinder) list.onShowInFinder(_items);
+      const std::vector<FileURL> items = _items;
+      callClosure(list.onShowInFinder, items);
     });
   }
 

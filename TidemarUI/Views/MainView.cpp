@@ -3,10 +3,12 @@
 #include <QHBoxLayout>
 #include <QMenu>
 #include <QPainter>
+#include <QPointer>
 #include <QVBoxLayout>
 #include <algorithm>
 
 #include "TidemarUI/State/Labels.h"
+#include "TidemarUI/Views/Closures.h"
 #include "TidemarUI/Views/FolderDetailView.h"
 #include "TidemarUI/Views/Icons.h"
 #include "TidemarUI/Views/OverviewView.h"
@@ -96,34 +98,26 @@ QWidget* MainView::makeBar() {
 }
 
 void MainView::connectClosures() {
-  _sidebar->onSelect = [this](const MainSelection& selection) {
-    if (onSelect) onSelect(selection);
-  };
-  const auto removeFolder = [this](std::int64_t id) {
-    if (onRemoveFolder) onRemoveFolder(id);
-  };
+  _sidebar->onSelect = [this](const MainSelection& selection) { callClosure(onSelect, selection); };
+  const auto removeFolder = [this](std::int64_t id) { callClosure(onRemoveFolder, id); };
   const auto showInFinder = [this](const std::vector<FileURL>& items) {
-    if (onShowInFinder) onShowInFinder(items);
+    callClosure(onShowInFinder, items);
   };
   _sidebar->onRemoveFolder = removeFolder;
   _sidebar->onShowInFinder = showInFinder;
-  connect(_add, &QToolButton::clicked, this, [this] {
-    if (onAddFolder) onAddFolder();
-  });
+  connect(_add, &QToolButton::clicked, this, [this] { callClosure(onAddFolder); });
   connect(_remove, &QToolButton::clicked, this, [this, removeFolder] {
     if (const auto id = removableFolderID(_selection)) removeFolder(*id);
   });
-  _overview->onPutBack = [this](const RecentRun& run) {
-    if (onPutBack) onPutBack(run);
-  };
+  _overview->onPutBack = [this](const RecentRun& run) { callClosure(onPutBack, run); };
   _overview->onShowInFinder = showInFinder;
   _folder->onShowInFinder = showInFinder;
   _folder->onSetTemporary = [this](std::int64_t id, bool isTemporary) {
-    if (onSetTemporary) onSetTemporary(id, isTemporary);
+    callClosure(onSetTemporary, id, isTemporary);
   };
   _folder->onChangeSettings = [this](std::int64_t id, const TemporarySettings& shown,
                                      const TemporarySettings& wanted) {
-    if (onChangeSettings) onChangeSettings(id, shown, wanted);
+    callClosure(onChangeSettings, id, shown, wanted);
   };
 }
 
@@ -134,6 +128,9 @@ void MainView::setState(const MainState& state) {
 
 void MainView::setSelection(const std::optional<MainSelection>& selection) {
   if (selection == _selection) return;
+  const QPointer<MainView> self(this);
+  finishEdits();
+  if (!self) return;
   _selection = selection;
   showState();
 }
@@ -153,13 +150,29 @@ void MainView::showState() {
   _sidebar->setState(_state, _selection);
   _remove->setEnabled(removableFolderID(_selection).has_value());
   _overview->setState(_state);
+  // An edit that ends with its page may end the window too.
+  const QPointer<MainView> self(this);
   if (const MainFolder* folder = shownFolder(_state, _selection)) {
     _folder->setFolder(*folder);
-    _detail->setCurrentWidget(_folder);
+    if (self) _detail->setCurrentWidget(_folder);
   } else {
-    _folder->finishEdits();
-    _detail->setCurrentWidget(_overview);
+    finishEdits();
+    if (self) _detail->setCurrentWidget(_overview);
   }
+}
+
+void MainView::showEvent(QShowEvent* event) {
+  QWidget::showEvent(event);
+  window()->installEventFilter(this);
+}
+
+bool MainView::eventFilter(QObject* object, QEvent* event) {
+  if (event->type() == QEvent::Close && object == window()) {
+    const QPointer<MainView> self(this);
+    finishEdits();
+    if (!self) return true;
+  }
+  return QWidget::eventFilter(object, event);
 }
 
 void MainView::resizeEvent(QResizeEvent* event) {

@@ -39,7 +39,8 @@ class MainView : public QWidget {
   void setState(const MainState& state);
   void setSelection(const std::optional<MainSelection>& selection);
 
-  /// Hands out a number that is being edited. Call it before the window or the program goes.
+  /// Hands out what is being edited. A window that is closed does so too; call it before one is
+  /// destroyed without that.
   void finishEdits();
 
   /// What the menu button at the end of the bar opens.
@@ -47,6 +48,8 @@ class MainView : public QWidget {
 
  protected:
   void resizeEvent(QResizeEvent* event) override;
+  void showEvent(QShowEvent* event) override;
+  bool eventFilter(QObject* object, QEvent* event) override;
 
  private:
   QWidget* makeSidebarPane();

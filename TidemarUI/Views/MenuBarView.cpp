@@ -5,6 +5,7 @@
 #include <QPainter>
 
 #include "TidemarUI/State/Labels.h"
+#include "TidemarUI/Views/Closures.h"
 #include "TidemarUI/Views/Icons.h"
 #include "TidemarUI/Views/ReadingOrder.h"
 #include "TidemarUI/Views/Style.h"
@@ -37,7 +38,8 @@ class MenuBarView::FolderRow : public MenuRow {
  public:
   explicit FolderRow(const MenuBarView& view) {
     connect(this, &QPushButton::clicked, this, [this, &view] {
-      if (view.onSelectFolder) view.onSelectFolder(_summary);
+      const FolderSummary summary = _summary;
+      callClosure(view.onSelectFolder, summary);
     });
   }
 
@@ -96,11 +98,9 @@ MenuBarView::MenuBarView(QWidget* parent)
   whole->addWidget(_footer);
 
   _forecast->onShowInFinder = [this](const std::vector<FileURL>& items) {
-    if (onShowInFinder) onShowInFinder(items);
+    callClosure(onShowInFinder, items);
   };
-  _recentRuns->onPutBack = [this](const RecentRun& run) {
-    if (onUndo) onUndo(run);
-  };
+  _recentRuns->onPutBack = [this](const RecentRun& run) { callClosure(onUndo, run); };
 }
 
 QWidget* MenuBarView::makeWarning() {
@@ -112,9 +112,7 @@ QWidget* MenuBarView::makeWarning() {
   text->show(labels::finderExtensionIsOff);
   auto* turnOn = new QPushButton(textOf(labels::turnOn));
   turnOn->setAutoDefault(false);
-  connect(turnOn, &QPushButton::clicked, this, [this] {
-    if (onTurnOnFinderExtension) onTurnOnFinderExtension();
-  });
+  connect(turnOn, &QPushButton::clicked, this, [this] { callClosure(onTurnOnFinderExtension); });
 
   auto* line = new QHBoxLayout;
   line->setContentsMargins(style::rowOutset, 0, style::rowOutset, 0);
@@ -147,9 +145,7 @@ QWidget* MenuBarView::makeFooter() {
                               const std::function<void()>& closure) {
     auto* row = new MenuRow;
     row->setContent({.title = textOf(title), .trailing = shortcut});
-    connect(row, &QPushButton::clicked, this, [&closure] {
-      if (closure) closure();
-    });
+    connect(row, &QPushButton::clicked, this, [&closure] { callClosure(closure); });
     return row;
   };
   const QKeySequence quit(Qt::CTRL | Qt::Key_Q);

@@ -4,11 +4,13 @@
 #include <QFocusEvent>
 #include <QKeyEvent>
 #include <QLineEdit>
+#include <QPointer>
 #include <QStyleOptionSpinBox>
 #include <algorithm>
 #include <chrono>
 #include <utility>
 
+#include "TidemarUI/Views/Closures.h"
 #include "TidemarUI/Views/TextLabel.h"
 
 namespace tidemar {
@@ -41,7 +43,7 @@ void NumberFieldView::finishEdit() {
   // What is edited next starts from the new number, whenever it comes back as the stored one.
   if (isChange) _field.value = std::clamp(*typed, _field.lowerBound, _field.upperBound);
   cancelEdit();
-  if (isChange && onChange) onChange(_field.value);
+  if (isChange) callClosure(onChange, _field.value);
 }
 
 void NumberFieldView::setValue(qint64 value) {
@@ -79,12 +81,12 @@ QAbstractSpinBox::StepEnabled NumberFieldView::stepEnabled() const {
 
 void NumberFieldView::focusOutEvent(QFocusEvent* event) {
   QAbstractSpinBox::focusOutEvent(event);
-  if (event->reason() != Qt::PopupFocusReason) finishEdit();
+  if (event->reason() != Qt::PopupFocusReason) finishEditSoon();
 }
 
 void NumberFieldView::hideEvent(QHideEvent* event) {
   QAbstractSpinBox::hideEvent(event);
-  finishEdit();
+  finishEditSoon();
 }
 
 void NumberFieldView::wheelEvent(QWheelEvent* event) {
@@ -94,8 +96,9 @@ void NumberFieldView::wheelEvent(QWheelEvent* event) {
 
 void NumberFieldView::keyPressEvent(QKeyEvent* event) {
   if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) {
+    const QPointer<NumberFieldView> self(this);
     finishEdit();
-    selectAll();
+    if (self) selectAll();
     return;
   }
   if (event->key() == Qt::Key_Escape && isEdited()) {
@@ -126,6 +129,13 @@ void NumberFieldView::showValue(std::int64_t value) {
 
 void NumberFieldView::beginEdit() {
   if (!isEdited()) _valueBefore = _field.value;
+}
+
+/// For where the toolkit is in the midst of moving the focus, or of hiding or destroying the
+/// window: in the last case nobody is there any more to take the edit.
+void NumberFieldView::finishEditSoon() {
+  if (isEdited())
+    QMetaObject::invokeMethod(this, &NumberFieldView::finishEdit, Qt::QueuedConnection);
 }
 
 void NumberFieldView::cancelEdit() {

@@ -60,6 +60,7 @@ class NumberFieldView : public QAbstractSpinBox {
   std::int64_t editedValue() const;
   void showValue(std::int64_t value);
   void beginEdit();
+  void finishEditSoon();
   void cancelEdit();
 
   Formats _formats;

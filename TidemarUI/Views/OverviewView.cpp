@@ -1,6 +1,7 @@
 #include "TidemarUI/Views/OverviewView.h"
 
 #include "TidemarUI/State/Labels.h"
+#include "TidemarUI/Views/Closures.h"
 #include "TidemarUI/Views/ReadingOrder.h"
 
 namespace tidemar {
@@ -50,11 +51,9 @@ OverviewView::OverviewView()
   addWidget(_summary);
 
   _forecast->onShowInFinder = [this](const std::vector<FileURL>& items) {
-    if (onShowInFinder) onShowInFinder(items);
+    callClosure(onShowInFinder, items);
   };
-  _recentRuns->onPutBack = [this](const RecentRun& run) {
-    if (onPutBack) onPutBack(run);
-  };
+  _recentRuns->onPutBack = [this](const RecentRun& run) { callClosure(onPutBack, run); };
 }
 
 void OverviewView::setState(const MainState& state) {

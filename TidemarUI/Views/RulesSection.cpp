@@ -1,8 +1,11 @@
 #include "TidemarUI/Views/RulesSection.h"
 
+#include <QPointer>
+
 #include "TidemarUI/State/FolderDetail.h"
 #include "TidemarUI/State/Labels.h"
 #include "TidemarUI/State/SettingsEdits.h"
+#include "TidemarUI/Views/Closures.h"
 #include "TidemarUI/Views/NumberFieldView.h"
 #include "TidemarUI/Views/Switch.h"
 
@@ -49,6 +52,10 @@ RuleRow* RulesSection::addRule(std::string_view label,
   auto* row = new RuleRow;
   row->checkBox = new RequestingCheckBox(textOf(label));
   row->checkBox->onToggle = [this, edit](bool isOn) {
+    // A number that was left just now comes first: else it would switch its rule on again.
+    const QPointer<RulesSection> self(this);
+    finishEdits();
+    if (!self) return;
     const TemporarySettings shown = _settings;
     send(shown, edit(shown, isOn));
   };
@@ -90,12 +97,14 @@ void RulesSection::setSettings(const TemporarySettings& settings) {
 }
 
 void RulesSection::finishEdits() {
-  for (RuleRow* row : {_age, _size})
-    row->number->finishEdit();
+  using Number = QPointer<NumberFieldView>;
+  for (const Number& number : {Number(_age->number), Number(_size->number)}) {
+    if (number) number->finishEdit();
+  }
 }
 
 void RulesSection::send(const TemporarySettings& shown, const TemporarySettings& wanted) const {
-  if (onChangeSettings) onChangeSettings(shown, wanted);
+  callClosure(onChangeSettings, shown, wanted);
 }
 
 }  // namespace tidemar

@@ -6,8 +6,10 @@
 #include <QPainter>
 #include <QScopedValueRollback>
 #include <QStyledItemDelegate>
+#include <utility>
 
 #include "TidemarUI/State/Labels.h"
+#include "TidemarUI/Views/Closures.h"
 #include "TidemarUI/Views/Icons.h"
 #include "TidemarUI/Views/RowPainting.h"
 #include "TidemarUI/Views/Style.h"
@@ -93,15 +95,23 @@ void Sidebar::setState(const MainState& state, const std::optional<MainSelection
   const QScopedValueRollback following(_isFollowing, true);
   _model.setRows(sidebarRows(state));
   const QModelIndex index = _model.indexOf(selection);
-  if (index == currentIndex()) return;
+  // What the user chose just now comes later than this selection.
+  if (_chosen || index == currentIndex()) return;
   setCurrentIndex(index);
   if (!index.isValid()) clearSelection();
 }
 
 void Sidebar::currentChanged(const QModelIndex& current, const QModelIndex& previous) {
   QListView::currentChanged(current, previous);
-  if (_isFollowing || !current.isValid() || !onSelect) return;
-  if (const auto selection = _model.row(current).selection) onSelect(*selection);
+  if (_isFollowing || !current.isValid()) return;
+  const auto selection = _model.row(current).selection;
+  if (!selection || std::exchange(_chosen, selection)) return;
+  // The list has still to finish its move.
+  const auto handOut = [this] {
+    const auto chosen = std::exchange(_chosen, std::nullopt);
+    callClosure(onSelect, *chosen);
+  };
+  QMetaObject::invokeMethod(this, handOut, Qt::QueuedConnection);
 }
 
 void Sidebar::focusInEvent(QFocusEvent* event) {
@@ -119,16 +129,18 @@ void Sidebar::contextMenuEvent(QContextMenuEvent* event) {
   const bool isByKeyboard = event->reason() == QContextMenuEvent::Keyboard;
   const QModelIndex index = isByKeyboard ? currentIndex() : indexAt(event->pos());
   if (!index.isValid() || !_model.row(index).isFolder()) return;
-  const SidebarRow row = _model.row(index);
+  const SidebarRow& row = _model.row(index);
 
   auto* menu = new QMenu(this);
   menu->setAttribute(Qt::WA_DeleteOnClose);
-  menu->addAction(textOf(labels::showInFinder), this, [this, row] {
-    if (onShowInFinder) onShowInFinder({FileURL(row.path)});
-  });
-  menu->addAction(textOf(labels::removeFromTidemar), this, [this, row] {
-    if (onRemoveFolder) onRemoveFolder(*row.selection->folderID);
-  });
+  // The menu goes on after it told what was chosen.
+  const auto addAction = [this, menu](std::string_view text, auto action) {
+    connect(menu->addAction(textOf(text)), &QAction::triggered, this, action, Qt::QueuedConnection);
+  };
+  addAction(labels::showInFinder,
+            [this, path = row.path] { callClosure(onShowInFinder, std::vector{FileURL(path)}); });
+  addAction(labels::removeFromTidemar,
+            [this, id = *row.selection->folderID] { callClosure(onRemoveFolder, id); });
   menu->popup(isByKeyboard ? viewport()->mapToGlobal(visualRect(index).center())
                            : event->globalPos());
 }

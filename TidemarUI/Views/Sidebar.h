@@ -34,7 +34,8 @@ class Sidebar : public QListView {
 
  private:
   SidebarModel _model;
-  bool _isFollowing = false;  ///< The change of the current row comes from the program.
+  std::optional<MainSelection> _chosen;  ///< On its way out.
+  bool _isFollowing = false;             ///< The change of the current row comes from the program.
 };
 
 }  // namespace tidemar

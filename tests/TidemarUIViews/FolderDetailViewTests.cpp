@@ -44,6 +44,7 @@ class FolderDetailViewTest : public ::testing::Test {
     auto* picker = child<QComboBox>(view);
     picker->setCurrentIndex(index);
     emit picker->activated(index);
+    QApplication::processEvents();
   }
 
   void answer(std::string_view button) {
@@ -52,6 +53,7 @@ class FolderDetailViewTest : public ::testing::Test {
     for (QAbstractButton* candidate : question->buttons()) {
       if (candidate->text().toStdString() == button) candidate->click();
     }
+    QApplication::processEvents();
     QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
   }
 
@@ -187,6 +189,18 @@ TEST_F(FolderDetailViewTest, ARuleThatGoesOffTakesTheEditOfItsNumberAlong) {
     view.setFolder(sampleFolder(2));
     EXPECT_TRUE(changes.empty());
   }
+}
+
+TEST_F(FolderDetailViewTest, ANumberComesBeforeTheClickThatEndsItsEdit) {
+  NumberFieldView* age = number(labels::ageRule);
+  age->setFocus();
+  QTest::keyClick(age, Qt::Key_5);
+  child<QCheckBox>(view, std::string(labels::ageRule))->setFocus();
+  QTest::keyClick(QApplication::focusWidget(), Qt::Key_Space);
+  QApplication::processEvents();
+  ASSERT_EQ(changes.size(), 2U);
+  EXPECT_EQ(changes[0].maxAgeDays, 905);
+  EXPECT_EQ(changes[1].maxAgeDays, std::nullopt);
 }
 
 TEST_F(FolderDetailViewTest, AssistiveToolsReadAndSetTheNumber) {

@@ -65,6 +65,7 @@ TEST_F(MainViewTest, TheSidebarIsWalkedThroughByKeyboardPastItsTitle) {
   auto* sidebar = child<Sidebar>(view);
   sidebar->setFocus();
   QTest::keyClick(sidebar, Qt::Key_Down);
+  QApplication::processEvents();
   ASSERT_EQ(selections.size(), 1U);
   EXPECT_EQ(selections[0], MainSelection::folder(1));
 }
