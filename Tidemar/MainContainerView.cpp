@@ -49,9 +49,9 @@ void MainContainerView::connectClosures() {
 
 void MainContainerView::refresh() {
   const AppModel& model = _context.model;
-  _view->setState(mainState(model.reports(), model.journal(), model.freeSpace(),
-                            model.isFinderExtensionOff(), _context.currentDate(),
-                            _context.currentFormats(), SystemBin::name()));
+  _view->setState(std::make_shared<const MainState>(
+      mainState(model.reports(), model.journal(), model.freeSpace(), model.isFinderExtensionOff(),
+                _context.currentDate(), _context.currentFormats(), SystemBin::name())));
 }
 
 void MainContainerView::chooseFolder() {

@@ -25,7 +25,8 @@ TextLabel* makeLabel(style::TextSize size, QFont::Weight weight, TextLabel::Tone
 }  // namespace
 
 FolderDetailView::FolderDetailView(const Formats& formats, const std::string& binName)
-    : _scroll(new ScrollColumn(columnWidth)),
+    : _folder(std::make_shared<const MainFolder>()),
+      _scroll(new ScrollColumn(columnWidth)),
       _rules(new RulesSection(formats, binName)),
       _disposal(new DisposalSection(binName)) {
   auto* whole = new QVBoxLayout(this);
@@ -46,7 +47,7 @@ FolderDetailView::FolderDetailView(const Formats& formats, const std::string& bi
 
   const auto changeSettings = [this](const TemporarySettings& shown,
                                      const TemporarySettings& wanted) {
-    callClosure(onChangeSettings, _folder.id, shown, wanted);
+    callClosure(onChangeSettings, _folder->id, shown, wanted);
   };
   _rules->onChangeSettings = changeSettings;
   _disposal->onChangeSettings = changeSettings;
@@ -61,7 +62,7 @@ QLayout* FolderDetailView::makeHeader() {
   auto* show = new QPushButton(textOf(labels::showInFinder));
   show->setAutoDefault(false);
   connect(show, &QPushButton::clicked, this,
-          [this] { callClosure(onShowInFinder, std::vector{FileURL(_folder.path)}); });
+          [this] { callClosure(onShowInFinder, std::vector{FileURL(_folder->path)}); });
 
   auto* line = new QHBoxLayout;
   line->setSpacing(3 * style::grid);
@@ -85,7 +86,7 @@ FormSection* FolderDetailView::makeTemporarySection() {
   _temporary = new Switch;
   _temporary->setAccessibleName(textOf(labels::temporary));
   _temporary->setAccessibleDescription(textOf(labels::temporaryExplanation));
-  _temporary->onToggle = [this](bool isOn) { callClosure(onSetTemporary, _folder.id, isOn); };
+  _temporary->onToggle = [this](bool isOn) { callClosure(onSetTemporary, _folder->id, isOn); };
   title->setBuddy(_temporary);
 
   auto* section = new FormSection;
@@ -121,24 +122,24 @@ FormSection* FolderDetailView::makePreviewSection() {
   return section;
 }
 
-void FolderDetailView::setFolder(const MainFolder& folder) {
-  if (folder == _folder) {
-    // A number that was handed out and couldn't be stored goes back to the stored one.
-    _rules->setSettings(folder.settings);
-    return;
-  }
-  const bool isOther = folder.id != _folder.id;
-  if (isOther || !folder.isTemporary) {
+void FolderDetailView::setFolder(const std::shared_ptr<const MainFolder>& folder) {
+  const auto next = folder ? folder : std::make_shared<const MainFolder>();
+  const bool isOther = next->id != _folder->id;
+  if (isOther || !next->isTemporary) {
     const QPointer<FolderDetailView> self(this);
     finishEdits();
     if (!self) return;
     _disposal->cancelConfirmation();
   }
-  if (isOther || folder.path != _folder.path)
+  const auto before = std::exchange(_folder, next);
+  if (isOther || next->path != before->path)
     _icon->setPixmap(
-        icons::folder(folder.path).pixmap(QSize(iconSize, iconSize), devicePixelRatio()));
-  _folder = folder;
+        icons::folder(next->path).pixmap(QSize(iconSize, iconSize), devicePixelRatio()));
+  showFolder(*next);
+  if (isOther) _scroll->scrollToTop();
+}
 
+void FolderDetailView::showFolder(const MainFolder& folder) {
   _name->show(folder.name);
   _path->show(folder.path);
   _temporary->show(folder.isTemporary);
@@ -146,15 +147,14 @@ void FolderDetailView::setFolder(const MainFolder& folder) {
   _temporarySection->setFooter(temporaryFooter(folder).value_or(std::string_view()));
 
   _previewHeadline->show(folder.preview.headline);
-  _forecast->setGroups(folder.preview.forecast);
+  _forecast->setGroups({_folder, &folder.preview.forecast});
   _forecast->setVisible(!folder.preview.forecast.empty());
+  // Also where nothing differs: a number that couldn't be stored goes back to the stored one.
   _rules->setSettings(folder.settings);
   _disposal->setSettings(folder.settings);
   for (QWidget* section : std::initializer_list<QWidget*>{_previewSection, _rules, _disposal})
     section->setVisible(folder.isTemporary);
-
   restoreReadingOrder(*this);
-  if (isOther) _scroll->scrollToTop();
 }
 
 void FolderDetailView::finishEdits() {

@@ -3,6 +3,7 @@
 #include <QLabel>
 #include <QPushButton>
 #include <functional>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -34,9 +35,10 @@ class FolderDetailView : public QWidget {
       onChangeSettings;
   std::function<void(const std::vector<FileURL>&)> onShowInFinder;
 
-  /// Another folder than the one before begins at the top, without an edit or a question of that
-  /// one's.
-  void setFolder(const MainFolder& folder);
+  /// Keeps the folder, which can be part of a larger state, until it is given another one. Another
+  /// folder than the one before begins at the top, without an edit or a question of that one's.
+  /// Null for no folder, while the page isn't shown.
+  void setFolder(const std::shared_ptr<const MainFolder>& folder);
 
   /// Hands out what is being edited.
   void finishEdits();
@@ -46,7 +48,9 @@ class FolderDetailView : public QWidget {
   FormSection* makeTemporarySection();
   FormSection* makePreviewSection();
 
-  MainFolder _folder;
+  void showFolder(const MainFolder& folder);
+
+  std::shared_ptr<const MainFolder> _folder;  ///< Never null.
   ScrollColumn* _scroll;
   QLabel* _icon;
   TextLabel* _name;

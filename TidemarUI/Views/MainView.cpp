@@ -55,6 +55,7 @@ QToolButton* makeBarButton(icons::Symbol symbol, std::string_view name) {
 
 MainView::MainView(const Formats& formats, const std::string& binName, QWidget* parent)
     : QWidget(parent),
+      _state(std::make_shared<const MainState>()),
       _sidebar(new Sidebar),
       _add(makeBarButton(icons::Symbol::plus, labels::addAFolder)),
       _remove(makeBarButton(icons::Symbol::minus, labels::removeFromTidemar)),
@@ -121,8 +122,8 @@ void MainView::connectClosures() {
   };
 }
 
-void MainView::setState(const MainState& state) {
-  _state = state;
+void MainView::setState(std::shared_ptr<const MainState> state) {
+  _state = std::move(state);
   showState();
 }
 
@@ -147,18 +148,16 @@ void MainView::setMenuActions(const QList<QAction*>& actions) {
 }
 
 void MainView::showState() {
-  _sidebar->setState(_state, _selection);
+  // An edit that ends with its page may end the window too, or bring the next state.
+  const auto state = _state;
+  _sidebar->setState(*state, _selection);
   _remove->setEnabled(removableFolderID(_selection).has_value());
-  _overview->setState(_state);
-  // An edit that ends with its page may end the window too.
+  _overview->setState(state);
+  const MainFolder* folder = shownFolder(*state, _selection);
   const QPointer<MainView> self(this);
-  if (const MainFolder* folder = shownFolder(_state, _selection)) {
-    _folder->setFolder(*folder);
-    if (self) _detail->setCurrentWidget(_folder);
-  } else {
-    finishEdits();
-    if (self) _detail->setCurrentWidget(_overview);
-  }
+  _folder->setFolder({state, folder});
+  if (!self || state != _state) return;
+  _detail->setCurrentWidget(folder == nullptr ? static_cast<QWidget*>(_overview) : _folder);
 }
 
 void MainView::showEvent(QShowEvent* event) {

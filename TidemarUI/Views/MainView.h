@@ -5,6 +5,7 @@
 #include <QToolButton>
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -36,7 +37,10 @@ class MainView : public QWidget {
   std::function<void(const RecentRun&)> onPutBack;
   std::function<void(const std::vector<FileURL>&)> onShowInFinder;
 
-  void setState(const MainState& state);
+  /// Keeps the state until it is given the next one and copies nothing of it. It compares nothing
+  /// either: whoever makes the states knows whether one differs. A state that is large to destroy
+  /// takes care of where that happens by its deleter.
+  void setState(std::shared_ptr<const MainState> state);
   void setSelection(const std::optional<MainSelection>& selection);
 
   /// Hands out what is being edited. A window that is closed does so too; call it before one is
@@ -57,7 +61,7 @@ class MainView : public QWidget {
   void connectClosures();
   void showState();
 
-  MainState _state;
+  std::shared_ptr<const MainState> _state;  ///< Never null.
   std::optional<MainSelection> _selection;
   QWidget* _sidebarPane;
   Sidebar* _sidebar;

@@ -6,6 +6,7 @@
 #include <QPainter>
 #include <QScopedValueRollback>
 #include <QStyledItemDelegate>
+#include <array>
 #include <utility>
 
 #include "TidemarUI/State/Labels.h"
@@ -42,10 +43,15 @@ class SidebarDelegate : public QStyledItemDelegate {
 
   QSize sizeHint(const QStyleOptionViewItem&, const QModelIndex& index) const override {
     const SidebarRow& row = _model.row(index);
-    // Rows fill the list, whose width isn't theirs to ask for.
-    if (!row.selection) return {0, titleTop + QFontMetrics(titleFont()).height() + titleBottom};
-    return {0, rowSize(contentOf(row)).height()};
+    // Rows fill the list, whose width isn't theirs to ask for. A list asks all of them at once, and
+    // there are but three heights.
+    const auto kind = static_cast<std::size_t>(!row.selection ? 0 : row.detail.empty() ? 1 : 2);
+    int& height = _heights[kind];
+    if (height == 0) height = heightOf(row);
+    return {0, height};
   }
+
+  void forgetHeights() { _heights = {}; }
 
   void paint(QPainter* painter, const QStyleOptionViewItem& option,
              const QModelIndex& index) const override {
@@ -72,7 +78,13 @@ class SidebarDelegate : public QStyledItemDelegate {
   }
 
  private:
+  static int heightOf(const SidebarRow& row) {
+    if (!row.selection) return titleTop + QFontMetrics(titleFont()).height() + titleBottom;
+    return rowSize({.iconSize = iconSize, .detail = textOf(row.detail)}).height();
+  }
+
   const SidebarModel& _model;
+  mutable std::array<int, 3> _heights{};  ///< Of a title, a row of one line and one of two.
 };
 
 }  // namespace
@@ -112,6 +124,13 @@ void Sidebar::currentChanged(const QModelIndex& current, const QModelIndex& prev
     callClosure(onSelect, *chosen);
   };
   QMetaObject::invokeMethod(this, handOut, Qt::QueuedConnection);
+}
+
+void Sidebar::changeEvent(QEvent* event) {
+  if (event->type() == QEvent::ApplicationFontChange || event->type() == QEvent::FontChange ||
+      event->type() == QEvent::StyleChange)
+    static_cast<SidebarDelegate*>(itemDelegate())->forgetHeights();
+  QListView::changeEvent(event);
 }
 
 void Sidebar::focusInEvent(QFocusEvent* event) {

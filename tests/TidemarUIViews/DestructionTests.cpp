@@ -114,7 +114,7 @@ MainView* makeMainView(Destroyer& destroyer, Disposal disposal = Disposal::bin) 
   view->onShowInFinder = destroyer;
   TemporarySettings settings;
   settings.disposal = disposal;
-  view->setState(sampleState({sampleFolder(1, settings), sampleFolder(2)}));
+  view->setState(shared(sampleState({sampleFolder(1, settings), sampleFolder(2)})));
   view->setSelection(MainSelection::folder(1));
   present(*view, {820, 900});
   return view;
@@ -179,14 +179,14 @@ TEST(Destruction, AClosureOfTheMainWindowMayDestroyIt) {
           {"a number whose folder goes",
            [main](QWidget& view) {
              type(view, Qt::Key_5);
-             main(view).setState(sampleState({}));
+             main(view).setState(shared(sampleState({})));
            }},
           {"a number whose folder is made plain",
            [main](QWidget& view) {
              type(view, Qt::Key_5);
              MainFolder plain = sampleFolder(1);
              plain.isTemporary = false;
-             main(view).setState(sampleState({plain}));
+             main(view).setState(shared(sampleState({plain})));
            }},
           {"a number by closing",
            [](QWidget& view) {
@@ -245,7 +245,7 @@ TEST(Destruction, AClosureOfTheOtherScreensMayDestroyThem) {
         view->onQuit = destroyer;
         MenuBarState state = sampleState({sampleFolder(1)}).overview;
         state.isFinderExtensionOff = true;
-        view->setState(state);
+        view->setState(shared(state));
         present(*view, view->sizeHint());
         return view;
       });

@@ -25,7 +25,7 @@ class FolderDetailViewTest : public ::testing::Test {
       shownAtEdit = shown;
       changes.push_back(wanted);
     };
-    view.setFolder(sampleFolder());
+    view.setFolder(shared(sampleFolder()));
     present(view, {600, 900});
   }
 
@@ -79,7 +79,7 @@ TEST_F(FolderDetailViewTest, TheSwitchAsksAndShowsWhatTheFolderSays) {
   }
   MainFolder plain = sampleFolder();
   plain.isTemporary = false;
-  view.setFolder(plain);
+  view.setFolder(shared(plain));
   EXPECT_FALSE(temporary->isChecked());
   EXPECT_FALSE(child<QComboBox>(view)->isVisible());
 }
@@ -88,18 +88,18 @@ TEST_F(FolderDetailViewTest, TheSwitchIsDisabledWhereTheFolderCannotBeCleared) {
   auto* temporary = child<Switch>(view, "Temporary");
   MainFolder folder = sampleFolder();
   folder.isReadable = false;
-  view.setFolder(folder);
+  view.setFolder(shared(folder));
   EXPECT_FALSE(temporary->isEnabled());
   folder.isReadable = true;
   folder.isProtectedRoot = true;
-  view.setFolder(folder);
+  view.setFolder(shared(folder));
   EXPECT_FALSE(temporary->isEnabled());
 }
 
 TEST_F(FolderDetailViewTest, NumbersAreBroughtWithinTheirBounds) {
   TemporarySettings settings;
   settings.sizeLimit = 10 * gigabyte;
-  view.setFolder(sampleFolder(1, settings));
+  view.setFolder(shared(sampleFolder(1, settings)));
   struct Row {
     const char* name;
     std::string_view label;
@@ -125,15 +125,15 @@ TEST_F(FolderDetailViewTest, NumbersAreBroughtWithinTheirBounds) {
     EXPECT_EQ(changes[0].maxAgeDays, row.days);
     EXPECT_EQ(changes[0].sizeLimit, row.size);
     EXPECT_EQ(changes[0].disposal, settings.disposal);
-    view.setFolder(sampleFolder(2, settings));
-    view.setFolder(sampleFolder(1, settings));
+    view.setFolder(shared(sampleFolder(2, settings)));
+    view.setFolder(shared(sampleFolder(1, settings)));
   }
 }
 
 TEST_F(FolderDetailViewTest, WhatEndsWhereItBeganIsNotWritten) {
   TemporarySettings settings;
   settings.sizeLimit = 2'500'000'000;
-  view.setFolder(sampleFolder(1, settings));
+  view.setFolder(shared(sampleFolder(1, settings)));
   NumberFieldView* size = number(labels::sizeRule);
   ASSERT_EQ(size->text(), "3") << "shown rounded";
   size->setFocus();
@@ -146,7 +146,7 @@ TEST_F(FolderDetailViewTest, WhatEndsWhereItBeganIsNotWritten) {
   }
   QTest::keyClick(size, Qt::Key_Up);
   QTest::keyClick(size, Qt::Key_Down);
-  view.setFolder(sampleFolder(2));
+  view.setFolder(shared(sampleFolder(2)));
   EXPECT_TRUE(changes.empty());
 }
 
@@ -158,7 +158,7 @@ TEST_F(FolderDetailViewTest, AnEditSaysWhatWasSeenWhenItBegan) {
   TemporarySettings later;
   later.maxAgeDays = 30;
   later.emptyOnRestart = true;
-  view.setFolder(sampleFolder(1, later));
+  view.setFolder(shared(sampleFolder(1, later)));
   QTest::keyClick(age, Qt::Key_Return);
   TemporarySettings wanted;
   wanted.maxAgeDays = 12;
@@ -172,7 +172,7 @@ TEST_F(FolderDetailViewTest, AnEditSaysWhatWasSeenWhenItBegan) {
   EXPECT_EQ(changes.back().maxAgeDays, 13);
 
   // What couldn't be stored goes back, though the folder is the same as before.
-  view.setFolder(sampleFolder(1, later));
+  view.setFolder(shared(sampleFolder(1, later)));
   EXPECT_EQ(age->text(), "30");
 }
 
@@ -181,12 +181,12 @@ TEST_F(FolderDetailViewTest, ARuleThatGoesOffTakesTheEditOfItsNumberAlong) {
   off.maxAgeDays = std::nullopt;
   NumberFieldView* age = number(labels::ageRule);
   for (const Qt::Key key : {Qt::Key_5, Qt::Key_Up}) {
-    view.setFolder(sampleFolder());
+    view.setFolder(shared(sampleFolder()));
     age->setFocus();
     QTest::keyClick(age, key);
-    view.setFolder(sampleFolder(1, off));
+    view.setFolder(shared(sampleFolder(1, off)));
     age->finishEdit();
-    view.setFolder(sampleFolder(2));
+    view.setFolder(shared(sampleFolder(2)));
     EXPECT_TRUE(changes.empty());
   }
 }
@@ -228,7 +228,7 @@ TEST_F(FolderDetailViewTest, AnEditEndsAsTheEditOfItsOwnFolder) {
   age->setFocus();
   age->selectAll();
   QTest::keyClicks(age, "12");
-  view.setFolder(sampleFolder(2));
+  view.setFolder(shared(sampleFolder(2)));
   ASSERT_EQ(changes.size(), 1U);
   EXPECT_EQ(changedID, 1);
   EXPECT_EQ(changes[0].maxAgeDays, 12);
@@ -286,7 +286,7 @@ TEST_F(FolderDetailViewTest, NeitherReturnNorEscapeDeletes) {
 
 TEST_F(FolderDetailViewTest, TheQuestionGoesWithTheFolderThatItIsAbout) {
   choose(1);
-  view.setFolder(sampleFolder(2));
+  view.setFolder(shared(sampleFolder(2)));
   QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
   EXPECT_EQ(child<QMessageBox>(view), nullptr);
   EXPECT_TRUE(changes.empty());
@@ -296,14 +296,14 @@ TEST_F(FolderDetailViewTest, GoingOverToTheBinHappensAtOnceAndEndsTheLowDiskRule
   TemporarySettings settings;
   settings.disposal = Disposal::delete_;
   settings.automatic = true;
-  view.setFolder(sampleFolder(1, settings));
+  view.setFolder(shared(sampleFolder(1, settings)));
   auto* automatic = child<QCheckBox>(view, std::string(labels::automaticRule));
   EXPECT_TRUE(automatic->isEnabled());
   choose(0);
   ASSERT_EQ(changes.size(), 1U);
   EXPECT_EQ(changes[0].disposal, Disposal::bin);
   EXPECT_FALSE(changes[0].automatic);
-  view.setFolder(sampleFolder(1, changes[0]));
+  view.setFolder(shared(sampleFolder(1, changes[0])));
   EXPECT_FALSE(automatic->isEnabled());
   EXPECT_FALSE(automatic->parentWidget()->toolTip().isEmpty());
 }

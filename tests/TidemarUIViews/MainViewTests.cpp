@@ -15,7 +15,7 @@ class MainViewTest : public ::testing::Test {
   MainViewTest() {
     view.onSelect = [this](const auto& selection) { selections.push_back(selection); };
     view.onRemoveFolder = [this](std::int64_t id) { removed.push_back(id); };
-    view.setState(sampleState({sampleFolder(1), sampleFolder(2), sampleFolder(3)}));
+    view.setState(shared(sampleState({sampleFolder(1), sampleFolder(2), sampleFolder(3)})));
     present(view, {820, 560});
   }
 
@@ -52,11 +52,11 @@ TEST_F(MainViewTest, WhatIsNoFolderShowsTheOverview) {
 
 TEST_F(MainViewTest, ARemovedFolderLeavesTheOverviewAndSelectsNoOther) {
   view.setSelection(MainSelection::folder(2));
-  view.setState(sampleState({sampleFolder(1), sampleFolder(3)}));
+  view.setState(shared(sampleState({sampleFolder(1), sampleFolder(3)})));
   EXPECT_TRUE(showsOverview());
   EXPECT_TRUE(selections.empty());
   EXPECT_FALSE(child<Sidebar>(view)->currentIndex().isValid());
-  view.setState(sampleState({}));
+  view.setState(shared(sampleState({})));
   EXPECT_EQ(child<Sidebar>(view)->model()->rowCount(), 1);
 }
 
