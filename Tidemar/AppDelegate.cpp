@@ -26,6 +26,8 @@
 #include "Tidemar/Model/FatalFailure.h"
 #include "Tidemar/Updates.h"
 #include "Tidemar/WindowCoordinator.h"
+#include "TidemarUI/State/FailureLine.h"
+#include "TidemarUI/State/Labels.h"
 #include "TidemarUI/Views/Icons.h"
 #include "TidemarUI/Views/QuietStyle.h"
 
@@ -60,6 +62,23 @@ void stopClearingAtExit() {
   if (modelAtExit != nullptr) modelAtExit->stopClearing();
 }
 
+ExtensionTexts extensionTexts() {
+  return {.title = std::string(labels::extensionTitle),
+          .explanation = std::string(labels::extensionExplanation),
+          .hint = std::string(labels::extensionHint),
+          .noFileManager = std::string(labels::noFileManager),
+          .failed = [](const std::string& fileManager, bool isOn) {
+            return failureTitle(switchingExtension(fileManager, isOn));
+          }};
+}
+
+UpdateTexts updateTexts() {
+  return {.failed = failureTitle(checkingForUpdates()),
+          .isUpToDate = std::string(labels::isUpToDate),
+          .newVersion = std::string(labels::newVersion),
+          .newVersionHint = std::string(labels::newVersionHint)};
+}
+
 }  // namespace
 
 /// The real platform, in the order in which the model needs it.
@@ -68,12 +87,12 @@ struct PlatformServices {
   DesktopNotificationCenter notifications{QDBusConnection::sessionBus()};
   AutostartLoginItem loginItem{currentProgram()};
   ModalAlerts alerts;
-  FileManagerExtension finderExtension{alerts};
+  FileManagerExtension finderExtension{extensionTexts(), alerts};
   UserDefaults standardDefaults = UserDefaults::standard();
   UserDefaults sharedDefaults = UserDefaults::shared();
   WakeNotifier wakeNotifier{QDBusConnection::systemBus()};
   PackageUpdates updateService{QDBusConnection::systemBus(), packageOfProgram(currentProgram()),
-                               alerts};
+                               updateTexts(), alerts};
 };
 
 AppDelegate::AppDelegate() : _platform(std::make_unique<PlatformServices>()) {}

@@ -37,8 +37,11 @@ void MainContainerView::connectClosures() {
     if (const FolderReport* found = report(id))
       _context.model.setTemporary(found->folder, isTemporary);
   };
-  _view->onChangeSettings = [this](std::int64_t id, const TemporarySettings& settings) {
-    if (const FolderReport* found = report(id)) _settingsWriter.write(found->folder, settings);
+  _view->onChangeSettings = [this](std::int64_t id, const TemporarySettings& shown,
+                                   const TemporarySettings& wanted) {
+    const FolderReport* found = report(id);
+    if (found == nullptr) return;
+    _settingsWriter.write(found->folder, settingsWithEdit(found->folder.settings, shown, wanted));
   };
   _view->onPutBack = [this](const RecentRun& run) { _context.model.putBack(run.journalEntryIDs); };
   _view->onShowInFinder = _context.showInFileManager;
@@ -46,9 +49,9 @@ void MainContainerView::connectClosures() {
 
 void MainContainerView::refresh() {
   const AppModel& model = _context.model;
-  _view->setState(mainState(model.reports(), model.journal(), model.freeSpace(),
-                            model.isFinderExtensionOff(), _context.currentDate(),
-                            _context.currentFormats(), SystemBin::name()));
+  _view->setState(std::make_shared<const MainState>(
+      mainState(model.reports(), model.journal(), model.freeSpace(), model.isFinderExtensionOff(),
+                _context.currentDate(), _context.currentFormats(), SystemBin::name())));
 }
 
 void MainContainerView::chooseFolder() {

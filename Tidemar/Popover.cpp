@@ -99,9 +99,9 @@ void Popover::refresh() {
   if (!isVisible()) return;
   const ScreenContext& context = _windows.context();
   const AppModel& model = context.model;
-  _view->setState(menuBarState(model.reports(), model.journal(), model.freeSpace(),
-                               model.isFinderExtensionOff(), context.currentDate(),
-                               context.currentFormats(), SystemBin::name()));
+  _view->setState(std::make_shared<const MenuBarState>(menuBarState(
+      model.reports(), model.journal(), model.freeSpace(), model.isFinderExtensionOff(),
+      context.currentDate(), context.currentFormats(), SystemBin::name())));
   place();
 }
 

@@ -173,8 +173,8 @@ class Painter {
 void drawScreens(Painter& painter) {
   const Formats formats("en_GB", "UTC");
   const auto state = [&](const std::vector<FolderReport>& reports, bool isExtensionOff = false) {
-    return mainState(reports, someJournal(), 212'400 * megabyte, isExtensionOff, now, formats,
-                     "Bin");
+    return std::make_shared<const MainState>(
+        mainState(reports, someJournal(), 212'400 * megabyte, isExtensionOff, now, formats, "Bin"));
   };
   const auto drawMain = [&](const QString& name, const std::vector<FolderReport>& reports,
                             MainSelection selection, QSize size) {
@@ -197,7 +197,8 @@ void drawScreens(Painter& painter) {
   const auto drawPopover = [&](const QString& name, const std::vector<FolderReport>& reports,
                                bool isExtensionOff) {
     MenuBarView view;
-    view.setState(state(reports, isExtensionOff).overview);
+    const auto main = state(reports, isExtensionOff);
+    view.setState({main, &main->overview});
     painter.draw(name, view, view.sizeHint());
   };
   drawPopover(QStringLiteral("popover-many"), many(), true);
@@ -223,7 +224,8 @@ void drawScreens(Painter& painter) {
 void drawConfirmation(Painter& painter) {
   const Formats formats("en_GB", "UTC");
   MainView view(formats, "Bin");
-  view.setState(mainState(many(), {}, 0, false, now, formats, "Bin"));
+  view.setState(
+      std::make_shared<const MainState>(mainState(many(), {}, 0, false, now, formats, "Bin")));
   view.setSelection(MainSelection::folder(1));
   view.resize(820, 860);
   view.show();

@@ -33,8 +33,8 @@ class ExtensionWindow::Box : public QCheckBox {
 
 namespace {
 
-QLabel* label(const QString& text) {
-  auto* result = new QLabel(text);
+QLabel* label(const std::string& text) {
+  auto* result = new QLabel(QString::fromStdString(text));
   result->setTextFormat(Qt::PlainText);
   result->setWordWrap(true);
   return result;
@@ -42,22 +42,19 @@ QLabel* label(const QString& text) {
 
 }  // namespace
 
-ExtensionWindow::ExtensionWindow(const std::vector<MenuEntry*>& entries, Switch onSwitch) {
-  setWindowTitle(tr("Tidemar Extension"));
+ExtensionWindow::ExtensionWindow(const std::vector<MenuEntry*>& entries,
+                                 const ExtensionTexts& texts, Switch onSwitch) {
+  setWindowTitle(QString::fromStdString(texts.title));
   auto* layout = new QVBoxLayout(this);
   if (entries.empty()) {
-    layout->addWidget(
-        label(tr("No file manager was found that Tidemar can extend. It knows Dolphin, "
-                 "Files (Nautilus), Nemo, Caja and Thunar.")));
+    layout->addWidget(label(texts.noFileManager));
   } else {
-    layout->addWidget(label(tr("Adds “Tidemar: Make Temporary…” to the right-click menu of:")));
+    layout->addWidget(label(texts.explanation));
     for (MenuEntry* entry : entries) {
       _boxes.push_back(new Box(*entry, onSwitch));
       layout->addWidget(_boxes.back());
     }
-    layout->addWidget(
-        label(tr("A file manager that is open shows the change once it was "
-                 "quit and opened again.")));
+    layout->addWidget(label(texts.hint));
     _boxes.front()->setFocus();
   }
   auto* buttons = new QDialogButtonBox(QDialogButtonBox::Close);

@@ -2,11 +2,23 @@
 
 #include <QDialog>
 #include <functional>
+#include <string>
 #include <vector>
 
 #include "Platform/Extension/MenuEntry.h"
 
 namespace tidemar {
+
+/// The words of the management window.
+struct ExtensionTexts {
+  std::string title;
+  std::string explanation;    ///< Over the file managers.
+  std::string hint;           ///< Under them.
+  std::string noFileManager;  ///< In their place where there is none.
+
+  /// The title of the alert when a file manager couldn't be switched.
+  std::function<std::string(const std::string& fileManager, bool isOn)> failed;
+};
 
 /// The management window of the file-manager extension: one check box a file manager, which shows
 /// what is on the disk whenever the window gets the focus. A change applies at once. Main thread.
@@ -16,7 +28,8 @@ class ExtensionWindow : public QDialog {
   using Switch = std::function<void(MenuEntry& entry, bool isOn)>;
 
   /// The entries outlive the window. After `onSwitch` the box shows what came of it.
-  ExtensionWindow(const std::vector<MenuEntry*>& entries, Switch onSwitch);
+  ExtensionWindow(const std::vector<MenuEntry*>& entries, const ExtensionTexts& texts,
+                  Switch onSwitch);
 
  protected:
   bool event(QEvent* event) override;

@@ -3,9 +3,9 @@
 #include <QCoreApplication>
 #include <QFile>
 #include <algorithm>
+#include <utility>
 
 #include "Platform/Desktop/ActivationToken.h"
-#include "Platform/Desktop/ExtensionWindow.h"
 #include "Platform/Extension/MenuEntries.h"
 
 namespace tidemar {
@@ -18,12 +18,12 @@ FileURL helperBesideThisProgram() {
 
 }  // namespace
 
-FileManagerExtension::FileManagerExtension(Alerts& alerts)
-    : FileManagerExtension(menuEntries(helperBesideThisProgram()), alerts) {}
+FileManagerExtension::FileManagerExtension(ExtensionTexts texts, Alerts& alerts)
+    : FileManagerExtension(menuEntries(helperBesideThisProgram()), std::move(texts), alerts) {}
 
 FileManagerExtension::FileManagerExtension(std::vector<std::unique_ptr<MenuEntry>> entries,
-                                           Alerts& alerts)
-    : _entries(std::move(entries)), _alerts(alerts) {}
+                                           ExtensionTexts texts, Alerts& alerts)
+    : _entries(std::move(entries)), _texts(std::move(texts)), _alerts(alerts) {}
 
 FileManagerExtension::~FileManagerExtension() {
   delete _window;
@@ -42,7 +42,7 @@ void FileManagerExtension::showManagementInterface() {
       if (entry->isAvailable() || entry->isInstalled()) offered.push_back(entry.get());
     }
     _window = new ExtensionWindow(
-        offered, [this](MenuEntry& entry, bool isOn) { switchEntry(entry, isOn); });
+        offered, _texts, [this](MenuEntry& entry, bool isOn) { switchEntry(entry, isOn); });
     _window->setAttribute(Qt::WA_DeleteOnClose);
   }
   bringForward(*_window);
@@ -56,9 +56,7 @@ void FileManagerExtension::switchEntry(MenuEntry& entry, bool isOn) {
       entry.uninstall();
     }
   } catch (const std::exception& error) {
-    _alerts.run({.message = std::string("Couldn't turn ") + (isOn ? "on" : "off") +
-                            " the extension for " + entry.name(),
-                 .information = error.what()});
+    _alerts.run({.message = _texts.failed(entry.name(), isOn), .information = error.what()});
   }
   if (onChange) onChange();
 }

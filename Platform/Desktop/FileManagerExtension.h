@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "Platform/Desktop/Alerts.h"
+#include "Platform/Desktop/ExtensionWindow.h"
 #include "Platform/Desktop/FinderExtension.h"
 #include "Platform/Extension/MenuEntry.h"
 
@@ -19,8 +20,9 @@ class FileManagerExtension : public FinderExtension {
  public:
   /// The file managers run the helper program that lies beside this program. `alerts` outlives the
   /// object.
-  explicit FileManagerExtension(Alerts& alerts);
-  FileManagerExtension(std::vector<std::unique_ptr<MenuEntry>> entries, Alerts& alerts);
+  FileManagerExtension(ExtensionTexts texts, Alerts& alerts);
+  FileManagerExtension(std::vector<std::unique_ptr<MenuEntry>> entries, ExtensionTexts texts,
+                       Alerts& alerts);
   ~FileManagerExtension() override;
 
   bool isEnabled() const override;
@@ -35,6 +37,7 @@ class FileManagerExtension : public FinderExtension {
   void switchEntry(MenuEntry& entry, bool isOn);
 
   std::vector<std::unique_ptr<MenuEntry>> _entries;
+  ExtensionTexts _texts;
   Alerts& _alerts;
   QPointer<QDialog> _window;
 };

@@ -34,8 +34,8 @@ QCoro::Task<bool> isHandled(QString scheme) {
 }  // namespace
 
 PackageUpdates::PackageUpdates(QDBusConnection systemBus, std::optional<std::string> package,
-                               Alerts& alerts, QObject* parent)
-    : UpdateService(parent), _bus(std::move(systemBus)), _alerts(alerts) {
+                               UpdateTexts texts, Alerts& alerts, QObject* parent)
+    : UpdateService(parent), _bus(std::move(systemBus)), _texts(std::move(texts)), _alerts(alerts) {
   if (!package || !_bus.isConnected()) return;
   _package = QString::fromStdString(*package);
   lookForService();
@@ -67,11 +67,11 @@ QCoro::Task<void> PackageUpdates::lookForUpdate() {
     failure = error.what();
   }
   if (!failure.empty()) {
-    _alerts.run({.message = "Couldn't check for updates", .information = failure});
+    _alerts.run({.message = _texts.failed, .information = failure});
   } else if (isThere) {
     co_await showUpdate();
   } else {
-    _alerts.run({.message = "Tidemar is up to date.", .information = {}});
+    _alerts.run({.message = _texts.isUpToDate, .information = {}});
   }
   _isChecking = false;
   emit canCheckForUpdatesChanged();
@@ -94,8 +94,7 @@ QCoro::Task<bool> PackageUpdates::isUpdateThere() {
 QCoro::Task<void> PackageUpdates::showUpdate() {
   const bool hasSoftwareCentre = co_await isHandled(softwareCentrePage.scheme());
   if (hasSoftwareCentre && QDesktopServices::openUrl(softwareCentrePage)) co_return;
-  _alerts.run({.message = "A new version of Tidemar is available.",
-               .information = "Install it with your system's updates."});
+  _alerts.run({.message = _texts.newVersion, .information = _texts.newVersionHint});
 }
 
 }  // namespace tidemar

@@ -4,6 +4,7 @@
 #include "Tidemar/Model/AppModel.h"
 #include "Tidemar/Model/Detached.h"
 #include "TidemarUI/State/FailureLine.h"
+#include "TidemarUI/State/Labels.h"
 #include "TidemarUI/State/SystemBin.h"
 
 namespace tidemar {
@@ -92,7 +93,7 @@ QCoro::Task<void> AppModel::putBack(std::vector<std::int64_t> journalEntryIDs) {
     }
   }
   if (!lines.empty()) {
-    _services.alerts.run({.message = "Some items couldn't be put back",
+    _services.alerts.run({.message = std::string(labels::someItemsNotPutBack),
                           .information = putBackFailureText(std::move(lines))});
   }
   co_await refreshReports();

@@ -1,5 +1,6 @@
 #include "Tidemar/Model/AppModel.h"
 #include "Tidemar/Model/ApplicationLog.h"
+#include "TidemarUI/State/FailureLine.h"
 
 namespace tidemar {
 
@@ -11,7 +12,7 @@ void AppModel::setOpensAtLogin(bool isOn) {
       _services.loginItem.unregisterItem();
     }
   } catch (const std::exception& error) {
-    showFailure(isOn ? "turn on Open at login" : "turn off Open at login", error);
+    showFailure(settingOpensAtLogin(isOn), error);
   }
   refreshSystemState();
 }

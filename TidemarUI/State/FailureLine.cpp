@@ -73,6 +73,18 @@ std::string changingSettings() {
   return "save the folder's settings";
 }
 
+std::string settingOpensAtLogin(bool isOn) {
+  return isOn ? "turn on Open at login" : "turn off Open at login";
+}
+
+std::string checkingForUpdates() {
+  return "check for updates";
+}
+
+std::string switchingExtension(const std::string& fileManager, bool isOn) {
+  return (isOn ? "turn on the extension for " : "turn off the extension for ") + fileManager;
+}
+
 std::string failureTitle(const std::string& action) {
   return "Couldn't " + action;
 }

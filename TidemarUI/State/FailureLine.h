@@ -19,6 +19,11 @@ std::string addingFolder(const std::string& path);
 std::string settingTemporary(const std::string& path, bool isTemporary);
 std::string removingFolder(const std::string& path);
 std::string changingSettings();
+std::string settingOpensAtLogin(bool isOn);
+std::string checkingForUpdates();
+
+/// `fileManager` is what the user knows it by.
+std::string switchingExtension(const std::string& fileManager, bool isOn);
 
 /// The title over the sentence: "Couldn't {action}".
 std::string failureTitle(const std::string& action);

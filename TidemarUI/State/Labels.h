@@ -62,6 +62,16 @@ inline constexpr std::string_view setupTitle = "Tidemar Setup";
 inline constexpr std::string_view setupExplanation =
     "Configure Finder integration and background cleaning.";
 
+// The window of the file-manager extension
+inline constexpr std::string_view extensionTitle = "Tidemar Extension";
+inline constexpr std::string_view extensionExplanation =
+    "Adds “Tidemar: Make Temporary…” to the right-click menu of:";
+inline constexpr std::string_view extensionHint =
+    "A file manager that is open shows the change once it was quit and opened again.";
+inline constexpr std::string_view noFileManager =
+    "No file manager was found that Tidemar can extend. It knows Dolphin, Files (Nautilus), Nemo, "
+    "Caja and Thunar.";
+
 // The application
 inline constexpr std::string_view tidemar = "Tidemar";
 inline constexpr std::string_view settings = "Settings…";
@@ -69,5 +79,8 @@ inline constexpr std::string_view checkForUpdates = "Check for Updates…";
 inline constexpr std::string_view someItemsNotPutBack = "Some items couldn't be put back";
 inline constexpr std::string_view cannotStart = "Tidemar can't start";
 inline constexpr std::string_view quit = "Quit";
+inline constexpr std::string_view isUpToDate = "Tidemar is up to date.";
+inline constexpr std::string_view newVersion = "A new version of Tidemar is available.";
+inline constexpr std::string_view newVersionHint = "Install it with your system's updates.";
 
 }  // namespace tidemar::labels

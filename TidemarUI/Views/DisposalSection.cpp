@@ -7,6 +7,7 @@
 #include "TidemarUI/State/FolderDetail.h"
 #include "TidemarUI/State/Labels.h"
 #include "TidemarUI/State/SettingsEdits.h"
+#include "TidemarUI/Views/Closures.h"
 
 namespace tidemar {
 namespace {
@@ -37,7 +38,12 @@ DisposalSection::DisposalSection(std::string binName)
   connect(_picker, &QComboBox::activated, this, [this](int index) {
     const auto chosen = static_cast<Disposal>(_picker->itemData(index).toInt());
     setSettings(_settings);
-    if (chosen != _settings.disposal) choose(chosen);
+    if (chosen == _settings.disposal) return;
+    if (chosen == Disposal::delete_) {
+      confirmDelete();
+    } else {
+      choose(chosen);
+    }
   });
 }
 
@@ -50,14 +56,6 @@ void DisposalSection::setSettings(const TemporarySettings& settings) {
 
 void DisposalSection::cancelConfirmation() {
   if (_confirmation) _confirmation->reject();
-}
-
-void DisposalSection::choose(Disposal disposal) {
-  if (disposal == Disposal::delete_) {
-    confirmDelete();
-  } else {
-    send(disposal);
-  }
 }
 
 void DisposalSection::confirmDelete() {
@@ -79,14 +77,22 @@ void DisposalSection::confirmDelete() {
   palette.setColor(QPalette::ButtonText, style::warning(palette));
   deleteButton->setPalette(palette);
   connect(box, &QMessageBox::buttonClicked, this, [this, deleteButton](QAbstractButton* button) {
-    if (button == deleteButton) send(Disposal::delete_);
+    if (button == deleteButton) choose(Disposal::delete_);
   });
   _confirmation = box;
   box->open();
 }
 
-void DisposalSection::send(Disposal disposal) const {
-  if (onChangeSettings) onChangeSettings(settingsWithDisposal(_settings, disposal));
+void DisposalSection::choose(Disposal disposal) {
+  _choice = {_settings, settingsWithDisposal(_settings, disposal)};
+  // Picker and question still have work of their own to do after they told the choice.
+  QMetaObject::invokeMethod(
+      this, [this] { finishEdit(); }, Qt::QueuedConnection);
+}
+
+void DisposalSection::finishEdit() {
+  if (const auto choice = std::exchange(_choice, std::nullopt))
+    callClosure(onChangeSettings, choice->shown, choice->wanted);
 }
 
 }  // namespace tidemar

@@ -4,6 +4,7 @@
 #include <QMessageBox>
 #include <QPointer>
 #include <functional>
+#include <optional>
 #include <string>
 
 #include "TidemarCore/TemporarySettings.h"
@@ -17,23 +18,33 @@ class DisposalSection : public FormSection {
  public:
   explicit DisposalSection(std::string binName);
 
-  /// The folder's settings with another disposal; for deleting only after the user confirmed it.
-  std::function<void(const TemporarySettings&)> onChangeSettings;
+  /// What the user saw, and the same with another disposal; for deleting only after the user
+  /// confirmed it.
+  std::function<void(const TemporarySettings& shown, const TemporarySettings& wanted)>
+      onChangeSettings;
 
   void setSettings(const TemporarySettings& settings);
+
+  /// Hands out a choice that was made just now.
+  void finishEdit();
 
   /// Takes the question back as if it had been cancelled.
   void cancelConfirmation();
 
  private:
-  void choose(Disposal disposal);
+  struct Choice {
+    TemporarySettings shown;
+    TemporarySettings wanted;
+  };
+
   void confirmDelete();
-  void send(Disposal disposal) const;
+  void choose(Disposal disposal);
 
   std::string _binName;
   TemporarySettings _settings;
   QComboBox* _picker;
   QPointer<QMessageBox> _confirmation;
+  std::optional<Choice> _choice;  ///< On its way out.
 };
 
 }  // namespace tidemar

@@ -1,7 +1,10 @@
 #include "TidemarUI/Views/FolderDetailView.h"
 
+#include <QPointer>
+
 #include "TidemarUI/State/FolderDetail.h"
 #include "TidemarUI/State/Labels.h"
+#include "TidemarUI/Views/Closures.h"
 #include "TidemarUI/Views/DisposalSection.h"
 #include "TidemarUI/Views/Icons.h"
 #include "TidemarUI/Views/ReadingOrder.h"
@@ -22,7 +25,8 @@ TextLabel* makeLabel(style::TextSize size, QFont::Weight weight, TextLabel::Tone
 }  // namespace
 
 FolderDetailView::FolderDetailView(const Formats& formats, const std::string& binName)
-    : _scroll(new ScrollColumn(columnWidth)),
+    : _folder(std::make_shared<const MainFolder>()),
+      _scroll(new ScrollColumn(columnWidth)),
       _rules(new RulesSection(formats, binName)),
       _disposal(new DisposalSection(binName)) {
   auto* whole = new QVBoxLayout(this);
@@ -41,8 +45,9 @@ FolderDetailView::FolderDetailView(const Formats& formats, const std::string& bi
   column.addWidget(_disposal);
   column.addStretch();
 
-  const auto changeSettings = [this](const TemporarySettings& settings) {
-    if (onChangeSettings) onChangeSettings(_folder.id, settings);
+  const auto changeSettings = [this](const TemporarySettings& shown,
+                                     const TemporarySettings& wanted) {
+    callClosure(onChangeSettings, _folder->id, shown, wanted);
   };
   _rules->onChangeSettings = changeSettings;
   _disposal->onChangeSettings = changeSettings;
@@ -56,9 +61,8 @@ QLayout* FolderDetailView::makeHeader() {
                     TextLabel::Overflow::elideInMiddle);
   auto* show = new QPushButton(textOf(labels::showInFinder));
   show->setAutoDefault(false);
-  connect(show, &QPushButton::clicked, this, [this] {
-    if (onShowInFinder) onShowInFinder({FileURL(_folder.path)});
-  });
+  connect(show, &QPushButton::clicked, this,
+          [this] { callClosure(onShowInFinder, std::vector{FileURL(_folder->path)}); });
 
   auto* line = new QHBoxLayout;
   line->setSpacing(3 * style::grid);
@@ -82,9 +86,7 @@ FormSection* FolderDetailView::makeTemporarySection() {
   _temporary = new Switch;
   _temporary->setAccessibleName(textOf(labels::temporary));
   _temporary->setAccessibleDescription(textOf(labels::temporaryExplanation));
-  _temporary->onToggle = [this](bool isOn) {
-    if (onSetTemporary) onSetTemporary(_folder.id, isOn);
-  };
+  _temporary->onToggle = [this](bool isOn) { callClosure(onSetTemporary, _folder->id, isOn); };
   title->setBuddy(_temporary);
 
   auto* section = new FormSection;
@@ -105,7 +107,7 @@ FormSection* FolderDetailView::makePreviewSection() {
   _previewHeadline->setContentsMargins(style::rowOutset, 0, style::rowOutset, 0);
   _forecast = new ForecastList;
   _forecast->onShowInFinder = [this](const std::vector<FileURL>& items) {
-    if (onShowInFinder) onShowInFinder(items);
+    callClosure(onShowInFinder, items);
   };
 
   auto* section = new FormSection(labels::whatGoes);
@@ -120,18 +122,24 @@ FormSection* FolderDetailView::makePreviewSection() {
   return section;
 }
 
-void FolderDetailView::setFolder(const MainFolder& folder) {
-  if (folder == _folder) return;
-  const bool isOther = folder.id != _folder.id;
-  if (isOther) {
-    _rules->finishEdits();
+void FolderDetailView::setFolder(const std::shared_ptr<const MainFolder>& folder) {
+  const auto next = folder ? folder : std::make_shared<const MainFolder>();
+  const bool isOther = next->id != _folder->id;
+  if (isOther || !next->isTemporary) {
+    const QPointer<FolderDetailView> self(this);
+    finishEdits();
+    if (!self) return;
     _disposal->cancelConfirmation();
   }
-  if (isOther || folder.path != _folder.path)
+  const auto before = std::exchange(_folder, next);
+  if (isOther || next->path != before->path)
     _icon->setPixmap(
-        icons::folder(folder.path).pixmap(QSize(iconSize, iconSize), devicePixelRatio()));
-  _folder = folder;
+        icons::folder(next->path).pixmap(QSize(iconSize, iconSize), devicePixelRatio()));
+  showFolder(*next);
+  if (isOther) _scroll->scrollToTop();
+}
 
+void FolderDetailView::showFolder(const MainFolder& folder) {
   _name->show(folder.name);
   _path->show(folder.path);
   _temporary->show(folder.isTemporary);
@@ -139,16 +147,20 @@ void FolderDetailView::setFolder(const MainFolder& folder) {
   _temporarySection->setFooter(temporaryFooter(folder).value_or(std::string_view()));
 
   _previewHeadline->show(folder.preview.headline);
-  _forecast->setGroups(folder.preview.forecast);
+  _forecast->setGroups({_folder, &folder.preview.forecast});
   _forecast->setVisible(!folder.preview.forecast.empty());
+  // Also where nothing differs: a number that couldn't be stored goes back to the stored one.
   _rules->setSettings(folder.settings);
   _disposal->setSettings(folder.settings);
-  if (!folder.isTemporary) _disposal->cancelConfirmation();
   for (QWidget* section : std::initializer_list<QWidget*>{_previewSection, _rules, _disposal})
     section->setVisible(folder.isTemporary);
-
   restoreReadingOrder(*this);
-  if (isOther) _scroll->scrollToTop();
+}
+
+void FolderDetailView::finishEdits() {
+  const QPointer<FolderDetailView> self(this);
+  _rules->finishEdits();
+  if (self) _disposal->finishEdit();
 }
 
 }  // namespace tidemar

@@ -3,6 +3,7 @@
 #include <QLabel>
 #include <QPushButton>
 #include <functional>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -28,19 +29,28 @@ class FolderDetailView : public QWidget {
 
   // All of them tell the folder by its row id, since an edit can end just as another one is shown.
   std::function<void(std::int64_t id, bool isTemporary)> onSetTemporary;
-  std::function<void(std::int64_t id, const TemporarySettings&)> onChangeSettings;
+  /// `shown` is what the user saw when he made the edit, `wanted` the same with what he changed.
+  std::function<void(std::int64_t id, const TemporarySettings& shown,
+                     const TemporarySettings& wanted)>
+      onChangeSettings;
   std::function<void(const std::vector<FileURL>&)> onShowInFinder;
 
-  /// Another folder than the one before begins at the top, without an edit or a question of that
-  /// one's.
-  void setFolder(const MainFolder& folder);
+  /// Keeps the folder, which can be part of a larger state, until it is given another one. Another
+  /// folder than the one before begins at the top, without an edit or a question of that one's.
+  /// Null for no folder, while the page isn't shown.
+  void setFolder(const std::shared_ptr<const MainFolder>& folder);
+
+  /// Hands out what is being edited.
+  void finishEdits();
 
  private:
   QLayout* makeHeader();
   FormSection* makeTemporarySection();
   FormSection* makePreviewSection();
 
-  MainFolder _folder;
+  void showFolder(const MainFolder& folder);
+
+  std::shared_ptr<const MainFolder> _folder;  ///< Never null.
   ScrollColumn* _scroll;
   QLabel* _icon;
   TextLabel* _name;

@@ -2,6 +2,7 @@
 
 #include "TidemarUI/State/ForecastRows.h"
 #include "TidemarUI/State/Labels.h"
+#include "TidemarUI/Views/Closures.h"
 #include "TidemarUI/Views/MenuRow.h"
 #include "TidemarUI/Views/TextLabel.h"
 
@@ -13,12 +14,14 @@ class ForecastRow : public MenuRow {
   explicit ForecastRow(const ForecastList& list) {
     setToolTip(textOf(labels::showInFinder));
     connect(this, &QPushButton::clicked, this, [this, &list] {
-      if (list.onShowInFinder) list.onShowInFinder(_items);
+      const auto items = _items;
+      callClosure(list.onShowInFinder, *items);
     });
   }
 
-  void show(const ForecastGroup& group) {
-    _items = group.items;
+  /// Shares the ownership of what the group is part of: a row can stand for a million items.
+  void show(const ForecastGroup& group, const std::shared_ptr<const void>& owner) {
+    _items = {owner, &group.items};
     setContent({.title = textOf(group.when),
                 .isTitleStrong = true,
                 .trailing = textOf(rowSummary(group)),
@@ -26,7 +29,7 @@ class ForecastRow : public MenuRow {
   }
 
  private:
-  std::vector<FileURL> _items;
+  std::shared_ptr<const std::vector<FileURL>> _items;
 };
 
 }  // namespace
@@ -43,13 +46,13 @@ class ForecastSectionView : public QWidget {
     column->addWidget(_rows);
   }
 
-  void show(const ForecastSection& section) {
+  void show(const ForecastSection& section, const std::shared_ptr<const void>& owner) {
     _title->show(section.title);
     _title->setTone(section.isPermanent ? TextLabel::Tone::warning : TextLabel::Tone::secondary);
     _rows->update(
         section.groups, [](const ForecastGroup& group) { return group.id(); },
         [this] { return new ForecastRow(_list); },
-        [](ForecastRow& row, const ForecastGroup& group) { row.show(group); });
+        [&owner](ForecastRow& row, const ForecastGroup& group) { row.show(group, owner); });
   }
 
  private:
@@ -66,12 +69,14 @@ ForecastList::ForecastList(QWidget* parent)
   column->addWidget(_sections);
 }
 
-void ForecastList::setGroups(std::span<const ForecastGroup> groups) {
-  const std::vector<ForecastSection> sections = forecastSections(groups);
+void ForecastList::setGroups(const std::shared_ptr<const std::vector<ForecastGroup>>& groups) {
+  const std::vector<ForecastSection> sections = forecastSections(*groups);
   _sections->update(
       sections, [](const ForecastSection& section) { return section.title; },
       [this] { return new ForecastSectionView(*this); },
-      [](ForecastSectionView& view, const ForecastSection& section) { view.show(section); });
+      [&groups](ForecastSectionView& view, const ForecastSection& section) {
+        view.show(section, groups);
+      });
 }
 
 }  // namespace tidemar

@@ -2,7 +2,7 @@
 
 #include <QWidget>
 #include <functional>
-#include <span>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -23,7 +23,8 @@ class ForecastList : public QWidget {
   /// Asks the file manager to show all items of a row.
   std::function<void(const std::vector<FileURL>&)> onShowInFinder;
 
-  void setGroups(std::span<const ForecastGroup> groups);
+  /// Keeps the groups, which can be part of a larger state, as long as they are shown.
+  void setGroups(const std::shared_ptr<const std::vector<ForecastGroup>>& groups);
 
  private:
   KeyedColumn<std::string, ForecastSectionView>* _sections;

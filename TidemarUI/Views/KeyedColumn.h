@@ -21,6 +21,9 @@ class KeyedColumn : public QWidget {
     _layout->setSpacing(spacing);
   }
 
+  /// Room over and under the rows, for those of a long list that are out of sight.
+  void setRoom(int above, int below) { _layout->setContentsMargins(0, above, 0, below); }
+
   /// `keyOf(value)` names a value, `make()` answers a new row, `show(row, value)` fills one.
   /// Answers whether rows came, went or moved.
   template <class Values, class KeyOf, class Make, class Show>

@@ -3,10 +3,12 @@
 #include <QHBoxLayout>
 #include <QMenu>
 #include <QPainter>
+#include <QPointer>
 #include <QVBoxLayout>
 #include <algorithm>
 
 #include "TidemarUI/State/Labels.h"
+#include "TidemarUI/Views/Closures.h"
 #include "TidemarUI/Views/FolderDetailView.h"
 #include "TidemarUI/Views/Icons.h"
 #include "TidemarUI/Views/OverviewView.h"
@@ -53,6 +55,7 @@ QToolButton* makeBarButton(icons::Symbol symbol, std::string_view name) {
 
 MainView::MainView(const Formats& formats, const std::string& binName, QWidget* parent)
     : QWidget(parent),
+      _state(std::make_shared<const MainState>()),
       _sidebar(new Sidebar),
       _add(makeBarButton(icons::Symbol::plus, labels::addAFolder)),
       _remove(makeBarButton(icons::Symbol::minus, labels::removeFromTidemar)),
@@ -96,46 +99,45 @@ QWidget* MainView::makeBar() {
 }
 
 void MainView::connectClosures() {
-  _sidebar->onSelect = [this](const MainSelection& selection) {
-    if (onSelect) onSelect(selection);
-  };
-  const auto removeFolder = [this](std::int64_t id) {
-    if (onRemoveFolder) onRemoveFolder(id);
-  };
+  _sidebar->onSelect = [this](const MainSelection& selection) { callClosure(onSelect, selection); };
+  const auto removeFolder = [this](std::int64_t id) { callClosure(onRemoveFolder, id); };
   const auto showInFinder = [this](const std::vector<FileURL>& items) {
-    if (onShowInFinder) onShowInFinder(items);
+    callClosure(onShowInFinder, items);
   };
   _sidebar->onRemoveFolder = removeFolder;
   _sidebar->onShowInFinder = showInFinder;
-  connect(_add, &QToolButton::clicked, this, [this] {
-    if (onAddFolder) onAddFolder();
-  });
+  connect(_add, &QToolButton::clicked, this, [this] { callClosure(onAddFolder); });
   connect(_remove, &QToolButton::clicked, this, [this, removeFolder] {
     if (const auto id = removableFolderID(_selection)) removeFolder(*id);
   });
-  _overview->onPutBack = [this](const RecentRun& run) {
-    if (onPutBack) onPutBack(run);
-  };
+  _overview->onPutBack = [this](const RecentRun& run) { callClosure(onPutBack, run); };
   _overview->onShowInFinder = showInFinder;
   _folder->onShowInFinder = showInFinder;
   _folder->onSetTemporary = [this](std::int64_t id, bool isTemporary) {
-    if (onSetTemporary) onSetTemporary(id, isTemporary);
+    callClosure(onSetTemporary, id, isTemporary);
   };
-  _folder->onChangeSettings = [this](std::int64_t id, const TemporarySettings& settings) {
-    if (onChangeSettings) onChangeSettings(id, settings);
+  _folder->onChangeSettings = [this](std::int64_t id, const TemporarySettings& shown,
+                                     const TemporarySettings& wanted) {
+    callClosure(onChangeSettings, id, shown, wanted);
   };
 }
 
-void MainView::setState(const MainState& state) {
-  if (state == _state) return;
-  _state = state;
+void MainView::setState(std::shared_ptr<const MainState> state) {
+  _state = std::move(state);
   showState();
 }
 
 void MainView::setSelection(const std::optional<MainSelection>& selection) {
   if (selection == _selection) return;
+  const QPointer<MainView> self(this);
+  finishEdits();
+  if (!self) return;
   _selection = selection;
   showState();
+}
+
+void MainView::finishEdits() {
+  _folder->finishEdits();
 }
 
 void MainView::setMenuActions(const QList<QAction*>& actions) {
@@ -146,15 +148,30 @@ void MainView::setMenuActions(const QList<QAction*>& actions) {
 }
 
 void MainView::showState() {
-  _sidebar->setState(_state, _selection);
+  // An edit that ends with its page may end the window too, or bring the next state.
+  const auto state = _state;
+  _sidebar->setState(*state, _selection);
   _remove->setEnabled(removableFolderID(_selection).has_value());
-  _overview->setState(_state);
-  if (const MainFolder* folder = shownFolder(_state, _selection)) {
-    _folder->setFolder(*folder);
-    _detail->setCurrentWidget(_folder);
-  } else {
-    _detail->setCurrentWidget(_overview);
+  _overview->setState(state);
+  const MainFolder* folder = shownFolder(*state, _selection);
+  const QPointer<MainView> self(this);
+  _folder->setFolder({state, folder});
+  if (!self || state != _state) return;
+  _detail->setCurrentWidget(folder == nullptr ? static_cast<QWidget*>(_overview) : _folder);
+}
+
+void MainView::showEvent(QShowEvent* event) {
+  QWidget::showEvent(event);
+  window()->installEventFilter(this);
+}
+
+bool MainView::eventFilter(QObject* object, QEvent* event) {
+  if (event->type() == QEvent::Close && object == window()) {
+    const QPointer<MainView> self(this);
+    finishEdits();
+    if (!self) return true;
   }
+  return QWidget::eventFilter(object, event);
 }
 
 void MainView::resizeEvent(QResizeEvent* event) {

@@ -5,6 +5,7 @@
 #include <QToolButton>
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -29,18 +30,30 @@ class MainView : public QWidget {
   std::function<void()> onAddFolder;
   std::function<void(std::int64_t id)> onRemoveFolder;
   std::function<void(std::int64_t id, bool isTemporary)> onSetTemporary;
-  std::function<void(std::int64_t id, const TemporarySettings&)> onChangeSettings;
+  /// `shown` is what the user saw when he made the edit, `wanted` the same with what he changed.
+  std::function<void(std::int64_t id, const TemporarySettings& shown,
+                     const TemporarySettings& wanted)>
+      onChangeSettings;
   std::function<void(const RecentRun&)> onPutBack;
   std::function<void(const std::vector<FileURL>&)> onShowInFinder;
 
-  void setState(const MainState& state);
+  /// Keeps the state until it is given the next one and copies nothing of it. It compares nothing
+  /// either: whoever makes the states knows whether one differs. A state that is large to destroy
+  /// takes care of where that happens by its deleter.
+  void setState(std::shared_ptr<const MainState> state);
   void setSelection(const std::optional<MainSelection>& selection);
+
+  /// Hands out what is being edited. A window that is closed does so too; call it before one is
+  /// destroyed without that.
+  void finishEdits();
 
   /// What the menu button at the end of the bar opens.
   void setMenuActions(const QList<QAction*>& actions);
 
  protected:
   void resizeEvent(QResizeEvent* event) override;
+  void showEvent(QShowEvent* event) override;
+  bool eventFilter(QObject* object, QEvent* event) override;
 
  private:
   QWidget* makeSidebarPane();
@@ -48,7 +61,7 @@ class MainView : public QWidget {
   void connectClosures();
   void showState();
 
-  MainState _state;
+  std::shared_ptr<const MainState> _state;  ///< Never null.
   std::optional<MainSelection> _selection;
   QWidget* _sidebarPane;
   Sidebar* _sidebar;

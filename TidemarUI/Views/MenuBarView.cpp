@@ -3,8 +3,13 @@
 #include <QKeyEvent>
 #include <QKeySequence>
 #include <QPainter>
+#include <QScrollBar>
+#include <algorithm>
+#include <span>
+#include <utility>
 
 #include "TidemarUI/State/Labels.h"
+#include "TidemarUI/Views/Closures.h"
 #include "TidemarUI/Views/Icons.h"
 #include "TidemarUI/Views/ReadingOrder.h"
 #include "TidemarUI/Views/Style.h"
@@ -15,6 +20,12 @@ namespace {
 constexpr int contentWidth = 348;
 constexpr int warningIconSize = 16;
 constexpr int folderIconSize = 18;
+
+/// Folders beyond this number have a row only while they are in sight or near it.
+constexpr int mostRows = 100;
+
+/// How many rows there are beyond the edges of what is in sight, so that the focus finds the next.
+constexpr int rowsBeyondSight = 10;
 
 /// From the edge of the popover to its rows; their texts stand further in.
 constexpr int side = 14 - style::rowOutset;
@@ -37,9 +48,12 @@ class MenuBarView::FolderRow : public MenuRow {
  public:
   explicit FolderRow(const MenuBarView& view) {
     connect(this, &QPushButton::clicked, this, [this, &view] {
-      if (view.onSelectFolder) view.onSelectFolder(_summary);
+      const FolderSummary summary = _summary;
+      callClosure(view.onSelectFolder, summary);
     });
   }
+
+  std::int64_t id() const { return _summary.id; }
 
   void show(const FolderSummary& summary) {
     if (summary == _summary) return;
@@ -59,6 +73,7 @@ class MenuBarView::FolderRow : public MenuRow {
 
 MenuBarView::MenuBarView(QWidget* parent)
     : QWidget(parent),
+      _state(std::make_shared<const MenuBarState>()),
       _scroll(new ScrollColumn(contentWidth)),
       _headline(new TextLabel(style::TextSize::sectionHeadline, QFont::DemiBold,
                               TextLabel::Tone::primary, TextLabel::Overflow::wrap)),
@@ -95,12 +110,15 @@ MenuBarView::MenuBarView(QWidget* parent)
   whole->addWidget(_scroll, 1);
   whole->addWidget(_footer);
 
+  connect(_scroll->verticalScrollBar(), &QScrollBar::valueChanged, this, [this] {
+    if (_state->folders.size() <= mostRows) return;
+    showFolders();
+    restoreReadingOrder(*this);
+  });
   _forecast->onShowInFinder = [this](const std::vector<FileURL>& items) {
-    if (onShowInFinder) onShowInFinder(items);
+    callClosure(onShowInFinder, items);
   };
-  _recentRuns->onPutBack = [this](const RecentRun& run) {
-    if (onUndo) onUndo(run);
-  };
+  _recentRuns->onPutBack = [this](const RecentRun& run) { callClosure(onUndo, run); };
 }
 
 QWidget* MenuBarView::makeWarning() {
@@ -112,9 +130,7 @@ QWidget* MenuBarView::makeWarning() {
   text->show(labels::finderExtensionIsOff);
   auto* turnOn = new QPushButton(textOf(labels::turnOn));
   turnOn->setAutoDefault(false);
-  connect(turnOn, &QPushButton::clicked, this, [this] {
-    if (onTurnOnFinderExtension) onTurnOnFinderExtension();
-  });
+  connect(turnOn, &QPushButton::clicked, this, [this] { callClosure(onTurnOnFinderExtension); });
 
   auto* line = new QHBoxLayout;
   line->setContentsMargins(style::rowOutset, 0, style::rowOutset, 0);
@@ -147,9 +163,7 @@ QWidget* MenuBarView::makeFooter() {
                               const std::function<void()>& closure) {
     auto* row = new MenuRow;
     row->setContent({.title = textOf(title), .trailing = shortcut});
-    connect(row, &QPushButton::clicked, this, [&closure] {
-      if (closure) closure();
-    });
+    connect(row, &QPushButton::clicked, this, [&closure] { callClosure(closure); });
     return row;
   };
   const QKeySequence quit(Qt::CTRL | Qt::Key_Q);
@@ -164,18 +178,17 @@ QWidget* MenuBarView::makeFooter() {
   return footer;
 }
 
-void MenuBarView::setState(const MenuBarState& state) {
+void MenuBarView::setState(std::shared_ptr<const MenuBarState> shared) {
+  _state = std::move(shared);
+  const MenuBarState& state = *_state;
   const MenuBarBlocks blocks = menuBarBlocks(state);
   _warning->setVisible(blocks.hasExtensionWarning);
   _headline->show(state.headline);
   _subheadline->show(state.subheadline);
   _invitation->setVisible(blocks.hasInvitation);
-  _forecast->setGroups(state.forecast);
+  _forecast->setGroups({_state, &state.forecast});
   _forecast->setVisible(blocks.hasForecast);
-  _folders->update(
-      state.folders, [](const FolderSummary& summary) { return summary.id; },
-      [this] { return new FolderRow(*this); },
-      [](FolderRow& row, const FolderSummary& summary) { row.show(summary); });
+  showFolders();
   _foldersBlock->setVisible(blocks.hasFolders);
   _recentRuns->setRuns(state.recentRuns);
   _recentRuns->setVisible(blocks.hasRecentRuns);
@@ -184,8 +197,42 @@ void MenuBarView::setState(const MenuBarState& state) {
   updateGeometry();
 }
 
+/// Gives the folders in sight their rows, and those of a short list all of them.
+void MenuBarView::showFolders() {
+  const std::span<const FolderSummary> all = _state->folders;
+  const int count = static_cast<int>(all.size());
+  const int height = rowSize({.iconSize = folderIconSize}).height();
+  int first = 0;
+  int last = count;
+  if (count > mostRows) {
+    const int top = _folders->mapTo(_scroll->viewport(), QPoint()).y();
+    const int sight = _scroll->viewport()->height() / height + 1;
+    first = std::clamp(-top / height - rowsBeyondSight, 0, count - 1);
+    last = std::clamp(-top / height + sight + rowsBeyondSight, first + 1, count);
+    last = std::min(last, first + mostRows);
+  }
+  // A row that has the focus and scrolls out of sight leaves it to the popover, since the toolkit
+  // would scroll to wherever it went.
+  const auto* focused = dynamic_cast<const FolderRow*>(focusWidget());
+  const auto isFocused = [&](const FolderSummary& summary) { return focused->id() == summary.id; };
+  const auto shown =
+      all.subspan(static_cast<std::size_t>(first), static_cast<std::size_t>(last - first));
+  if (focused != nullptr && focused->hasFocus() && std::ranges::none_of(shown, isFocused))
+    setFocus();
+  _folders->update(
+      shown, [](const FolderSummary& summary) { return summary.id; },
+      [this] { return new FolderRow(*this); },
+      [](FolderRow& row, const FolderSummary& summary) { row.show(summary); });
+  _folders->setRoom(first * height, (count - last) * height);
+}
+
 QSize MenuBarView::sizeHint() const {
   return {contentWidth, _contentHeight + _footer->sizeHint().height()};
+}
+
+void MenuBarView::resizeEvent(QResizeEvent* event) {
+  QWidget::resizeEvent(event);
+  if (_state->folders.size() > mostRows) showFolders();
 }
 
 void MenuBarView::keyPressEvent(QKeyEvent* event) {

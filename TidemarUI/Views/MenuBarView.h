@@ -3,6 +3,7 @@
 #include <QPushButton>
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <vector>
 
 #include "TidemarCore/FileURL.h"
@@ -29,13 +30,15 @@ class MenuBarView : public QWidget {
   std::function<void()> onOpen;
   std::function<void()> onQuit;
 
-  void setState(const MenuBarState& state);
+  /// Keeps the state, which can be part of a larger one, until it is given the next one.
+  void setState(std::shared_ptr<const MenuBarState> state);
 
   /// Its own width, and the height at which nothing of the state scrolls.
   QSize sizeHint() const override;
 
  protected:
   void keyPressEvent(QKeyEvent* event) override;
+  void resizeEvent(QResizeEvent* event) override;
 
  private:
   class FolderRow;
@@ -43,7 +46,9 @@ class MenuBarView : public QWidget {
   QWidget* makeWarning();
   QWidget* makeFolders();
   QWidget* makeFooter();
+  void showFolders();
 
+  std::shared_ptr<const MenuBarState> _state;  ///< Never null.
   ScrollColumn* _scroll;
   QWidget* _warning;
   TextLabel* _headline;

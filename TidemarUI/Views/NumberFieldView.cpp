@@ -1,13 +1,16 @@
 #include "TidemarUI/Views/NumberFieldView.h"
 
+#include <QAccessible>
 #include <QFocusEvent>
 #include <QKeyEvent>
 #include <QLineEdit>
+#include <QPointer>
 #include <QStyleOptionSpinBox>
 #include <algorithm>
 #include <chrono>
 #include <utility>
 
+#include "TidemarUI/Views/Closures.h"
 #include "TidemarUI/Views/TextLabel.h"
 
 namespace tidemar {
@@ -19,7 +22,7 @@ NumberFieldView::NumberFieldView(Formats formats, QWidget* parent)
   setFocusPolicy(Qt::StrongFocus);
   connect(lineEdit(), &QLineEdit::textEdited, this, [this] {
     _stepPause.stop();
-    _isEdited = true;
+    beginEdit();
   });
   _stepPause.setSingleShot(true);
   _stepPause.setInterval(std::chrono::milliseconds(400));
@@ -28,26 +31,31 @@ NumberFieldView::NumberFieldView(Formats formats, QWidget* parent)
 
 void NumberFieldView::show(const NumberField& field) {
   _field = field;
+  // Before the focus goes: leaving the field would hand the edit out and switch the rule on again.
+  if (!field.isEnabled) cancelEdit();
   setEnabled(field.isEnabled);
-  if (!_isEdited) showValue(field.value);
+  if (!isEdited()) showValue(field.value);
 }
 
 void NumberFieldView::finishEdit() {
-  _stepPause.stop();
-  if (!_isEdited) return;
-  const std::int64_t value = editedValue();
-  _isEdited = false;
-  showValue(value);
-  if (onChange) onChange(value);
+  const auto typed = typedValue();
+  const bool isChange = typed && typed != _valueBefore;
+  // What is edited next starts from the new number, whenever it comes back as the stored one.
+  if (isChange) _field.value = std::clamp(*typed, _field.lowerBound, _field.upperBound);
+  cancelEdit();
+  if (isChange) callClosure(onChange, _field.value);
+}
+
+void NumberFieldView::setValue(qint64 value) {
+  if (!isEnabled()) return;
+  beginEdit();
+  showValue(std::clamp<std::int64_t>(value, _field.lowerBound, _field.upperBound));
+  _stepPause.start();
 }
 
 void NumberFieldView::stepBy(int steps) {
-  const std::int64_t value =
-      std::clamp(editedValue() + steps, _field.lowerBound, _field.upperBound);
-  showValue(value);
+  setValue(editedValue() + steps);
   selectAll();
-  _isEdited = true;
-  _stepPause.start();
 }
 
 QValidator::State NumberFieldView::validate(QString& text, int&) const {
@@ -73,12 +81,12 @@ QAbstractSpinBox::StepEnabled NumberFieldView::stepEnabled() const {
 
 void NumberFieldView::focusOutEvent(QFocusEvent* event) {
   QAbstractSpinBox::focusOutEvent(event);
-  if (event->reason() != Qt::PopupFocusReason) finishEdit();
+  if (event->reason() != Qt::PopupFocusReason) finishEditSoon();
 }
 
 void NumberFieldView::hideEvent(QHideEvent* event) {
   QAbstractSpinBox::hideEvent(event);
-  finishEdit();
+  finishEditSoon();
 }
 
 void NumberFieldView::wheelEvent(QWheelEvent* event) {
@@ -88,29 +96,52 @@ void NumberFieldView::wheelEvent(QWheelEvent* event) {
 
 void NumberFieldView::keyPressEvent(QKeyEvent* event) {
   if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) {
+    const QPointer<NumberFieldView> self(this);
     finishEdit();
-    selectAll();
+    if (self) selectAll();
     return;
   }
-  if (event->key() == Qt::Key_Escape && _isEdited) {
-    _stepPause.stop();
-    _isEdited = false;
-    showValue(_field.value);
+  if (event->key() == Qt::Key_Escape && isEdited()) {
+    cancelEdit();
     selectAll();
     return;
   }
   QAbstractSpinBox::keyPressEvent(event);
 }
 
+/// The number that stands in the field; none while nothing is edited or where no number stands.
+std::optional<std::int64_t> NumberFieldView::typedValue() const {
+  return isEdited() ? _formats.integer(text().toStdString()) : std::nullopt;
+}
+
 std::int64_t NumberFieldView::editedValue() const {
-  if (!_isEdited) return _field.value;
-  const std::int64_t typed = _formats.integer(text().toStdString()).value_or(_field.value);
-  return std::clamp(typed, _field.lowerBound, _field.upperBound);
+  const auto typed = typedValue();
+  return typed ? std::clamp(*typed, _field.lowerBound, _field.upperBound) : _field.value;
 }
 
 void NumberFieldView::showValue(std::int64_t value) {
   const QString shown = textOf(_formats.integerText(value));
-  if (lineEdit()->text() != shown) lineEdit()->setText(shown);
+  if (lineEdit()->text() == shown) return;
+  lineEdit()->setText(shown);
+  QAccessibleValueChangeEvent event(this, static_cast<qint64>(value));
+  QAccessible::updateAccessibility(&event);
+}
+
+void NumberFieldView::beginEdit() {
+  if (!isEdited()) _valueBefore = _field.value;
+}
+
+/// For where the toolkit is in the midst of moving the focus, or of hiding or destroying the
+/// window: in the last case nobody is there any more to take the edit.
+void NumberFieldView::finishEditSoon() {
+  if (isEdited())
+    QMetaObject::invokeMethod(this, &NumberFieldView::finishEdit, Qt::QueuedConnection);
+}
+
+void NumberFieldView::cancelEdit() {
+  _stepPause.stop();
+  _valueBefore.reset();
+  showValue(_field.value);
 }
 
 }  // namespace tidemar

@@ -1,6 +1,7 @@
 #include "TidemarUI/Views/OverviewView.h"
 
 #include "TidemarUI/State/Labels.h"
+#include "TidemarUI/Views/Closures.h"
 #include "TidemarUI/Views/ReadingOrder.h"
 
 namespace tidemar {
@@ -50,21 +51,20 @@ OverviewView::OverviewView()
   addWidget(_summary);
 
   _forecast->onShowInFinder = [this](const std::vector<FileURL>& items) {
-    if (onShowInFinder) onShowInFinder(items);
+    callClosure(onShowInFinder, items);
   };
-  _recentRuns->onPutBack = [this](const RecentRun& run) {
-    if (onPutBack) onPutBack(run);
-  };
+  _recentRuns->onPutBack = [this](const RecentRun& run) { callClosure(onPutBack, run); };
 }
 
-void OverviewView::setState(const MainState& state) {
-  const OverviewBlocks blocks = overviewBlocks(state);
+void OverviewView::setState(const std::shared_ptr<const MainState>& state) {
+  const MenuBarState& overview = state->overview;
+  const OverviewBlocks blocks = overviewBlocks(*state);
   setCurrentWidget(blocks.hasInvitation ? _invitation : _summary);
-  _headline->show(state.overview.headline);
-  _subheadline->show(state.overview.subheadline);
-  _forecast->setGroups(state.overview.forecast);
+  _headline->show(overview.headline);
+  _subheadline->show(overview.subheadline);
+  _forecast->setGroups({state, &overview.forecast});
   _forecast->setVisible(blocks.hasForecast);
-  _recentRuns->setRuns(state.overview.recentRuns);
+  _recentRuns->setRuns(overview.recentRuns);
   _recentRuns->setVisible(blocks.hasRecentRuns);
   restoreReadingOrder(*this);
 }

@@ -2,6 +2,7 @@
 
 #include <QStackedWidget>
 #include <functional>
+#include <memory>
 #include <vector>
 
 #include "TidemarCore/FileURL.h"
@@ -21,7 +22,7 @@ class OverviewView : public QStackedWidget {
   std::function<void(const RecentRun&)> onPutBack;
   std::function<void(const std::vector<FileURL>&)> onShowInFinder;
 
-  void setState(const MainState& state);
+  void setState(const std::shared_ptr<const MainState>& state);
 
  private:
   QWidget* _invitation;

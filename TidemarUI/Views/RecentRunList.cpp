@@ -1,6 +1,7 @@
 #include "TidemarUI/Views/RecentRunList.h"
 
 #include "TidemarUI/State/Labels.h"
+#include "TidemarUI/Views/Closures.h"
 
 namespace tidemar {
 
@@ -21,7 +22,8 @@ RecentRunRow::RecentRunRow()
   line->addWidget(_putBack);
   _putBack->setAutoDefault(false);
   connect(_putBack, &QPushButton::clicked, this, [this] {
-    if (onPutBack) onPutBack(_run);
+    const RecentRun run = _run;
+    callClosure(onPutBack, run);
   });
 }
 
@@ -46,9 +48,7 @@ void RecentRunList::setRuns(std::span<const RecentRun> runs) {
       runs, [](const RecentRun& run) { return run.id; },
       [this] {
         auto* row = new RecentRunRow;
-        row->onPutBack = [this](const RecentRun& run) {
-          if (onPutBack) onPutBack(run);
-        };
+        row->onPutBack = [this](const RecentRun& run) { callClosure(onPutBack, run); };
         return row;
       },
       [](RecentRunRow& row, const RecentRun& run) { row.setRun(run); });

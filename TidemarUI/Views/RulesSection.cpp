@@ -1,8 +1,11 @@
 #include "TidemarUI/Views/RulesSection.h"
 
+#include <QPointer>
+
 #include "TidemarUI/State/FolderDetail.h"
 #include "TidemarUI/State/Labels.h"
 #include "TidemarUI/State/SettingsEdits.h"
+#include "TidemarUI/Views/Closures.h"
 #include "TidemarUI/Views/NumberFieldView.h"
 #include "TidemarUI/Views/Switch.h"
 
@@ -14,6 +17,7 @@ class RuleRow : public FormRow {
   RequestingCheckBox* checkBox = nullptr;
   NumberFieldView* number = nullptr;
   TextLabel* unit = nullptr;
+  TemporarySettings shown;  ///< What stood on the page when the edit of the number began.
 
   void show(bool isOn) { checkBox->show(isOn); }
   void show(const NumberField& field) {
@@ -47,7 +51,14 @@ RuleRow* RulesSection::addRule(std::string_view label,
                                TemporarySettings (*edit)(TemporarySettings, bool)) {
   auto* row = new RuleRow;
   row->checkBox = new RequestingCheckBox(textOf(label));
-  row->checkBox->onToggle = [this, edit](bool isOn) { send(edit(_settings, isOn)); };
+  row->checkBox->onToggle = [this, edit](bool isOn) {
+    // A number that was left just now comes first: else it would switch its rule on again.
+    const QPointer<RulesSection> self(this);
+    finishEdits();
+    if (!self) return;
+    const TemporarySettings shown = _settings;
+    send(shown, edit(shown, isOn));
+  };
   QMargins margins = row->line().contentsMargins();
   margins.setLeft(margins.left() - style::checkBoxRing);
   row->line().setContentsMargins(margins);
@@ -60,7 +71,12 @@ void RulesSection::addNumber(RuleRow& row, const Formats& formats, std::string_v
                              TemporarySettings (*edit)(TemporarySettings, std::int64_t)) {
   row.number = new NumberFieldView(formats);
   row.number->setAccessibleName(textOf(label));
-  row.number->onChange = [this, edit](std::int64_t number) { send(edit(_settings, number)); };
+  row.number->onChange = [this, edit, &row](std::int64_t number) {
+    // From now on the page shows the new number, so the next edit starts from it.
+    const TemporarySettings shown = row.shown;
+    row.shown = edit(shown, number);
+    send(shown, edit(shown, number));
+  };
   row.unit = new TextLabel(style::TextSize::body, QFont::Normal, TextLabel::Tone::secondary,
                            TextLabel::Overflow::elideInMiddle);
   row.line().addWidget(row.number);
@@ -71,6 +87,9 @@ void RulesSection::setSettings(const TemporarySettings& settings) {
   _settings = settings;
   _age->show(ageField(settings));
   _size->show(sizeField(settings));
+  for (RuleRow* row : {_age, _size}) {
+    if (!row->number->isEdited()) row->shown = settings;
+  }
   _automatic->show(settings.automatic);
   _automatic->checkBox->setEnabled(canSetAutomatic(settings));
   _restart->show(settings.emptyOnRestart);
@@ -78,12 +97,14 @@ void RulesSection::setSettings(const TemporarySettings& settings) {
 }
 
 void RulesSection::finishEdits() {
-  for (RuleRow* row : {_age, _size})
-    row->number->finishEdit();
+  using Number = QPointer<NumberFieldView>;
+  for (const Number& number : {Number(_age->number), Number(_size->number)}) {
+    if (number) number->finishEdit();
+  }
 }
 
-void RulesSection::send(const TemporarySettings& settings) const {
-  if (onChangeSettings) onChangeSettings(settings);
+void RulesSection::send(const TemporarySettings& shown, const TemporarySettings& wanted) const {
+  callClosure(onChangeSettings, shown, wanted);
 }
 
 }  // namespace tidemar

@@ -16,8 +16,9 @@ class RulesSection : public FormSection {
  public:
   RulesSection(const Formats& formats, const std::string& binName);
 
-  /// The folder's settings with just what was edited changed.
-  std::function<void(const TemporarySettings&)> onChangeSettings;
+  /// What the user saw when an edit began, and the same with just what was edited changed.
+  std::function<void(const TemporarySettings& shown, const TemporarySettings& wanted)>
+      onChangeSettings;
 
   void setSettings(const TemporarySettings& settings);
 
@@ -29,7 +30,7 @@ class RulesSection : public FormSection {
                    TemporarySettings (*edit)(TemporarySettings settings, bool isOn));
   void addNumber(RuleRow& row, const Formats& formats, std::string_view label,
                  TemporarySettings (*edit)(TemporarySettings settings, std::int64_t number));
-  void send(const TemporarySettings& settings) const;
+  void send(const TemporarySettings& shown, const TemporarySettings& wanted) const;
 
   TemporarySettings _settings;
   RuleRow* _age;

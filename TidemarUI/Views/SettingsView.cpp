@@ -4,6 +4,7 @@
 
 #include "TidemarUI/State/Labels.h"
 #include "TidemarUI/Views/Card.h"
+#include "TidemarUI/Views/Closures.h"
 
 namespace tidemar {
 namespace {
@@ -30,9 +31,7 @@ QWidget* makeButtonRow(std::string_view title, TextLabel::Tone tone, std::string
   auto* push = new QPushButton(textOf(button));
   push->setAutoDefault(false);
   push->setAccessibleDescription(textOf(title));
-  QObject::connect(push, &QPushButton::clicked, push, [&closure] {
-    if (closure) closure();
-  });
+  QObject::connect(push, &QPushButton::clicked, push, [&closure] { callClosure(closure); });
   auto* row = new FormRow;
   row->line().addWidget(label, 1);
   row->line().addWidget(push);
@@ -64,12 +63,8 @@ SettingsView::SettingsView(QWidget* parent)
   column->addWidget(setup);
   column->addStretch();
 
-  _openAtLogin->onToggle = [this](bool isOn) {
-    if (onToggleOpenAtLogin) onToggleOpenAtLogin(isOn);
-  };
-  _showInMenuBar->onToggle = [this](bool isOn) {
-    if (onToggleShowInMenuBar) onToggleShowInMenuBar(isOn);
-  };
+  _openAtLogin->onToggle = [this](bool isOn) { callClosure(onToggleOpenAtLogin, isOn); };
+  _showInMenuBar->onToggle = [this](bool isOn) { callClosure(onToggleShowInMenuBar, isOn); };
 }
 
 void SettingsView::setState(const SettingsState& state) {

@@ -5,6 +5,7 @@
 #include <QVBoxLayout>
 
 #include "TidemarUI/State/Labels.h"
+#include "TidemarUI/Views/Closures.h"
 #include "TidemarUI/Views/TextLabel.h"
 
 namespace tidemar {
@@ -67,7 +68,7 @@ class SetupStepView : public QWidget {
     titleLine->addWidget(_note);
     titleLine->addStretch();
     _offer->setAutoDefault(false);
-    connect(_offer, &QPushButton::clicked, this, [this] { onAccept(_step.offer); });
+    connect(_offer, &QPushButton::clicked, this, [this] { callClosure(onAccept, _step.offer); });
 
     auto* texts = new QVBoxLayout;
     texts->setSpacing(2);
@@ -154,16 +155,16 @@ void SetupView::accept(SetupOffer offer) const {
     case SetupOffer::none:
       break;
     case SetupOffer::openExtensionManagement:
-      if (onOpenExtensionManagement) onOpenExtensionManagement();
+      callClosure(onOpenExtensionManagement);
       break;
     case SetupOffer::enableAtLogin:
-      if (onToggleOpenAtLogin) onToggleOpenAtLogin(true);
+      callClosure(onToggleOpenAtLogin, true);
       break;
     case SetupOffer::openLoginItemsSettings:
-      if (onOpenLoginItemsSettings) onOpenLoginItemsSettings();
+      callClosure(onOpenLoginItemsSettings);
       break;
     case SetupOffer::requestNotifications:
-      if (onRequestNotifications) onRequestNotifications();
+      callClosure(onRequestNotifications);
       break;
   }
 }

@@ -6,8 +6,11 @@
 #include <QPainter>
 #include <QScopedValueRollback>
 #include <QStyledItemDelegate>
+#include <array>
+#include <utility>
 
 #include "TidemarUI/State/Labels.h"
+#include "TidemarUI/Views/Closures.h"
 #include "TidemarUI/Views/Icons.h"
 #include "TidemarUI/Views/RowPainting.h"
 #include "TidemarUI/Views/Style.h"
@@ -40,10 +43,15 @@ class SidebarDelegate : public QStyledItemDelegate {
 
   QSize sizeHint(const QStyleOptionViewItem&, const QModelIndex& index) const override {
     const SidebarRow& row = _model.row(index);
-    // Rows fill the list, whose width isn't theirs to ask for.
-    if (!row.selection) return {0, titleTop + QFontMetrics(titleFont()).height() + titleBottom};
-    return {0, rowSize(contentOf(row)).height()};
+    // Rows fill the list, whose width isn't theirs to ask for. A list asks all of them at once, and
+    // there are but three heights.
+    const auto kind = static_cast<std::size_t>(!row.selection ? 0 : row.detail.empty() ? 1 : 2);
+    int& height = _heights[kind];
+    if (height == 0) height = heightOf(row);
+    return {0, height};
   }
+
+  void forgetHeights() { _heights = {}; }
 
   void paint(QPainter* painter, const QStyleOptionViewItem& option,
              const QModelIndex& index) const override {
@@ -70,7 +78,13 @@ class SidebarDelegate : public QStyledItemDelegate {
   }
 
  private:
+  static int heightOf(const SidebarRow& row) {
+    if (!row.selection) return titleTop + QFontMetrics(titleFont()).height() + titleBottom;
+    return rowSize({.iconSize = iconSize, .detail = textOf(row.detail)}).height();
+  }
+
   const SidebarModel& _model;
+  mutable std::array<int, 3> _heights{};  ///< Of a title, a row of one line and one of two.
 };
 
 }  // namespace
@@ -93,15 +107,30 @@ void Sidebar::setState(const MainState& state, const std::optional<MainSelection
   const QScopedValueRollback following(_isFollowing, true);
   _model.setRows(sidebarRows(state));
   const QModelIndex index = _model.indexOf(selection);
-  if (index == currentIndex()) return;
+  // What the user chose just now comes later than this selection.
+  if (_chosen || index == currentIndex()) return;
   setCurrentIndex(index);
   if (!index.isValid()) clearSelection();
 }
 
 void Sidebar::currentChanged(const QModelIndex& current, const QModelIndex& previous) {
   QListView::currentChanged(current, previous);
-  if (_isFollowing || !current.isValid() || !onSelect) return;
-  if (const auto selection = _model.row(current).selection) onSelect(*selection);
+  if (_isFollowing || !current.isValid()) return;
+  const auto selection = _model.row(current).selection;
+  if (!selection || std::exchange(_chosen, selection)) return;
+  // The list has still to finish its move.
+  const auto handOut = [this] {
+    const auto chosen = std::exchange(_chosen, std::nullopt);
+    callClosure(onSelect, *chosen);
+  };
+  QMetaObject::invokeMethod(this, handOut, Qt::QueuedConnection);
+}
+
+void Sidebar::changeEvent(QEvent* event) {
+  if (event->type() == QEvent::ApplicationFontChange || event->type() == QEvent::FontChange ||
+      event->type() == QEvent::StyleChange)
+    static_cast<SidebarDelegate*>(itemDelegate())->forgetHeights();
+  QListView::changeEvent(event);
 }
 
 void Sidebar::focusInEvent(QFocusEvent* event) {
@@ -119,16 +148,18 @@ void Sidebar::contextMenuEvent(QContextMenuEvent* event) {
   const bool isByKeyboard = event->reason() == QContextMenuEvent::Keyboard;
   const QModelIndex index = isByKeyboard ? currentIndex() : indexAt(event->pos());
   if (!index.isValid() || !_model.row(index).isFolder()) return;
-  const SidebarRow row = _model.row(index);
+  const SidebarRow& row = _model.row(index);
 
   auto* menu = new QMenu(this);
   menu->setAttribute(Qt::WA_DeleteOnClose);
-  menu->addAction(textOf(labels::showInFinder), this, [this, row] {
-    if (onShowInFinder) onShowInFinder({FileURL(row.path)});
-  });
-  menu->addAction(textOf(labels::removeFromTidemar), this, [this, row] {
-    if (onRemoveFolder) onRemoveFolder(*row.selection->folderID);
-  });
+  // The menu goes on after it told what was chosen.
+  const auto addAction = [this, menu](std::string_view text, auto action) {
+    connect(menu->addAction(textOf(text)), &QAction::triggered, this, action, Qt::QueuedConnection);
+  };
+  addAction(labels::showInFinder,
+            [this, path = row.path] { callClosure(onShowInFinder, std::vector{FileURL(path)}); });
+  addAction(labels::removeFromTidemar,
+            [this, id = *row.selection->folderID] { callClosure(onRemoveFolder, id); });
   menu->popup(isByKeyboard ? viewport()->mapToGlobal(visualRect(index).center())
                            : event->globalPos());
 }

@@ -28,13 +28,15 @@ class Sidebar : public QListView {
 
  protected:
   void currentChanged(const QModelIndex& current, const QModelIndex& previous) override;
+  void changeEvent(QEvent* event) override;
   void focusInEvent(QFocusEvent* event) override;
   void mousePressEvent(QMouseEvent* event) override;
   void contextMenuEvent(QContextMenuEvent* event) override;
 
  private:
   SidebarModel _model;
-  bool _isFollowing = false;  ///< The change of the current row comes from the program.
+  std::optional<MainSelection> _chosen;  ///< On its way out.
+  bool _isFollowing = false;             ///< The change of the current row comes from the program.
 };
 
 }  // namespace tidemar

@@ -4,6 +4,7 @@
 #include <QPainter>
 #include <QStyle>
 
+#include "TidemarUI/Views/Closures.h"
 #include "TidemarUI/Views/Style.h"
 
 namespace tidemar {
@@ -22,7 +23,8 @@ RequestingCheckBox::RequestingCheckBox(const QString& text, QWidget* parent)
   connect(this, &QCheckBox::toggled, this, [this](bool isOn) {
     if (isOn == _shown) return;
     setChecked(_shown);
-    if (onToggle) onToggle(isOn);
+    QMetaObject::invokeMethod(
+        this, [this, isOn] { callClosure(onToggle, isOn); }, Qt::QueuedConnection);
   });
 }
 
@@ -32,7 +34,7 @@ void RequestingCheckBox::show(bool isOn) {
 }
 
 void RequestingCheckBox::nextCheckState() {
-  if (onToggle) onToggle(!isChecked());
+  callClosure(onToggle, !isChecked());
 }
 
 void RequestingCheckBox::keyPressEvent(QKeyEvent* event) {

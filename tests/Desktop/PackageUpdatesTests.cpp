@@ -84,7 +84,7 @@ class PackageUpdatesTest : public ::testing::Test {
   }
 
   void check() {
-    PackageUpdates service(bus->connect(), "tidemar", alerts);
+    PackageUpdates service(bus->connect(), "tidemar", texts, alerts);
     waitUntilItCanCheck(service);
     service.checkForUpdates();
     EXPECT_FALSE(service.canCheckForUpdates()) << "while it is checking";
@@ -92,6 +92,10 @@ class PackageUpdatesTest : public ::testing::Test {
     waitUntilItCanCheck(service);
   }
 
+  const UpdateTexts texts{.failed = "Couldn't check",
+                          .isUpToDate = "Up to date",
+                          .newVersion = "New version",
+                          .newVersionHint = "Install it"};
   std::optional<PrivateBus> bus;
   std::optional<FakeService> packageKit;
   int transactions = 0;
@@ -116,14 +120,14 @@ TEST_F(PackageUpdatesTest, ItSaysThatNothingIsNewOrOpensTheSoftwareCentre) {
   const QString ours = QStringLiteral("tidemar;0.2.0;amd64;somewhere");
   const QString page = QStringLiteral("appstream:app.quernly.tidemar");
   const std::vector<Row> rows = {
-      {"nothing is new", {}, "centre.desktop", {"Tidemar is up to date."}, {}},
+      {"nothing is new", {}, "centre.desktop", {"Up to date"}, {}},
       {"other packages are",
        {QStringLiteral("tidemar-extras;9;amd64;x"), QStringLiteral("libc6;tidemar;amd64;x")},
        "centre.desktop",
-       {"Tidemar is up to date."},
+       {"Up to date"},
        {}},
       {"Tidemar is", {QStringLiteral("libc6;2;amd64;x"), ours}, "centre.desktop", {}, {page}},
-      {"there is no software centre", {ours}, "", {"A new version of Tidemar is available."}, {}},
+      {"there is no software centre", {ours}, "", {"New version"}, {}},
   };
   startPackageKit();
   for (const Row& row : rows) {
@@ -166,7 +170,7 @@ TEST_F(PackageUpdatesTest, AFailureIsNeverTakenForUpToDate) {
     alerts.shown.clear();
     check();
     ASSERT_EQ(alerts.shown.size(), 1U);
-    EXPECT_EQ(alerts.shown[0].message, "Couldn't check for updates");
+    EXPECT_EQ(alerts.shown[0].message, texts.failed);
     EXPECT_EQ(alerts.shown[0].information, row.information);
   }
 }
@@ -174,7 +178,7 @@ TEST_F(PackageUpdatesTest, AFailureIsNeverTakenForUpToDate) {
 TEST_F(PackageUpdatesTest, ItCanOnlyCheckAPackageWithAPackageService) {
   const auto canCheck = [this](std::optional<std::string> package) {
     const QDBusConnection ours = bus->connect();
-    PackageUpdates service(ours, std::move(package), alerts);
+    PackageUpdates service(ours, std::move(package), texts, alerts);
     // The service has asked by now; this is asked after it, and answered after it.
     for (int round = 0; round < 2; ++round) {
       QDBusMessage last = QDBusMessage::createMethodCall(

@@ -162,8 +162,8 @@ TEST_F(WindowCoordinatorTest, AnEditOnTopOfOneThatIsBeingWrittenLosesNeither) {
   aged.maxAgeDays = 30;
   TemporarySettings restarting;
   restarting.emptyOnRestart = true;
-  mainView().onChangeSettings(first, aged);
-  mainView().onChangeSettings(first, restarting);
+  mainView().onChangeSettings(first, {}, aged);
+  mainView().onChangeSettings(first, {}, restarting);
   TemporarySettings both = aged;
   both.emptyOnRestart = true;
   const auto stored = [this] { return world.model->reports().front().folder.settings; };

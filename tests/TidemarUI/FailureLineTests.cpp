@@ -43,6 +43,8 @@ TEST(FailureLine, TitlesNameTheFolder) {
   EXPECT_EQ(failureTitle(settingTemporary("/data/Old", false)),
             "Couldn't make the folder plain again");
   EXPECT_EQ(failureTitle(removingFolder("/data/Old")), "Couldn't remove Old");
+  EXPECT_EQ(failureTitle(switchingExtension("Nemo", true)),
+            "Couldn't turn on the extension for Nemo");
   EXPECT_EQ(failureTitle(changingSettings()), "Couldn't save the folder's settings");
 }
 

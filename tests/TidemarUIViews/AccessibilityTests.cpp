@@ -51,7 +51,7 @@ std::multiset<std::string> spokenControls(const QWidget& view) {
 
 TEST(Accessibility, EveryControlHasARoleANameAndAState) {
   MainView main(viewFormats(), "Bin");
-  main.setState(sampleState({sampleFolder(1)}));
+  main.setState(shared(sampleState({sampleFolder(1)})));
   main.setSelection(MainSelection::folder(1));
   present(main, {820, 900});
   EXPECT_EQ(

@@ -15,7 +15,7 @@ class MainViewTest : public ::testing::Test {
   MainViewTest() {
     view.onSelect = [this](const auto& selection) { selections.push_back(selection); };
     view.onRemoveFolder = [this](std::int64_t id) { removed.push_back(id); };
-    view.setState(sampleState({sampleFolder(1), sampleFolder(2), sampleFolder(3)}));
+    view.setState(shared(sampleState({sampleFolder(1), sampleFolder(2), sampleFolder(3)})));
     present(view, {820, 560});
   }
 
@@ -52,11 +52,11 @@ TEST_F(MainViewTest, WhatIsNoFolderShowsTheOverview) {
 
 TEST_F(MainViewTest, ARemovedFolderLeavesTheOverviewAndSelectsNoOther) {
   view.setSelection(MainSelection::folder(2));
-  view.setState(sampleState({sampleFolder(1), sampleFolder(3)}));
+  view.setState(shared(sampleState({sampleFolder(1), sampleFolder(3)})));
   EXPECT_TRUE(showsOverview());
   EXPECT_TRUE(selections.empty());
   EXPECT_FALSE(child<Sidebar>(view)->currentIndex().isValid());
-  view.setState(sampleState({}));
+  view.setState(shared(sampleState({})));
   EXPECT_EQ(child<Sidebar>(view)->model()->rowCount(), 1);
 }
 
@@ -65,6 +65,7 @@ TEST_F(MainViewTest, TheSidebarIsWalkedThroughByKeyboardPastItsTitle) {
   auto* sidebar = child<Sidebar>(view);
   sidebar->setFocus();
   QTest::keyClick(sidebar, Qt::Key_Down);
+  QApplication::processEvents();
   ASSERT_EQ(selections.size(), 1U);
   EXPECT_EQ(selections[0], MainSelection::folder(1));
 }

@@ -39,10 +39,11 @@ MainState busyState(int round) {
 TEST(Refresh, AHundredOfThemLoseNoKeystrokeNoFocusAndNoPlace) {
   MainView view(viewFormats(), "Bin");
   std::vector<std::int64_t> written;
-  view.onChangeSettings = [&](std::int64_t, const TemporarySettings& settings) {
-    written.push_back(*settings.maxAgeDays);
+  view.onChangeSettings = [&](std::int64_t, const TemporarySettings&,
+                              const TemporarySettings& wanted) {
+    written.push_back(*wanted.maxAgeDays);
   };
-  view.setState(busyState(0));
+  view.setState(shared(busyState(0)));
   view.setSelection(MainSelection::folder(3));
   present(view, {640, 420});
 
@@ -58,7 +59,7 @@ TEST(Refresh, AHundredOfThemLoseNoKeystrokeNoFocusAndNoPlace) {
   const std::string typed = "1234567890";
   for (int round = 1; round <= 100; ++round) {
     if (round % 10 == 0) QTest::keyClick(age, typed[static_cast<std::size_t>(round / 10 - 1)]);
-    view.setState(busyState(round));
+    view.setState(shared(busyState(round)));
     QApplication::processEvents();
     ASSERT_EQ(QApplication::focusWidget(), age) << "round " << round;
     ASSERT_EQ(bar->value(), 90) << "round " << round;
@@ -73,7 +74,7 @@ TEST(Refresh, AHundredOfThemLoseNoKeystrokeNoFocusAndNoPlace) {
 TEST(Refresh, ARowKeepsTheFocusWhileOthersComeAndGoBesideIt) {
   MenuBarView view;
   MenuBarState state = busyState(0).overview;
-  view.setState(state);
+  view.setState(shared(state));
   present(view, view.sizeHint());
   const QPointer<MenuRow> fourth = child<MenuRow>(view, "folder 4, 0 items go now");
   ASSERT_NE(fourth, nullptr);
@@ -83,7 +84,7 @@ TEST(Refresh, ARowKeepsTheFocusWhileOthersComeAndGoBesideIt) {
   state.folders.erase(state.folders.begin() + 1);
   std::swap(state.folders[0], state.folders[1]);
   state.folders[2].distanceToGoing = "1 item goes now";
-  view.setState(state);
+  view.setState(shared(state));
   QApplication::processEvents();
   EXPECT_EQ(QApplication::focusWidget(), fourth);
   EXPECT_EQ(fourth->accessibleName(), "folder 4, 1 item goes now");
@@ -118,7 +119,7 @@ TEST(Refresh, AForecastShowsEveryGroupOnceWhateverTheGroupsAreCalled) {
     std::vector<ForecastGroup> groups;
     for (const std::string& title : titles)
       groups.push_back(sampleGroup(title));
-    list.setGroups(groups);
+    list.setGroups(shared(groups));
     QApplication::processEvents();
     EXPECT_EQ(rowsOf(list), titles);
   }
@@ -169,18 +170,49 @@ TEST(Refresh, TheSidebarFollowsAnyChangeOfItsRowsAndKeepsTheirIndexes) {
   }
 }
 
+TEST(Refresh, AThousandFoldersAreWalkedThroughThoughFewHaveARow) {
+  std::vector<MainFolder> folders;
+  for (std::int64_t id = 1; id <= 1000; ++id)
+    folders.push_back(sampleFolder(id));
+  MenuBarView view;
+  view.setState(shared(sampleState(std::move(folders)).overview));
+  present(view, {350, 600});
+  QScrollBar* bar = child<ScrollColumn>(view)->verticalScrollBar();
+  const int range = bar->maximum();
+  const auto rowOf = [&](int id) {
+    return child<MenuRow>(view, "folder " + std::to_string(id) + ", Nothing to clear");
+  };
+  ASSERT_NE(rowOf(1), nullptr);
+  EXPECT_LT(childrenOf<MenuRow>(view).size(), 110U);
+
+  rowOf(1)->setFocus();
+  for (int id = 2; id <= 1000; ++id) {
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Down);
+    QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    ASSERT_EQ(QApplication::focusWidget(), rowOf(id)) << id;
+    ASSERT_FALSE(rowOf(id)->visibleRegion().isEmpty()) << id;
+  }
+  EXPECT_LT(childrenOf<MenuRow>(view).size(), 110U);
+  EXPECT_EQ(bar->maximum(), range) << "rows out of sight keep their room";
+
+  bar->setValue(0);
+  QApplication::processEvents();
+  EXPECT_EQ(bar->value(), 0) << "the view doesn't follow a row that went out of sight";
+  EXPECT_EQ(QApplication::focusWidget(), &view);
+}
+
 TEST(Refresh, TheFocusGoesThroughRowsThatCameLaterInReadingOrder) {
   MenuBarView view;
   MenuBarState state = sampleState({sampleFolder(2)}).overview;
   state.forecast.clear();
-  view.setState(state);
+  view.setState(shared(state));
   present(view, view.sizeHint());
   state.forecast = {sampleGroup("Now"), sampleGroup("On restart", "Delete Permanently")};
   state.folders.insert(
       state.folders.begin(),
       FolderSummary{.id = 1, .path = "/a", .name = "first", .rules = "", .distanceToGoing = ""});
   state.isFinderExtensionOff = true;
-  view.setState(state);
+  view.setState(shared(state));
   QApplication::processEvents();
 
   std::vector<std::string> order;

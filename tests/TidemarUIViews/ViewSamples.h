@@ -5,8 +5,10 @@
 #include <QTest>
 #include <QWidget>
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "Platform/Locale/Formats.h"
@@ -59,6 +61,12 @@ inline MainState sampleState(std::vector<MainFolder> folders) {
                                 .putBackLabel = "Put 2 items back"}};
   state.folders = std::move(folders);
   return state;
+}
+
+/// A value as the views take it.
+template <class Value>
+std::shared_ptr<const Value> shared(Value value) {
+  return std::make_shared<const Value>(std::move(value));
 }
 
 /// Shows a view as the active window, so that it can have the focus.
