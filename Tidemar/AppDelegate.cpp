@@ -24,6 +24,7 @@
 #include "Tidemar/Model/AppModel.h"
 #include "Tidemar/Model/DataDirectory.h"
 #include "Tidemar/Model/FatalFailure.h"
+#include "Tidemar/Model/WaitingPool.h"
 #include "Tidemar/Updates.h"
 #include "Tidemar/WindowCoordinator.h"
 #include "TidemarUI/Views/Icons.h"
@@ -64,6 +65,7 @@ void stopClearingAtExit() {
 
 /// The real platform, in the order in which the model needs it.
 struct PlatformServices {
+  WaitingPool executor;
   DiskFileManager fileManager;
   DesktopNotificationCenter notifications{QDBusConnection::sessionBus()};
   AutostartLoginItem loginItem{currentProgram()};
@@ -116,7 +118,8 @@ bool AppDelegate::start(const CommandLine& commandLine, const ActivationToken& t
 
 void AppDelegate::finishLaunching() {
   _appModel = std::make_unique<AppModel>(
-      Services{.fileManager = _platform->fileManager,
+      Services{.executor = _platform->executor,
+               .fileManager = _platform->fileManager,
                .notifications = _platform->notifications,
                .loginItem = _platform->loginItem,
                .finderExtension = _platform->finderExtension,
@@ -169,7 +172,7 @@ void AppDelegate::makeScreens() {
 
 QCoro::Task<void> AppDelegate::open(std::string url) {
   if (const std::optional<FileURL> folder = co_await _appModel->open(std::move(url)))
-    _windows->showMain(*folder);
+    _windows->showMain(*folder, MainWindowState::Cause::link);
 }
 
 }  // namespace tidemar

@@ -9,7 +9,6 @@
 
 #include "Tidemar/MainWindowState.h"
 #include "Tidemar/ScreenContext.h"
-#include "Tidemar/SettingsWriter.h"
 
 namespace tidemar {
 
@@ -22,7 +21,8 @@ class WindowCoordinator : public QObject {
   ~WindowCoordinator() override;
 
   /// Brings up the main window, on that folder if one is given and known.
-  void showMain(const std::optional<FileURL>& folderURL = std::nullopt);
+  void showMain(const std::optional<FileURL>& folderURL = std::nullopt,
+                MainWindowState::Cause cause = MainWindowState::Cause::user);
   void showSettings();
   void showSetup();
 
@@ -31,7 +31,6 @@ class WindowCoordinator : public QObject {
 
   /// The open window with that identifier, or null.
   QWidget* window(const std::string& identifier) const;
-  bool hasOpenWindows() const noexcept { return !_windows.empty(); }
 
   MainWindowState& mainWindowState() noexcept { return _mainWindowState; }
   const ScreenContext& context() const noexcept { return _context; }
@@ -40,8 +39,6 @@ class WindowCoordinator : public QObject {
   void storeFrames();
 
  signals:
-  /// The first window opened or the last one closed.
-  void hasOpenWindowsChanged();
   void showInMenuBarChanged();
 
  protected:
@@ -54,7 +51,6 @@ class WindowCoordinator : public QObject {
 
   ScreenContext _context;
   MainWindowState _mainWindowState;
-  SettingsWriter _settingsWriter;
   QAction _checkForUpdates;
   QAction _openSettings;
   QAction _quit;

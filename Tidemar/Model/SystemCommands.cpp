@@ -1,18 +1,21 @@
 #include "Tidemar/Model/AppModel.h"
 #include "Tidemar/Model/ApplicationLog.h"
+#include "Tidemar/Model/Failures.h"
 
 namespace tidemar {
 
 void AppModel::setOpensAtLogin(bool isOn) {
+  std::exception_ptr failure;
   try {
     if (isOn) {
       _services.loginItem.registerItem();
     } else {
       _services.loginItem.unregisterItem();
     }
-  } catch (const std::exception& error) {
-    showFailure(isOn ? "turn on Open at login" : "turn off Open at login", error);
+  } catch (...) {
+    failure = std::current_exception();
   }
+  if (failure) showFailure(isOn ? "turn on Open at login" : "turn off Open at login", failure);
   refreshSystemState();
 }
 
@@ -20,9 +23,9 @@ QCoro::Task<void> AppModel::requestNotificationPermission() {
   try {
     const bool isGranted = co_await _services.notifications.requestAuthorization();
     publish(_isNotificationAuthorized, isGranted, &AppModel::systemStateChanged);
-  } catch (const std::exception& error) {
+  } catch (...) {
     applicationLog().log(LogLevel::error, "Notification permission: %{public}s",
-                         textWithoutPath(error));
+                         textForLog(std::current_exception()));
   }
 }
 
