@@ -155,7 +155,7 @@ void AppDelegate::makeScreens() {
       .showInFileManager = FileViewer::show,
       .showExtensionManagement = [this] { _platform->finderExtension.showManagementInterface(); },
       .openLoginItemsSettings = LoginItemsSettings::open,
-      .quit = &QCoreApplication::quit});
+      .quit = [this] { quit(); }});
   _menuBarExtra = std::make_unique<MenuBarExtra>(*_windows);
   connect(_instance.get(), &ApplicationInstance::activated, _windows.get(),
           [this] { _windows->showMain(); });
@@ -167,7 +167,14 @@ void AppDelegate::makeScreens() {
             if (name == "settings") _windows->showSettings();
             if (name == "setup") _windows->showSetup();
           });
-  connect(qApp, &QCoreApplication::aboutToQuit, _windows.get(), &WindowCoordinator::storeFrames);
+}
+
+QCoro::Task<void> AppDelegate::quit() {
+  if (_isQuitting) co_return;
+  _isQuitting = true;
+  if (_windows) _windows->hideAll();
+  if (_appModel) co_await _appModel->finishCommands();
+  QCoreApplication::quit();
 }
 
 QCoro::Task<void> AppDelegate::open(std::string url) {

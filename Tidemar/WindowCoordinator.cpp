@@ -93,6 +93,12 @@ QWidget* WindowCoordinator::window(const std::string& identifier) const {
   return found == _windows.end() ? nullptr : found->second;
 }
 
+void WindowCoordinator::hideAll() {
+  storeFrames();
+  for (const auto& [identifier, window] : _windows)
+    window->hide();
+}
+
 void WindowCoordinator::storeFrames() {
   if (const QWidget* main = window(mainIdentifier)) WindowFrame::store(*main, _context.defaults);
 }

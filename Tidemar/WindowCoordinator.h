@@ -35,8 +35,9 @@ class WindowCoordinator : public QObject {
   MainWindowState& mainWindowState() noexcept { return _mainWindowState; }
   const ScreenContext& context() const noexcept { return _context; }
 
-  /// Remembers where the main window stands. Closing it does so too.
-  void storeFrames();
+  /// Takes the windows off the screen for the end of the application, which finishes what is being
+  /// edited in them, and remembers where the main window stood.
+  void hideAll();
 
  signals:
   void showInMenuBarChanged();
@@ -48,6 +49,7 @@ class WindowCoordinator : public QObject {
   QWidget* makeMainWindow();
   QWidget* makeFittingWindow(std::string_view title, QWidget* content);
   void forget(QWidget& window);
+  void storeFrames();
 
   ScreenContext _context;
   MainWindowState _mainWindowState;

@@ -10,9 +10,13 @@ namespace tidemar {
 namespace {
 
 /// The folder's row as it stands: a run, a move of the folder or another command may have changed
-/// it since the screen was drawn that the command came from.
+/// it since the screen was drawn that the command came from. Throws where it was forgotten since:
+/// no folder is to be Temporary that isn't known.
 Folder currentRow(const Engine& engine, const Folder& shown) {
-  return shown.id ? engine.store().folder(*shown.id).value_or(shown) : shown;
+  if (!shown.id) throw MissingValue();
+  std::optional<Folder> row = engine.store().folder(*shown.id);
+  if (!row) throw Engine::Failure(Engine::Failure::FolderNotFound{*shown.id});
+  return *std::move(row);
 }
 
 /// Whether an adding of that date has made the row itself: one that is found has the date of its
