@@ -72,8 +72,10 @@ QCoro::Task<void> AppModel::serveRefreshes() {
 
 /// Answers what was read, published or not; null after a failure, which is logged.
 QCoro::Task<std::shared_ptr<const Snapshot>> AppModel::readAndPublish() {
-  const std::uint64_t number = ++_lastReading;
-  const auto read = [engine = _engine, &services = _services] {
+  // The number is taken where the reading begins, which may be long after it was asked for.
+  const auto number = std::make_shared<std::uint64_t>(0);
+  const auto read = [engine = _engine, &services = _services, last = _lastReading, number] {
+    *number = ++*last;
     return sharedDetached(services.executor,
                           readSnapshot(*engine, services.fileManager, services.currentDate));
   };
@@ -88,8 +90,8 @@ QCoro::Task<std::shared_ptr<const Snapshot>> AppModel::readAndPublish() {
       hasNewJournal = co_await detached(_services.executor, compare);
     }
     // It may show what later ones know to be over.
-    if (number < _shownReading) co_return snapshot;
-    _shownReading = number;
+    if (*number < _shownReading) co_return snapshot;
+    _shownReading = *number;
     _snapshot = snapshot;
     emit reportsChanged();
     if (hasNewJournal) emit journalChanged();

@@ -3,6 +3,7 @@
 #include <QCoroTask>
 #include <QObject>
 #include <QTimer>
+#include <atomic>
 #include <cstdint>
 #include <exception>
 #include <memory>
@@ -155,7 +156,9 @@ class AppModel : public QObject {
 
   Services _services;
   std::shared_ptr<const Snapshot> _snapshot;
-  std::uint64_t _lastReading = 0;   ///< The number of the last reading that began.
+  /// The number of the last reading that began, counted by the readings themselves.
+  std::shared_ptr<std::atomic<std::uint64_t>> _lastReading =
+      std::make_shared<std::atomic<std::uint64_t>>(0);
   std::uint64_t _shownReading = 0;  ///< That of the snapshot.
 
   std::shared_ptr<Occurrence> _askedReading;  ///< Done for all who asked; none if nobody has.

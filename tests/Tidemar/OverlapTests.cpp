@@ -131,8 +131,13 @@ class OverlappingWorld : public ModelWorld {
   }
 
   /// Notes when a folder became known and Temporary, and expects that what was cleared was cleared
-  /// by a cycle that began later.
+  /// by a cycle that began later, and that no reading is shown in place of a later one.
   void look() {
+    // The free space tells at which moment a reading was made.
+    EXPECT_GE(model->freeSpace(), _shownMoment) << "an older reading replaced a newer one";
+    _shownMoment = model->freeSpace();
+    disk.capacity.available = ++_moment;
+
     const Store store(directory.path("data/Tidemar/tidemar.sqlite"));
     const std::vector<Folder> rows = store.folders();
     for (const char* path : {"/a", "/b", "/c", "/d"}) {
@@ -157,6 +162,8 @@ class OverlappingWorld : public ModelWorld {
 
   std::map<std::string, Seen> _seen;
   QCoro::Task<void> _cycle = nothing();
+  std::int64_t _moment = 1000;
+  std::int64_t _shownMoment = 0;
   int _cyclesBegun = 0;
   int _unfinished = 0;
   int _edits = 0;
