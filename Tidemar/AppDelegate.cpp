@@ -24,6 +24,7 @@
 #include "Tidemar/Model/AppModel.h"
 #include "Tidemar/Model/DataDirectory.h"
 #include "Tidemar/Model/FatalFailure.h"
+#include "Tidemar/Model/WaitingPool.h"
 #include "Tidemar/Updates.h"
 #include "Tidemar/WindowCoordinator.h"
 #include "TidemarUI/State/FailureLine.h"
@@ -83,6 +84,7 @@ UpdateTexts updateTexts() {
 
 /// The real platform, in the order in which the model needs it.
 struct PlatformServices {
+  WaitingPool executor;
   DiskFileManager fileManager;
   DesktopNotificationCenter notifications{QDBusConnection::sessionBus()};
   AutostartLoginItem loginItem{currentProgram()};
@@ -135,7 +137,8 @@ bool AppDelegate::start(const CommandLine& commandLine, const ActivationToken& t
 
 void AppDelegate::finishLaunching() {
   _appModel = std::make_unique<AppModel>(
-      Services{.fileManager = _platform->fileManager,
+      Services{.executor = _platform->executor,
+               .fileManager = _platform->fileManager,
                .notifications = _platform->notifications,
                .loginItem = _platform->loginItem,
                .finderExtension = _platform->finderExtension,
@@ -171,7 +174,7 @@ void AppDelegate::makeScreens() {
       .showInFileManager = FileViewer::show,
       .showExtensionManagement = [this] { _platform->finderExtension.showManagementInterface(); },
       .openLoginItemsSettings = LoginItemsSettings::open,
-      .quit = &QCoreApplication::quit});
+      .quit = [this] { quit(); }});
   _menuBarExtra = std::make_unique<MenuBarExtra>(*_windows);
   connect(_instance.get(), &ApplicationInstance::activated, _windows.get(),
           [this] { _windows->showMain(); });
@@ -183,12 +186,19 @@ void AppDelegate::makeScreens() {
             if (name == "settings") _windows->showSettings();
             if (name == "setup") _windows->showSetup();
           });
-  connect(qApp, &QCoreApplication::aboutToQuit, _windows.get(), &WindowCoordinator::storeFrames);
+}
+
+QCoro::Task<void> AppDelegate::quit() {
+  if (_isQuitting) co_return;
+  _isQuitting = true;
+  if (_windows) _windows->hideAll();
+  if (_appModel) co_await _appModel->finishCommands();
+  QCoreApplication::quit();
 }
 
 QCoro::Task<void> AppDelegate::open(std::string url) {
   if (const std::optional<FileURL> folder = co_await _appModel->open(std::move(url)))
-    _windows->showMain(*folder);
+    _windows->showMain(*folder, MainWindowState::Cause::link);
 }
 
 }  // namespace tidemar

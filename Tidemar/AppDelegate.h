@@ -28,6 +28,10 @@ class AppDelegate : public QObject {
   /// this process has nothing more to do, with its exit status.
   bool start(const CommandLine& commandLine, const ActivationToken& token, int& exitStatus);
 
+  /// Ends the application: what is being edited is finished and what was commanded is carried out
+  /// first, though not for long. Further calls do nothing.
+  QCoro::Task<void> quit();
+
  private:
   ApplicationInstance::Role claimInstance(const CommandLine& commandLine,
                                           const ActivationToken& token);
@@ -35,6 +39,7 @@ class AppDelegate : public QObject {
   void makeScreens();
   QCoro::Task<void> open(std::string url);
 
+  bool _isQuitting = false;
   std::unique_ptr<PlatformServices> _platform;
   std::unique_ptr<ApplicationInstance> _instance;
   std::unique_ptr<AppModel> _appModel;

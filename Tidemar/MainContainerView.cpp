@@ -3,7 +3,6 @@
 #include <QDir>
 #include <QFileDialog>
 #include <QVBoxLayout>
-#include <algorithm>
 
 #include "TidemarUI/State/Labels.h"
 #include "TidemarUI/State/SystemBin.h"
@@ -12,11 +11,9 @@
 
 namespace tidemar {
 
-MainContainerView::MainContainerView(const ScreenContext& context, MainWindowState& windowState,
-                                     SettingsWriter& settingsWriter)
+MainContainerView::MainContainerView(const ScreenContext& context, MainWindowState& windowState)
     : _context(context),
       _windowState(windowState),
-      _settingsWriter(settingsWriter),
       _view(new MainView(context.currentFormats(), SystemBin::name())),
       _observer(context.model, [this] { refresh(); }) {
   auto* column = new QVBoxLayout(this);
@@ -34,14 +31,12 @@ void MainContainerView::connectClosures() {
   _view->onAddFolder = [this] { chooseFolder(); };
   _view->onRemoveFolder = [this](std::int64_t id) { removeFolder(id); };
   _view->onSetTemporary = [this](std::int64_t id, bool isTemporary) {
-    if (const FolderReport* found = report(id))
+    if (const FolderReport* found = _context.model.reportForFolder(id))
       _context.model.setTemporary(found->folder, isTemporary);
   };
   _view->onChangeSettings = [this](std::int64_t id, const TemporarySettings& shown,
                                    const TemporarySettings& wanted) {
-    const FolderReport* found = report(id);
-    if (found == nullptr) return;
-    _settingsWriter.write(found->folder, settingsWithEdit(found->folder.settings, shown, wanted));
+    _context.model.changeSettings(id, shown, wanted);
   };
   _view->onPutBack = [this](const RecentRun& run) { _context.model.putBack(run.journalEntryIDs); };
   _view->onShowInFinder = _context.showInFileManager;
@@ -71,7 +66,7 @@ QCoro::Task<void> MainContainerView::addFolder(FileURL url) {
 }
 
 void MainContainerView::removeFolder(std::int64_t id) {
-  const FolderReport* found = report(id);
+  const FolderReport* found = _context.model.reportForFolder(id);
   if (found == nullptr) return;
   const Folder folder = found->folder;
   if (_windowState.selection() == MainSelection::folder(id))
@@ -79,17 +74,12 @@ void MainContainerView::removeFolder(std::int64_t id) {
   _context.model.removeFolder(folder);
 }
 
-void MainContainerView::selectionChanged(const MainWindowState::Selection& before) {
+void MainContainerView::selectionChanged(const MainWindowState::Selection& before,
+                                         MainWindowState::Cause cause) {
   // Shown first, so that an edit that ends with it is on its way before the cycle.
   _view->setSelection(_windowState.selection());
-  if (before && before->folderID) _context.model.runBackgroundCycle();
-}
-
-const FolderReport* MainContainerView::report(std::int64_t id) const {
-  const auto& reports = _context.model.reports();
-  const auto found =
-      std::ranges::find(reports, id, [](const FolderReport& report) { return report.folder.id; });
-  return found == reports.end() ? nullptr : &*found;
+  if (before && before->folderID && cause == MainWindowState::Cause::user)
+    _context.model.runBackgroundCycle();
 }
 
 }  // namespace tidemar

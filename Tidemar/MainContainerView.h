@@ -5,7 +5,6 @@
 #include "Tidemar/MainWindowState.h"
 #include "Tidemar/ModelObserver.h"
 #include "Tidemar/ScreenContext.h"
-#include "Tidemar/SettingsWriter.h"
 
 namespace tidemar {
 
@@ -16,8 +15,7 @@ class MainView;
 class MainContainerView : public QWidget {
   Q_OBJECT
  public:
-  MainContainerView(const ScreenContext& context, MainWindowState& windowState,
-                    SettingsWriter& settingsWriter);
+  MainContainerView(const ScreenContext& context, MainWindowState& windowState);
 
   MainView& view() noexcept { return *_view; }
 
@@ -29,12 +27,10 @@ class MainContainerView : public QWidget {
   void refresh();
   void chooseFolder();
   void removeFolder(std::int64_t id);
-  void selectionChanged(const MainWindowState::Selection& before);
-  const FolderReport* report(std::int64_t id) const;
+  void selectionChanged(const MainWindowState::Selection& before, MainWindowState::Cause cause);
 
   const ScreenContext& _context;
   MainWindowState& _windowState;
-  SettingsWriter& _settingsWriter;
   MainView* _view;
   ModelObserver _observer;
 };

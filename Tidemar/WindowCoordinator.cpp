@@ -30,8 +30,7 @@ QAction* makeSeparator(QObject* parent) {
 
 }  // namespace
 
-WindowCoordinator::WindowCoordinator(ScreenContext context)
-    : _context(std::move(context)), _settingsWriter(_context.model) {
+WindowCoordinator::WindowCoordinator(ScreenContext context) : _context(std::move(context)) {
   _checkForUpdates.setText(textOf(labels::checkForUpdates));
   connect(&_checkForUpdates, &QAction::triggered, this,
           [this] { _context.updates.checkForUpdates(); });
@@ -48,15 +47,17 @@ WindowCoordinator::WindowCoordinator(ScreenContext context)
 }
 
 WindowCoordinator::~WindowCoordinator() {
+  finishEdits();
   for (const auto& [identifier, window] : _windows)
     delete window;
 }
 
-void WindowCoordinator::showMain(const std::optional<FileURL>& folderURL) {
+void WindowCoordinator::showMain(const std::optional<FileURL>& folderURL,
+                                 MainWindowState::Cause cause) {
   if (folderURL) {
     const FolderReport* report = _context.model.reportForFolderAt(*folderURL);
     if (report != nullptr && report->folder.id)
-      _mainWindowState.select(MainSelection::folder(*report->folder.id));
+      _mainWindowState.select(MainSelection::folder(*report->folder.id), cause);
   }
   openWindow(mainIdentifier, [this] { return makeMainWindow(); });
 }
@@ -78,7 +79,6 @@ void WindowCoordinator::showSetup() {
 void WindowCoordinator::openWindow(const std::string& identifier,
                                    const std::function<QWidget*()>& makeWindow) {
   QWidget* window = this->window(identifier);
-  const bool isFirst = _windows.empty();
   if (window == nullptr) {
     window = makeWindow();
     window->installEventFilter(this);
@@ -87,12 +87,22 @@ void WindowCoordinator::openWindow(const std::string& identifier,
   }
   window->setWindowState(window->windowState() & ~Qt::WindowMinimized);
   bringForward(*window);
-  if (isFirst) emit hasOpenWindowsChanged();
 }
 
 QWidget* WindowCoordinator::window(const std::string& identifier) const {
   const auto found = _windows.find(identifier);
   return found == _windows.end() ? nullptr : found->second;
+}
+
+void WindowCoordinator::hideAll() {
+  storeFrames();
+  finishEdits();
+  for (const auto& [identifier, window] : _windows)
+    window->hide();
+}
+
+void WindowCoordinator::finishEdits() {
+  if (_mainView) _mainView->finishEdits();
 }
 
 void WindowCoordinator::storeFrames() {
@@ -111,16 +121,16 @@ void WindowCoordinator::forget(QWidget& window) {
   if (found->first == mainIdentifier) storeFrames();
   _windows.erase(found);
   window.deleteLater();
-  if (_windows.empty()) emit hasOpenWindowsChanged();
 }
 
 QWidget* WindowCoordinator::makeMainWindow() {
-  auto* content = new MainContainerView(_context, _mainWindowState, _settingsWriter);
+  auto* content = new MainContainerView(_context, _mainWindowState);
   auto* window = new QWidget;
   auto* column = new QVBoxLayout(window);
   column->setContentsMargins(0, 0, 0, 0);
   column->addWidget(content);
-  content->view().setMenuActions(
+  _mainView = &content->view();
+  _mainView->setMenuActions(
       {&_checkForUpdates, &_openSettings, makeSeparator(window), &_quit});
   window->setObjectName(QStringLiteral("TidemarMain"));
   window->setWindowTitle(textOf(labels::tidemar));

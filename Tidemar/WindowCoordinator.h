@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QAction>
+#include <QPointer>
 #include <QWidget>
 #include <functional>
 #include <map>
@@ -9,9 +10,10 @@
 
 #include "Tidemar/MainWindowState.h"
 #include "Tidemar/ScreenContext.h"
-#include "Tidemar/SettingsWriter.h"
 
 namespace tidemar {
+
+class MainView;
 
 /// Makes and tracks the windows, at most one of a kind. With none open Tidemar goes on in the
 /// background. Main thread.
@@ -22,7 +24,8 @@ class WindowCoordinator : public QObject {
   ~WindowCoordinator() override;
 
   /// Brings up the main window, on that folder if one is given and known.
-  void showMain(const std::optional<FileURL>& folderURL = std::nullopt);
+  void showMain(const std::optional<FileURL>& folderURL = std::nullopt,
+                MainWindowState::Cause cause = MainWindowState::Cause::user);
   void showSettings();
   void showSetup();
 
@@ -31,17 +34,15 @@ class WindowCoordinator : public QObject {
 
   /// The open window with that identifier, or null.
   QWidget* window(const std::string& identifier) const;
-  bool hasOpenWindows() const noexcept { return !_windows.empty(); }
 
   MainWindowState& mainWindowState() noexcept { return _mainWindowState; }
   const ScreenContext& context() const noexcept { return _context; }
 
-  /// Remembers where the main window stands. Closing it does so too.
-  void storeFrames();
+  /// Takes the windows off the screen for the end of the application, after what is being edited in
+  /// them was handed out, and remembers where the main window stood.
+  void hideAll();
 
  signals:
-  /// The first window opened or the last one closed.
-  void hasOpenWindowsChanged();
   void showInMenuBarChanged();
 
  protected:
@@ -51,14 +52,16 @@ class WindowCoordinator : public QObject {
   QWidget* makeMainWindow();
   QWidget* makeFittingWindow(std::string_view title, QWidget* content);
   void forget(QWidget& window);
+  void finishEdits();
+  void storeFrames();
 
   ScreenContext _context;
   MainWindowState _mainWindowState;
-  SettingsWriter _settingsWriter;
   QAction _checkForUpdates;
   QAction _openSettings;
   QAction _quit;
   std::map<std::string, QWidget*> _windows;
+  QPointer<MainView> _mainView;
 };
 
 }  // namespace tidemar

@@ -38,11 +38,11 @@ int main(int argc, char** argv) {
   QApplication::setApplicationName(QStringLiteral("Tidemar"));
   QApplication::setDesktopFileName(QStringLiteral("app.quernly.tidemar"));
   QApplication::setQuitOnLastWindowClosed(false);
-  QObject::connect(&terminationSignals, &tidemar::TerminationSignals::received, &application,
-                   &QApplication::quit);
-  terminationSignals.watch();
 
   tidemar::AppDelegate delegate;
+  QObject::connect(&terminationSignals, &tidemar::TerminationSignals::received, &delegate,
+                   [&delegate] { delegate.quit(); });
+  terminationSignals.watch();
   int status = EXIT_SUCCESS;
   if (delegate.start(commandLine, token, status)) status = QApplication::exec();
   // Nothing clears any more; what still reads a large folder need not be waited for.

@@ -1,66 +1,30 @@
 #include "Tidemar/Model/AppModel.h"
 
 #include <algorithm>
-#include <cstdlib>
+#include <chrono>
 #include <utility>
 
 #include "Tidemar/Model/ApplicationLog.h"
 #include "Tidemar/Model/DataDirectory.h"
-#include "Tidemar/Model/Detached.h"
+#include "Tidemar/Model/Failures.h"
 #include "Tidemar/Model/FatalFailure.h"
 #include "TidemarUI/State/FailureLine.h"
-#include "TidemarUI/State/SystemBin.h"
 
 namespace tidemar {
 namespace {
 
-constexpr double journalSeconds = 7 * secondsPerDay;
+/// How long the end of the process waits for commands.
+constexpr std::chrono::seconds commandPatience(5);
 
-struct Reading {
-  std::vector<FolderReport> reports;
-  std::vector<JournalEntry> journal;
-  std::int64_t freeSpace = 0;
-};
-
-std::int64_t freeSpaceOfHome(const FileManager& fileManager) {
-  try {
-    return fileManager.volumeCapacity(fileManager.homeDirectoryForCurrentUser())
-        .available.value_or(0);
-  } catch (const std::exception&) {
-    // An unknown free space is shown as none; the rules read their own.
-    return 0;
-  }
-}
-
-FolderReport readFolder(Engine& engine, const Folder& folder, Date now) {
-  FolderReport report{folder, std::nullopt};
-  if (!folder.id) return report;
-  try {
-    report.status = engine.status(*folder.id, now);
-  } catch (const std::exception& error) {
-    // One folder that can't be read must not hide the others.
-    applicationLog().log(LogLevel::error, "Couldn't read folder %lld: %{public}s", *folder.id,
-                         textWithoutPath(error));
-  }
-  return report;
-}
-
-Reading readEverything(Engine& engine, const FileManager& fileManager, Date since,
-                       const std::function<Date()>& currentDate) {
-  Reading reading;
-  for (const Folder& folder : engine.store().folders()) {
-    reading.reports.push_back(readFolder(engine, folder, currentDate()));
-  }
-  reading.journal = engine.store().journalSince(since);
-  reading.freeSpace = freeSpaceOfHome(fileManager);
-  return reading;
-}
+/// How long it waits for a change of the disk and its record, which should not be parted.
+constexpr std::chrono::seconds itemPatience(20);
 
 }  // namespace
 
 AppModel::AppModel(Services services, QObject* parent)
     : QObject(parent),
       _services(std::move(services)),
+      _snapshot(std::make_shared<Snapshot>()),
       _runGate(std::make_shared<RunGate>()),
       _engine(makeEngine()) {
   refreshSystemState();
@@ -77,38 +41,67 @@ std::shared_ptr<Engine> AppModel::makeEngine() {
   }
 }
 
-const FolderReport* AppModel::reportForFolderAt(const FileURL& url) const {
-  std::string path;
-  try {
-    path = _engine->canonicalPath(url);
-  } catch (const std::exception&) {
-    // A place that can't be read is the place of no known folder.
-    return nullptr;
-  }
+const FolderReport* AppModel::reportForFolder(std::int64_t id) const {
   const auto found =
-      std::ranges::find(_reports, path, [](const auto& report) { return report.folder.path; });
-  return found == _reports.end() ? nullptr : &*found;
+      std::ranges::find(reports(), id, [](const auto& report) { return report.folder.id; });
+  return found == reports().end() ? nullptr : &*found;
+}
+
+const FolderReport* AppModel::reportForFolderAt(const FileURL& url) const {
+  const auto found = std::ranges::find(reports(), url.path(),
+                                       [](const auto& report) { return report.folder.path; });
+  return found == reports().end() ? nullptr : &*found;
 }
 
 QCoro::Task<void> AppModel::refreshReports() {
-  const Date since = _services.currentDate() - journalSeconds;
-  const auto readAll = [engine = _engine, &fileManager = _services.fileManager, since,
-                        currentDate = _services.currentDate] {
-    return readEverything(*engine, fileManager, since, currentDate);
-  };
-  Reading reading;
-  try {
-    reading = co_await detached(readAll);
-  } catch (const std::exception& error) {
-    applicationLog().log(LogLevel::error, "Couldn't read the folders: %{public}s",
-                         textWithoutPath(error));
-    co_return;
+  if (!_askedReading) _askedReading = std::make_shared<Occurrence>();
+  const std::shared_ptr<Occurrence> asked = _askedReading;
+  if (!_isServingRefreshes) serveRefreshes();
+  co_await *asked;
+}
+
+QCoro::Task<void> AppModel::serveRefreshes() {
+  _isServingRefreshes = true;
+  while (_askedReading) {
+    const auto asked = std::exchange(_askedReading, nullptr);
+    co_await readAndPublish();
+    asked->happen();
   }
-  _reports = std::move(reading.reports);
-  emit reportsChanged();
-  publish(_journal, std::move(reading.journal), &AppModel::journalChanged);
-  publishTemporaryPaths();
-  publish(_freeSpace, reading.freeSpace, &AppModel::freeSpaceChanged);
+  _isServingRefreshes = false;
+}
+
+/// Answers what was read, published or not; null after a failure, which is logged.
+QCoro::Task<std::shared_ptr<const Snapshot>> AppModel::readAndPublish() {
+  // The number is taken where the reading begins, which may be long after it was asked for.
+  const auto number = std::make_shared<std::uint64_t>(0);
+  const auto read = [engine = _engine, &services = _services, last = _lastReading, number] {
+    *number = ++*last;
+    return sharedDetached(services.executor,
+                          readSnapshot(*engine, services.fileManager, services.currentDate));
+  };
+  std::shared_ptr<const Snapshot> snapshot;
+  try {
+    snapshot = co_await detached(_services.executor, read);
+    std::shared_ptr<const Snapshot> shown;
+    bool hasNewJournal = false;
+    while (shown != _snapshot) {
+      shown = _snapshot;
+      const auto compare = [snapshot, shown] { return snapshot->journal != shown->journal; };
+      hasNewJournal = co_await detached(_services.executor, compare);
+    }
+    // It may show what later ones know to be over.
+    if (*number < _shownReading) co_return snapshot;
+    _shownReading = *number;
+    _snapshot = snapshot;
+    emit reportsChanged();
+    if (hasNewJournal) emit journalChanged();
+    if (snapshot->freeSpace != shown->freeSpace) emit freeSpaceChanged();
+    publishTemporaryPaths();
+  } catch (...) {
+    applicationLog().log(LogLevel::error, "Couldn't read the folders: %{public}s",
+                         textForLog(std::current_exception()));
+  }
+  co_return snapshot;
 }
 
 void AppModel::refreshSystemState() {
@@ -127,16 +120,29 @@ QCoro::Task<void> AppModel::refreshNotificationAuthorization() {
   publish(_isNotificationAuthorized, isAuthorized, &AppModel::systemStateChanged);
 }
 
-void AppModel::showFailure(const std::string& action, const std::exception& error) {
+void AppModel::showFailure(const std::string& action, const std::exception_ptr& error) {
   applicationLog().log(LogLevel::error, "Couldn't %{public}s: %{public}s", action,
-                       textWithoutPath(error));
-  _services.alerts.run(
-      {.message = failureTitle(action), .information = failureLine(error, SystemBin::name())});
+                       textForLog(error));
+  _services.alerts.run({.message = failureTitle(action), .information = lineForUser(error)});
+}
+
+QCoro::Task<void> AppModel::finishCommands() {
+  _runGate->close();
+  if (_commandsUnderWay == 0) co_return;
+  if (!_commandsEnded) {
+    _commandsEnded = std::make_shared<Occurrence>();
+    QTimer::singleShot(commandPatience, this, [ended = _commandsEnded] { ended->happen(); });
+  }
+  const auto ended = _commandsEnded;
+  co_await *ended;
 }
 
 void AppModel::stopClearing() {
-  _runGate->close();
-  _runGate->waitUntilLeft();
+  _runGate->shut();
+  const bool hasLeft = _runGate->waitUntilLeft(itemPatience);
+  const bool isDone = _runGate->waitForCommands(commandPatience);
+  if (!hasLeft || !isDone)
+    applicationLog().log(LogLevel::error, "Ended before what was under way was over");
 }
 
 }  // namespace tidemar

@@ -3,19 +3,24 @@
 #include <QCoroTask>
 #include <QObject>
 #include <QTimer>
+#include <atomic>
 #include <cstdint>
 #include <exception>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
-#include <string_view>
 #include <vector>
 
+#include "Tidemar/Model/Detached.h"
+#include "Tidemar/Model/Failures.h"
+#include "Tidemar/Model/Occurrence.h"
+#include "Tidemar/Model/PendingEdits.h"
 #include "Tidemar/Model/Services.h"
+#include "Tidemar/Model/Snapshot.h"
 #include "TidemarKit/ClockCheck.h"
 #include "TidemarKit/Engine/Engine.h"
 #include "TidemarKit/Engine/RunGate.h"
-#include "TidemarKit/FolderReport.h"
 
 namespace tidemar {
 
@@ -37,54 +42,66 @@ class AppModel : public QObject {
   /// `refreshSystemState`.
   void startSchedule();
 
-  const std::vector<FolderReport>& reports() const noexcept {
-    return _reports;
-  }  ///< In the store's order.
-  const std::vector<JournalEntry>& journal() const noexcept {
-    return _journal;
-  }  ///< Of the last 7 days.
-  std::int64_t freeSpace() const noexcept {
-    return _freeSpace;
-  }  ///< Bytes on the home's volume; 0 if unknown.
+  /// What the last reading saw that was published; never null. May be kept and handed to any
+  /// thread.
+  std::shared_ptr<const Snapshot> snapshot() const noexcept { return _snapshot; }
+
+  // Parts of the snapshot, which the next one takes along.
+  const std::vector<FolderReport>& reports() const noexcept { return _snapshot->reports; }
+  const std::vector<JournalEntry>& journal() const noexcept { return _snapshot->journal; }
+  std::int64_t freeSpace() const noexcept { return _snapshot->freeSpace; }
+
   bool isFinderExtensionOff() const noexcept { return _isFinderExtensionOff; }
   bool isLoginItemEnabled() const noexcept { return _isLoginItemEnabled; }
   bool loginItemNeedsApproval() const noexcept { return _loginItemNeedsApproval; }
   bool isNotificationAuthorized() const noexcept { return _isNotificationAuthorized; }
-  bool isRunning() const noexcept { return _isRunning; }  ///< A background cycle is under way.
 
-  /// The report of the folder at a place, however the place is written.
+  /// The report of the folder with that row id, or of the one whose path is written like that:
+  /// absolute and without links, as the reports have it. No disk is asked. Null without one.
+  const FolderReport* reportForFolder(std::int64_t id) const;
   const FolderReport* reportForFolderAt(const FileURL& url) const;
 
-  /// Reads every folder and the journal anew.
+  /// Reads every folder and the journal anew, not before this call. Calls that come while the disks
+  /// are still being read share the next reading.
   QCoro::Task<void> refreshReports();
 
   /// Asks the system anew what the user may have changed in its settings.
   void refreshSystemState();
 
   /// Reads, clears and reads again every folder. A call during a cycle returns at once and is
-  /// dropped. By a clock that is plainly wrong nothing is cleared.
+  /// dropped. What its own reading at its beginning doesn't see as known and Temporary, and what a
+  /// command makes known or Temporary after that, isn't cleared before the next one. By a clock
+  /// that is plainly wrong nothing is cleared.
   QCoro::Task<void> runBackgroundCycle();
 
   /// Makes a folder known. None after a failure, which was shown.
   QCoro::Task<std::optional<Folder>> addFolder(FileURL url);
   QCoro::Task<void> setTemporary(Folder folder, bool isTemporary);
   QCoro::Task<void> removeFolder(Folder folder);
-  QCoro::Task<void> changeSettings(Folder folder, TemporarySettings settings);
+
+  /// Takes over what differs between the settings that the user saw and those that they want. Edits
+  /// of one folder count in the order of the calls.
+  QCoro::Task<void> changeSettings(std::int64_t folderID, TemporarySettings shown,
+                                   TemporarySettings wanted);
 
   /// Puts the items of these journal entries back, one after the other; one alert for all that
-  /// fail.
+  /// fail. What is on its way back already, or back, is passed over.
   QCoro::Task<void> putBack(std::vector<std::int64_t> journalEntryIDs);
 
   void setOpensAtLogin(bool isOn);
   QCoro::Task<void> requestNotificationPermission();
 
   /// Handles a URL of the scheme "tidemar": makes the folder it names known and Temporary. Any
-  /// other URL is ignored. The folder is answered once that is done.
+  /// other URL is ignored. The folder is answered once that is done, as its report has it.
   QCoro::Task<std::optional<FileURL>> open(std::string url);
 
-  /// Stops clearing between two items, waits until the run and the command under way have written
-  /// their end, and keeps any other that could be cut off from beginning. Call it before the
-  /// process ends.
+  /// Stops clearing between two items and waits for the commands under way, though not for long: a
+  /// disk that doesn't answer must not hold the end up. The first step of the end of the process,
+  /// while the event loop still runs.
+  QCoro::Task<void> finishCommands();
+
+  /// The last step: lets nothing begin any more that could be cut off, and waits, within bounds,
+  /// until what has begun and every accepted command is over. Blocks; any thread.
   void stopClearing();
 
  signals:
@@ -92,18 +109,42 @@ class AppModel : public QObject {
   void journalChanged();
   void freeSpaceChanged();
   void systemStateChanged();  ///< Extension, login item or notifications.
-  void isRunningChanged();
 
  private:
+  class CommandScope;
+
   std::shared_ptr<Engine> makeEngine();
-  void showFailure(const std::string& action, const std::exception& error);
-  bool isClockTrusted(Date now);
+  QCoro::Task<std::shared_ptr<const Snapshot>> readAndPublish();
+  QCoro::Task<void> serveRefreshes();
+  QCoro::Task<void> clearFolders();
+  QCoro::Task<void> clear(std::int64_t folderID, Date now);
+  QCoro::Task<void> passOver(Folder seen, Date now);
+  bool isClockTrusted(Date now, const std::vector<FolderReport>& reports);
+  void letCommandsFoldersGo();
+  void showFailure(const std::string& action, const std::exception_ptr& error);
   QCoro::Task<void> refreshNotificationAuthorization();
   void publishTemporaryPaths();
   QCoro::Task<void> notifyTomorrow(Date now);
   QCoro::Task<void> notifyOnce(std::string identifier, Date now, std::string title,
                                std::string body);
   QCoro::Task<bool> postNotification(std::string identifier, std::string title, std::string body);
+
+  /// Carries out a command's work on another thread, counted as accepted from now on, and answers
+  /// what it threw, if anything.
+  template <class Work>
+  QCoro::Task<Caught> carryOut(Work work) {
+    _runGate->acceptCommand();
+    const auto counted = [gate = _runGate, work] {
+      const RunGate::Command command(*gate);
+      work();
+    };
+    try {
+      co_await detached(_services.executor, counted);
+    } catch (...) {
+      co_return Caught{std::current_exception()};
+    }
+    co_return Caught{};
+  }
 
   /// Stores a value and tells the observers if it is another one.
   template <class Value>
@@ -114,16 +155,28 @@ class AppModel : public QObject {
   }
 
   Services _services;
-  std::vector<FolderReport> _reports;
-  std::vector<JournalEntry> _journal;
-  std::int64_t _freeSpace = 0;
+  std::shared_ptr<const Snapshot> _snapshot;
+  /// The number of the last reading that began, counted by the readings themselves.
+  std::shared_ptr<std::atomic<std::uint64_t>> _lastReading =
+      std::make_shared<std::atomic<std::uint64_t>>(0);
+  std::uint64_t _shownReading = 0;  ///< That of the snapshot.
+
+  std::shared_ptr<Occurrence> _askedReading;  ///< Done for all who asked; none if nobody has.
+  bool _isServingRefreshes = false;
+
   bool _isFinderExtensionOff = false;
   bool _isLoginItemEnabled = false;
   bool _loginItemNeedsApproval = false;
   bool _isNotificationAuthorized = false;
-  bool _isRunning = false;
+  bool _isRunning = false;  ///< A background cycle is under way.
+
   std::shared_ptr<RunGate> _runGate;
   std::shared_ptr<Engine> _engine;  ///< Shared with the tasks under way.
+  std::shared_ptr<PendingEdits> _edits = std::make_shared<PendingEdits>();
+  std::set<std::int64_t> _putBack;  ///< Journal entries that are back, or on their way.
+  int _commandsUnderWay = 0;
+  std::shared_ptr<Occurrence> _commandsEnded;  ///< What the end of the process waits for.
+  std::vector<std::int64_t> _toLetGo;          ///< Held back by commands that are over.
   ClockCheck _clockCheck;
   QTimer _hourlyTimer;
 };

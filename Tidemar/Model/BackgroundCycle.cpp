@@ -3,10 +3,24 @@
 
 #include "Tidemar/Model/AppModel.h"
 #include "Tidemar/Model/ApplicationLog.h"
-#include "Tidemar/Model/Detached.h"
-#include "TidemarCore/Item.h"
+#include "Tidemar/Model/Failures.h"
 
 namespace tidemar {
+namespace {
+
+/// Sets a flag as long as it lives.
+class Raised {
+ public:
+  explicit Raised(bool& flag) : _flag(flag) { _flag = true; }
+  ~Raised() { _flag = false; }
+  Raised(const Raised&) = delete;
+  Raised& operator=(const Raised&) = delete;
+
+ private:
+  bool& _flag;
+};
+
+}  // namespace
 
 void AppModel::startSchedule() {
   QMetaObject::invokeMethod(
@@ -21,36 +35,79 @@ void AppModel::startSchedule() {
 
 QCoro::Task<void> AppModel::runBackgroundCycle() {
   if (_isRunning) co_return;
-  publish(_isRunning, true, &AppModel::isRunningChanged);
-  const Date now = _services.currentDate();
-  co_await refreshReports();
-
-  // A folder that is added meanwhile waits for the next cycle.
-  std::vector<std::int64_t> folderIDs;
-  if (isClockTrusted(now)) {
-    for (const FolderReport& report : _reports) {
-      if (report.folder.id) folderIDs.push_back(*report.folder.id);
-    }
+  const Raised running(_isRunning);
+  try {
+    co_await clearFolders();
+  } catch (...) {
+    applicationLog().log(LogLevel::error, "A cycle ended early: %{public}s",
+                         textForLog(std::current_exception()));
   }
-  for (const std::int64_t folderID : folderIDs) {
-    const auto run = [engine = _engine, gate = _runGate, folderID, now] {
-      engine->run(folderID, now, *gate);
-    };
-    try {
-      co_await detached(run);
-    } catch (const std::exception& error) {
-      applicationLog().log(LogLevel::error, "Run of folder %lld failed: %{public}s", folderID,
-                           textWithoutPath(error));
+}
+
+QCoro::Task<void> AppModel::clearFolders() {
+  const Date now = _services.currentDate();
+  letCommandsFoldersGo();
+  const std::shared_ptr<const Snapshot> before = _snapshot;
+  // Not one that others share: it has to begin now, and what it saw is the list.
+  const std::shared_ptr<const Snapshot> read = co_await readAndPublish();
+  const std::shared_ptr<const Snapshot> listed = read ? read : before;
+  if (isClockTrusted(now, listed->reports)) {
+    for (const FolderReport& report : listed->reports) {
+      // One that couldn't be read may or may not have been Temporary.
+      if (!report.folder.id || !report.status) continue;
+      if (isTemporary(report)) {
+        co_await clear(*report.folder.id, now);
+      } else {
+        co_await passOver(report.folder, now);
+      }
     }
   }
   co_await refreshReports();
   co_await notifyTomorrow(now);
-  publish(_isRunning, false, &AppModel::isRunningChanged);
 }
 
-bool AppModel::isClockTrusted(Date now) {
+QCoro::Task<void> AppModel::clear(std::int64_t folderID, Date now) {
+  const auto run = [engine = _engine, gate = _runGate, folderID, now] {
+    return engine->run(folderID, now, *gate).failures.size();
+  };
+  try {
+    const std::size_t failures = co_await detached(_services.executor, run);
+    if (failures > 0) {
+      applicationLog().log(LogLevel::error, "Run of folder %lld left %ld items that were to go",
+                           folderID, failures);
+    }
+  } catch (...) {
+    applicationLog().log(LogLevel::error, "Run of folder %lld failed: %{public}s", folderID,
+                         textForLog(std::current_exception()));
+  }
+}
+
+/// What a run does to a folder that isn't Temporary; one that is by now waits for the next cycle.
+QCoro::Task<void> AppModel::passOver(Folder seen, Date now) {
+  const auto pass = [engine = _engine, seen, now] {
+    engine->store().change(seen.id, [&](Folder& row) {
+      if (row.lastRunAt == seen.lastRunAt) row.lastRunAt = now;
+    });
+  };
+  try {
+    co_await detached(_services.executor, pass);
+  } catch (...) {
+    applicationLog().log(LogLevel::error, "Run of folder %lld failed: %{public}s", *seen.id,
+                         textForLog(std::current_exception()));
+  }
+}
+
+/// What commands made known or Temporary before now may be cleared; what those under way make so
+/// may not be.
+void AppModel::letCommandsFoldersGo() {
+  for (const std::int64_t folderID : _toLetGo)
+    _runGate->letGo(folderID);
+  _toLetGo.clear();
+}
+
+bool AppModel::isClockTrusted(Date now, const std::vector<FolderReport>& reports) {
   std::optional<Date> latestKnown;
-  for (const FolderReport& report : _reports)
+  for (const FolderReport& report : reports)
     latestKnown =
         laterDate(latestKnown, std::max(report.folder.createdAt, report.folder.lastRunAt));
   if (_clockCheck.isTrusted({now, _services.secondsSinceBoot()}, latestKnown)) return true;

@@ -1,8 +1,6 @@
 #pragma once
 
-#include <QCoroFuture>
 #include <QCoroTask>
-#include <QtConcurrentRun>
 #include <exception>
 #include <memory>
 #include <optional>
@@ -10,35 +8,39 @@
 #include <utility>
 #include <variant>
 
+#include "Tidemar/Model/Executor.h"
+#include "Tidemar/Model/Occurrence.h"
+
 namespace tidemar {
 
-/// Runs a copy of some slow work on a thread of the pool and comes back to the awaiting thread with
-/// its result, or with the exception that it threw. The work gets nothing that belongs to the main
-/// thread. It has to be a variable: g++ 12 destroys a closure twice that is made inside a co_await
-/// expression.
+/// Lets the executor carry out a copy of some slow work and comes back to the main thread with its
+/// result, or with the exception that it threw. It has to be a variable: g++ 12 destroys a closure
+/// twice that is made inside a co_await expression.
 template <class Work>
-QCoro::Task<std::invoke_result_t<Work&>> detached(Work& work) {
-  using Result = std::invoke_result_t<Work&>;
+QCoro::Task<std::invoke_result_t<const Work&>> detached(Executor& executor, const Work& work) {
+  using Result = std::invoke_result_t<const Work&>;
   using Value = std::conditional_t<std::is_void_v<Result>, std::monostate, Result>;
   struct Outcome {
     std::optional<Value> value;
     std::exception_ptr error;
+    Occurrence arrival;
   };
-  // Qt carries no exceptions but its own across threads.
   const auto outcome = std::make_shared<Outcome>();
-  const QFuture<void> future = QtConcurrent::run([outcome, work]() mutable {
-    try {
-      if constexpr (std::is_void_v<Result>) {
-        work();
-        outcome->value.emplace();
-      } else {
-        outcome->value.emplace(work());
-      }
-    } catch (...) {
-      outcome->error = std::current_exception();
-    }
-  });
-  co_await future;
+  executor.start(
+      [outcome, work] {
+        try {
+          if constexpr (std::is_void_v<Result>) {
+            work();
+            outcome->value.emplace();
+          } else {
+            outcome->value.emplace(work());
+          }
+        } catch (...) {
+          outcome->error = std::current_exception();
+        }
+      },
+      [outcome] { outcome->arrival.happen(); });
+  co_await outcome->arrival;
   if (outcome->error) std::rethrow_exception(outcome->error);
   if constexpr (!std::is_void_v<Result>) co_return std::move(*outcome->value);
 }

@@ -1,100 +1,118 @@
 #include <algorithm>
+#include <memory>
 #include <utility>
 
-#include "Tidemar/Model/AppModel.h"
-#include "Tidemar/Model/Detached.h"
+#include "Tidemar/Model/CommandScope.h"
+#include "Tidemar/Model/Failures.h"
 #include "TidemarUI/State/FailureLine.h"
 #include "TidemarUI/State/Labels.h"
-#include "TidemarUI/State/SystemBin.h"
 
 namespace tidemar {
 namespace {
 
 /// The folder's row as it stands: a run, a move of the folder or another command may have changed
-/// it since the screen was drawn that the command came from.
+/// it since the screen was drawn that the command came from. Throws where it was forgotten since:
+/// no folder is to be Temporary that isn't known.
 Folder currentRow(const Engine& engine, const Folder& shown) {
-  return shown.id ? engine.store().folder(*shown.id).value_or(shown) : shown;
+  if (!shown.id) throw MissingValue();
+  std::optional<Folder> row = engine.store().folder(*shown.id);
+  if (!row) throw Engine::Failure(Engine::Failure::FolderNotFound{*shown.id});
+  return *std::move(row);
+}
+
+/// Whether an adding of that date has made the row itself: one that is found has the date of its
+/// own.
+bool isNew(const Folder& folder, Date now) {
+  return folder.createdAt == now;
 }
 
 }  // namespace
 
 QCoro::Task<std::optional<Folder>> AppModel::addFolder(FileURL url) {
-  const auto add = [engine = _engine, url, now = _services.currentDate()] {
-    return engine->addFolder(url, now);
-  };
-  std::optional<Folder> folder;
-  try {
-    folder = co_await detached(add);
-  } catch (const std::exception& error) {
-    showFailure(addingFolder(url.path()), error);
-    co_return std::nullopt;
+  const auto folder = std::make_shared<std::optional<Folder>>();
+  {
+    CommandScope scope(*this);
+    const Date now = _services.currentDate();
+    const auto add = [engine = _engine, gate = _runGate, url, now, folder] {
+      *folder = engine->addFolder(url, now);
+      if (isNew(**folder, now)) gate->holdBack((*folder)->id.value());
+    };
+    if (const Caught caught = co_await carryOut(add)) {
+      showFailure(addingFolder(url.path()), caught.error);
+      co_return std::nullopt;
+    }
+    if (isNew(**folder, now)) scope.wasHeldBack((*folder)->id.value());
   }
   co_await refreshReports();
-  co_return folder;
+  co_return *folder;
 }
 
 QCoro::Task<void> AppModel::setTemporary(Folder folder, bool isTemporary) {
-  const auto set = [engine = _engine, gate = _runGate, folder, isTemporary,
-                    now = _services.currentDate()] {
-    // A tag without its moment in the row would have the last restart empty the folder.
-    const RunGate::Passage passage(*gate);
-    if (gate->isClosed()) return;
-    engine->setTemporary(currentRow(*engine, folder), isTemporary, now);
-  };
-  try {
-    co_await detached(set);
-  } catch (const std::exception& error) {
-    showFailure(settingTemporary(folder.path, isTemporary), error);
+  {
+    CommandScope scope(*this);
+    if (isTemporary && folder.id) scope.holdBack(*folder.id);
+    const auto set = [engine = _engine, gate = _runGate, folder, isTemporary,
+                      now = _services.currentDate()] {
+      // A tag without its moment in the row would have the last restart empty the folder.
+      const RunGate::Passage passage(*gate);
+      if (gate->isShut()) return;
+      engine->setTemporary(currentRow(*engine, folder), isTemporary, now);
+    };
+    if (const Caught caught = co_await carryOut(set))
+      showFailure(settingTemporary(folder.path, isTemporary), caught.error);
   }
   co_await refreshReports();
 
   // The first Temporary folder is the moment to ask.
-  const auto isTagged = [](const FolderReport& report) {
-    return report.status && report.status->isTagged;
-  };
-  if (isTemporary && std::ranges::count_if(_reports, isTagged) == 1)
+  if (isTemporary && std::ranges::count_if(reports(), tidemar::isTemporary) == 1)
     requestNotificationPermission();
 }
 
 QCoro::Task<void> AppModel::removeFolder(Folder folder) {
-  const auto forget = [engine = _engine, folder] { engine->forget(folder); };
-  try {
-    co_await detached(forget);
-  } catch (const std::exception& error) {
-    showFailure(removingFolder(folder.path), error);
+  {
+    const CommandScope scope(*this);
+    const auto forget = [engine = _engine, folder] { engine->forget(folder); };
+    if (const Caught caught = co_await carryOut(forget))
+      showFailure(removingFolder(folder.path), caught.error);
   }
   co_await refreshReports();
 }
 
-QCoro::Task<void> AppModel::changeSettings(Folder folder, TemporarySettings settings) {
-  const auto change = [engine = _engine, folder, settings] {
-    engine->store().change(folder.id, [&](Folder& row) { row.settings = settings; });
-  };
-  try {
-    co_await detached(change);
-  } catch (const std::exception& error) {
-    showFailure(changingSettings(), error);
+QCoro::Task<void> AppModel::changeSettings(std::int64_t folderID, TemporarySettings shown,
+                                           TemporarySettings wanted) {
+  {
+    const CommandScope scope(*this);
+    const auto change = [engine = _engine, edits = _edits,
+                         number = _edits->add(folderID, shown, wanted)] {
+      edits->write(engine->store(), number);
+    };
+    if (const Caught caught = co_await carryOut(change))
+      showFailure(changingSettings(), caught.error);
   }
   co_await refreshReports();
 }
 
 QCoro::Task<void> AppModel::putBack(std::vector<std::int64_t> journalEntryIDs) {
-  std::vector<std::string> lines;
-  for (const std::int64_t id : journalEntryIDs) {
-    const auto undo = [engine = _engine, gate = _runGate, id, now = _services.currentDate()] {
-      const RunGate::Passage passage(*gate);
-      // The process may end at any moment from now on, between the move and its record too.
-      if (!gate->isClosed()) engine->undo(id, now);
-    };
-    try {
-      co_await detached(undo);
-    } catch (const std::exception& error) {
-      lines.push_back(failureLine(error, SystemBin::name()));
+  {
+    const CommandScope scope(*this);
+    // Pressed again while the screen doesn't show the end yet, it would fail for what succeeded.
+    std::erase_if(journalEntryIDs, [this](std::int64_t id) { return !_putBack.insert(id).second; });
+    std::vector<std::string> lines;
+    for (const std::int64_t id : journalEntryIDs) {
+      const auto undo = [engine = _engine, gate = _runGate, id, now = _services.currentDate()] {
+        const RunGate::Passage passage(*gate);
+        // The process may end at any moment from now on, between the move and its record too.
+        if (!gate->isShut()) engine->undo(id, now);
+      };
+      if (const Caught caught = co_await carryOut(undo)) {
+        lines.push_back(lineForUser(caught.error));
+        _putBack.erase(id);
+      }
     }
-  }
-  if (!lines.empty()) {
-    _services.alerts.run({.message = std::string(labels::someItemsNotPutBack),
-                          .information = putBackFailureText(std::move(lines))});
+    if (!lines.empty()) {
+      _services.alerts.run({.message = std::string(labels::someItemsNotPutBack),
+                            .information = putBackFailureText(std::move(lines))});
+    }
   }
   co_await refreshReports();
 }

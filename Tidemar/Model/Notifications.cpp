@@ -1,19 +1,28 @@
+#include <memory>
+#include <vector>
+
 #include "Tidemar/Model/AppModel.h"
 #include "Tidemar/Model/ApplicationLog.h"
+#include "Tidemar/Model/Failures.h"
 #include "TidemarUI/State/SystemBin.h"
 #include "TidemarUI/State/TomorrowNotification.h"
 
 namespace tidemar {
 
 QCoro::Task<void> AppModel::notifyTomorrow(Date now) {
-  // The reports may be replaced while a notification is under way.
-  const std::vector<FolderReport> reports = _reports;
-  for (const FolderReport& report : reports) {
-    const auto notification =
-        tomorrowNotification(report, now, _services.currentCalendar(), SystemBin::name());
-    if (!notification) continue;
-    co_await notifyOnce(notification->identifier, now, notification->title, notification->body);
-  }
+  const auto calendar = std::make_shared<const Calendar>(_services.currentCalendar());
+  const auto compose = [snapshot = _snapshot, calendar, now, bin = SystemBin::name()] {
+    std::vector<TomorrowNotification> notifications;
+    for (const FolderReport& report : snapshot->reports) {
+      if (auto notification = tomorrowNotification(report, now, *calendar, bin))
+        notifications.push_back(*std::move(notification));
+    }
+    return notifications;
+  };
+  const std::vector<TomorrowNotification> notifications =
+      co_await detached(_services.executor, compose);
+  for (const TomorrowNotification& notification : notifications)
+    co_await notifyOnce(notification.identifier, now, notification.title, notification.body);
 }
 
 QCoro::Task<void> AppModel::notifyOnce(std::string identifier, Date now, std::string title,
@@ -24,9 +33,9 @@ QCoro::Task<void> AppModel::notifyOnce(std::string identifier, Date now, std::st
   if (!co_await postNotification(identifier, title, body)) co_return;
   try {
     _services.standardDefaults.setString(key, today);
-  } catch (const std::exception& error) {
+  } catch (...) {
     applicationLog().log(LogLevel::error, "Notification failed: %{public}s",
-                         textWithoutPath(error));
+                         textForLog(std::current_exception()));
   }
 }
 
@@ -35,9 +44,9 @@ QCoro::Task<bool> AppModel::postNotification(std::string identifier, std::string
   try {
     co_await _services.notifications.add(identifier, title, body);
     co_return true;
-  } catch (const std::exception& error) {
+  } catch (...) {
     applicationLog().log(LogLevel::error, "Notification failed: %{public}s",
-                         textWithoutPath(error));
+                         textForLog(std::current_exception()));
   }
   co_return false;
 }

@@ -9,6 +9,7 @@
 #include "Platform/Files/FileManager.h"
 #include "Platform/Locale/Calendar.h"
 #include "Platform/UserDefaults.h"
+#include "Tidemar/Model/Executor.h"
 #include "TidemarCore/Date.h"
 
 namespace tidemar {
@@ -16,6 +17,7 @@ namespace tidemar {
 /// What the model needs of the platform. All of it outlives the model. `fileManager` and
 /// `currentDate` are used from any thread, the rest on the main thread.
 struct Services {
+  Executor& executor;
   const FileManager& fileManager;
   NotificationCenter& notifications;
   LoginItem& loginItem;

@@ -81,11 +81,11 @@ class Engine {
 
   /// Clears what is due, oldest first, and sets the folder's `lastRunAt` to `now`, which is also
   /// the `performedAt` of every entry. Ends early when the tag is no longer there before an item,
-  /// as a run does that has nothing left to do; and when `gate` was closed, without `lastRunAt`,
-  /// since the rest is still to be cleared. Never ends in the middle of an item. While it clears it
-  /// holds a passage of the gate. An item that can't be removed, or for which there would be no
-  /// entry, is reported and doesn't end the run. Throws only where the folder can't be read, before
-  /// anything is touched, or where `lastRunAt` can't be written.
+  /// as a run does that has nothing left to do; and when `gate` was closed, for all folders or for
+  /// this one, without `lastRunAt`, since the rest is still to be cleared. Never ends in the middle
+  /// of an item. While it clears it holds a passage of the gate. An item that can't be removed, or
+  /// for which there would be no entry, is reported and doesn't end the run. Throws only where the
+  /// folder can't be read, before anything is touched, or where `lastRunAt` can't be written.
   RunResult run(std::int64_t folderID, Date now, RunGate& gate);
 
   /// Puts one item back from the Bin into its folder, wherever that lies now, under its own name.

@@ -36,7 +36,7 @@ RunResult Engine::run(std::int64_t folderID, Date now, RunGate& gate) {
   std::exception_ptr databaseIsHeld;
   bool isCutShort = false;
   for (const Removal& removal : status.dueNow) {
-    isCutShort = gate.isClosed();
+    isCutShort = gate.isClosed(folderID);
     if (isCutShort || !TemporaryTag::isTagged(*place)) break;
     try {
       // Another program was waited for long enough; the rest of the items isn't touched.

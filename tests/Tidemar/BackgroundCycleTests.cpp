@@ -7,6 +7,7 @@
 #include <sys/stat.h>
 
 #include "FakeServices.h"
+#include "Tidemar/Model/WaitingPool.h"
 
 namespace tidemar {
 namespace {
@@ -26,7 +27,6 @@ TEST(BackgroundCycle, ClearsWhatIsOldAndReadsTheResult) {
   world.runCycle();
   EXPECT_EQ(world.disk.names("/f"), "new");
   EXPECT_EQ(world.removedNames(), "old");
-  EXPECT_FALSE(world.model->isRunning());
   EXPECT_EQ(world.model->reports().at(0).status->items.size(), 1U);
   EXPECT_EQ(world.model->freeSpace(), 500);
 }
@@ -38,9 +38,8 @@ TEST(BackgroundCycle, ATriggerDuringACycleIsDropped) {
   world.disk.operations().clear();
 
   auto cycle = world.model->runBackgroundCycle();
-  EXPECT_TRUE(world.model->isRunning());
   QCoro::waitFor(world.model->runBackgroundCycle());
-  EXPECT_TRUE(world.model->isRunning()) << "the second trigger must not wait for the first cycle";
+  EXPECT_FALSE(cycle.isReady()) << "the second trigger must not wait for the first cycle";
   QCoro::waitFor(std::move(cycle));
   // A cycle reads the folder before the run, in it and after it.
   EXPECT_EQ(std::ranges::count(world.disk.operations(), "list /f"), 3);
@@ -118,7 +117,8 @@ TEST(BackgroundCycle, AStartByAClockFarAheadOfAllThatIsKnownClearsNothingAtOnce)
 }
 
 TEST(BackgroundCycle, SlowFilesLeaveTheMainThreadFree) {
-  ModelWorld world;
+  WaitingPool pool(1);
+  ModelWorld world(&pool);
   world.disk.draw("/f/\n  old " + age(91));
   world.makeTemporary("/f");
 
@@ -136,7 +136,8 @@ TEST(BackgroundCycle, SlowFilesLeaveTheMainThreadFree) {
 }
 
 TEST(BackgroundCycle, StoppingEndsARunBetweenTwoItemsAndWaitsForItsEnd) {
-  ModelWorld world;
+  WaitingPool pool(1);
+  ModelWorld world(&pool);
   world.disk.draw("/f/\n  a " + age(94) + "\n  b " + age(93) + "\n  c " + age(92));
   const std::int64_t id = world.makeTemporary("/f");
 

@@ -5,9 +5,10 @@
 
 namespace tidemar::testing {
 
-ModelWorld::ModelWorld() {
+ModelWorld::ModelWorld(Executor* executor) {
   model =
-      std::make_unique<AppModel>(Services{.fileManager = disk,
+      std::make_unique<AppModel>(Services{.executor = executor == nullptr ? ordered : *executor,
+                                          .fileManager = disk,
                                           .notifications = notifications,
                                           .loginItem = loginItem,
                                           .finderExtension = finderExtension,
@@ -22,7 +23,7 @@ ModelWorld::ModelWorld() {
 std::int64_t ModelWorld::makeTemporary(const std::string& path, TemporarySettings settings) {
   const Folder folder = QCoro::waitFor(model->addFolder(FileURL(path))).value();
   QCoro::waitFor(model->setTemporary(folder, true));
-  QCoro::waitFor(model->changeSettings(model->reportForFolderAt(FileURL(path))->folder, settings));
+  QCoro::waitFor(model->changeSettings(*folder.id, {}, settings));
   return *folder.id;
 }
 

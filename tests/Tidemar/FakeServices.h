@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "OrderedExecutor.h"
 #include "Tidemar/Model/AppModel.h"
 #include "support/FakeFileManager.h"
 #include "support/ScopedEnvironment.h"
@@ -65,7 +66,9 @@ class ModelWorld {
  public:
   static constexpr double start = 1'800'000'000;
 
-  ModelWorld();
+  /// Detached work is done by `executor`, which outlives the model, or else by one on the main
+  /// thread, which the disk in memory is made for.
+  explicit ModelWorld(Executor* executor = nullptr);
 
   /// Makes a folder on the disk known and Temporary, and answers its row id.
   std::int64_t makeTemporary(const std::string& path, TemporarySettings settings = {});
@@ -77,6 +80,7 @@ class ModelWorld {
 
   TemporaryDirectory directory;
   ScopedEnvironment dataHome{"XDG_DATA_HOME", directory.path("data")};
+  OrderedExecutor ordered;
   FakeFileManager disk;
   RecordingAlerts alerts;
   FakeNotificationCenter notifications;

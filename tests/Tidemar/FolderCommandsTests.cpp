@@ -29,7 +29,7 @@ TEST(FolderCommands, EachFailureIsToldInItsOwnWords) {
   QCoro::waitFor(world.model->setTemporary(folder, false));
   Folder gone = folder;
   gone.id = 99;
-  QCoro::waitFor(world.model->changeSettings(gone, {}));
+  QCoro::waitFor(world.model->changeSettings(99, {}, {}));
   gone.id = std::nullopt;
   QCoro::waitFor(world.model->removeFolder(gone));
   ASSERT_EQ(world.alerts.told.size(), 4U);
@@ -53,7 +53,7 @@ TEST(FolderCommands, NewSettingsKeepWhatARunWroteMeanwhile) {
   world.runCycle();
   TemporarySettings settings;
   settings.maxAgeDays = 7;
-  QCoro::waitFor(world.model->changeSettings(asShown, settings));
+  QCoro::waitFor(world.model->changeSettings(*asShown.id, asShown.settings, settings));
   EXPECT_EQ(world.model->reports().at(0).folder.settings, settings);
   EXPECT_EQ(world.model->reports().at(0).folder.lastRunAt, Date{ModelWorld::start + 100});
 }

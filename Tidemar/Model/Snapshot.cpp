@@ -1,0 +1,62 @@
+#include "Tidemar/Model/Snapshot.h"
+
+#include <exception>
+#include <optional>
+
+#include "Tidemar/Model/ApplicationLog.h"
+#include "Tidemar/Model/Failures.h"
+
+namespace tidemar {
+namespace {
+
+constexpr double journalSeconds = 7 * secondsPerDay;
+
+std::int64_t freeSpaceOfHome(const FileManager& fileManager) {
+  try {
+    return fileManager.volumeCapacity(fileManager.homeDirectoryForCurrentUser())
+        .available.value_or(0);
+  } catch (const std::exception&) {
+    // An unknown free space is shown as none; the rules read their own.
+    return 0;
+  }
+}
+
+FolderReport readFolder(Engine& engine, const Folder& folder, Date now) {
+  FolderReport report{folder, std::nullopt};
+  if (!folder.id) return report;
+  try {
+    report.status = engine.status(*folder.id, now);
+  } catch (...) {
+    // One folder that can't be read must not hide the others.
+    applicationLog().log(LogLevel::error, "Couldn't read folder %lld: %{public}s", *folder.id,
+                         textForLog(std::current_exception()));
+  }
+  return report;
+}
+
+}  // namespace
+
+Snapshot readSnapshot(Engine& engine, const FileManager& fileManager,
+                      const std::function<Date()>& currentDate) {
+  const Date since = currentDate() - journalSeconds;
+  Snapshot snapshot;
+  for (const Folder& folder : engine.store().folders())
+    snapshot.reports.push_back(readFolder(engine, folder, currentDate()));
+  snapshot.journal = engine.store().journalSince(since);
+  snapshot.freeSpace = freeSpaceOfHome(fileManager);
+  return snapshot;
+}
+
+bool isTemporary(const FolderReport& report) noexcept {
+  return report.status && report.status->isTagged;
+}
+
+std::vector<std::string> temporaryPaths(const Snapshot& snapshot) {
+  std::vector<std::string> paths;
+  for (const FolderReport& report : snapshot.reports) {
+    if (isTemporary(report)) paths.push_back(report.folder.path);
+  }
+  return paths;
+}
+
+}  // namespace tidemar

@@ -1,0 +1,219 @@
+#include <algorithm>
+#include <cstdlib>
+#include <map>
+#include <random>
+
+#include <gtest/gtest.h>
+
+#include "FakeServices.h"
+#include "TidemarKit/Store/Store.h"
+
+namespace tidemar {
+namespace {
+
+using namespace testing;
+
+enum class Act { refresh, add, settings, switchTag, forget, putBack, cycle, link, quit };
+constexpr int actCount = 9;
+
+/// A model whose detached work is done and delivered in the order that the test asks for, and the
+/// user, who acts on what the screen shows at the moment.
+class OverlappingWorld : public ModelWorld {
+ public:
+  OverlappingWorld() {
+    const std::string old =
+        " @" + std::to_string(static_cast<std::int64_t>(start - 91 * secondsPerDay));
+    disk.draw("/a/\n  back" + old + "\n/b/\n/c/\n  old" + old + "\n/d/\n  old" + old);
+    disk.tags("/c") = {"Tidemar: Temporary"};
+    edited = makeTemporary("/a");
+    runCycle();
+    disk.draw("/a/old" + old + "\n/b/old" + old);
+    switched = *QCoro::waitFor(model->addFolder(FileURL("/b")))->id;
+    ordered.becomeManual();
+    look();
+  }
+
+  void act(Act what) {
+    switch (what) {
+      case Act::refresh:
+        return keep(model->refreshReports());
+      case Act::add:
+        return keep(model->addFolder(FileURL("/c")));
+      case Act::settings:
+        return edit();
+      case Act::switchTag:
+        if (const FolderReport* report = model->reportForFolder(switched))
+          keep(model->setTemporary(report->folder, !isTemporary(*report)));
+        return;
+      case Act::forget:
+        if (const FolderReport* report = model->reportForFolder(switched))
+          keep(model->removeFolder(report->folder));
+        return;
+      case Act::putBack:
+        return keep(model->putBack({1}));
+      case Act::cycle:
+        if (_cycle.isReady()) ++_cyclesBegun;
+        // A call during a cycle is dropped.
+        if (_cycle.isReady()) {
+          _cycle = model->runBackgroundCycle();
+        } else {
+          keep(model->runBackgroundCycle());
+        }
+        return;
+      case Act::link:
+        return keep(model->open("tidemar://folder?path=/d"));
+      case Act::quit:
+        return keep(model->finishCommands());
+    }
+  }
+
+  void step(std::size_t index) {
+    ordered.take(index);
+    look();
+  }
+
+  void expectAgreement() {
+    EXPECT_EQ(ordered.stepCount(), 0U);
+    EXPECT_TRUE(_cycle.isReady());
+    EXPECT_EQ(_unfinished, 0);
+
+    const Store store(directory.path("data/Tidemar/tidemar.sqlite"));
+    std::vector<Folder> shown;
+    std::vector<std::string> temporary;
+    for (const FolderReport& report : model->reports()) {
+      shown.push_back(report.folder);
+      if (disk.tags(report.folder.path) != std::vector<std::string>{}) {
+        EXPECT_TRUE(isTemporary(report)) << report.folder.path;
+        temporary.push_back(report.folder.path);
+      } else {
+        EXPECT_FALSE(isTemporary(report)) << report.folder.path;
+      }
+    }
+    EXPECT_EQ(shown, store.folders());
+    EXPECT_EQ(model->journal(), store.journalSince(Date{0}));
+    EXPECT_EQ(sharedDefaults.stringArray("temporaryFolderPaths"), temporary);
+    EXPECT_EQ(store.folder(edited)->settings, _typed);
+    if (!store.folder(switched)) {
+      EXPECT_EQ(disk.tags("/b"), std::vector<std::string>{});
+    }
+    for (const std::string& alert : alerts.told)
+      EXPECT_EQ(alert.find("put back"), std::string::npos) << alert;
+  }
+
+  std::int64_t edited = 0;
+  std::int64_t switched = 0;
+
+ private:
+  template <class Result>
+  void keep(QCoro::Task<Result> task) {
+    ++_unfinished;
+    count(std::move(task));
+  }
+  template <class Result>
+  QCoro::Task<void> count(QCoro::Task<Result> task) {
+    co_await task;
+    --_unfinished;
+  }
+
+  static QCoro::Task<void> nothing() { co_return; }
+
+  /// Types a number that was never there, now into one field and now into the other.
+  void edit() {
+    const TemporarySettings seen = model->reportForFolder(edited)->folder.settings;
+    TemporarySettings wanted = seen;
+    ++_edits;
+    if (_edits % 2 == 0) {
+      wanted.maxAgeDays = _typed.maxAgeDays = 30 + _edits;
+    } else {
+      wanted.sizeLimit = _typed.sizeLimit = 1'000'000 + _edits;
+    }
+    keep(model->changeSettings(edited, seen, wanted));
+  }
+
+  /// Notes when a folder became known and Temporary, and expects that what was cleared was cleared
+  /// by a cycle that began later, and that no reading is shown in place of a later one.
+  void look() {
+    // The free space tells at which moment a reading was made.
+    EXPECT_GE(model->freeSpace(), _shownMoment) << "an older reading replaced a newer one";
+    _shownMoment = model->freeSpace();
+    disk.capacity.available = ++_moment;
+
+    const Store store(directory.path("data/Tidemar/tidemar.sqlite"));
+    const std::vector<Folder> rows = store.folders();
+    for (const char* path : {"/a", "/b", "/c", "/d"}) {
+      const bool isKnown = std::ranges::find(rows, path, &Folder::path) != rows.end();
+      const bool isClearable = isKnown && !disk.tags(path).empty();
+      const bool isThere = disk.exists(std::string(path) + "/old");
+      Seen& seen = _seen[path];
+      if (isClearable && !seen.isClearable) seen.since = _cyclesBegun;
+      if (seen.isThere && !isThere) {
+        EXPECT_LT(seen.since, _cyclesBegun) << path << " wasn't Temporary when the cycle began";
+      }
+      seen.isClearable = isClearable;
+      seen.isThere = isThere;
+    }
+  }
+
+  struct Seen {
+    bool isClearable = false;
+    bool isThere = false;
+    int since = 0;
+  };
+
+  std::map<std::string, Seen> _seen;
+  QCoro::Task<void> _cycle = nothing();
+  std::int64_t _moment = 1000;
+  std::int64_t _shownMoment = 0;
+  int _cyclesBegun = 0;
+  int _unfinished = 0;
+  int _edits = 0;
+  TemporarySettings _typed;
+};
+
+/// The full number where the environment asks for it.
+int numberOf(int few, int all) {
+  return std::getenv("TIDEMAR_ALL_ORDERS") == nullptr ? few : all;
+}
+
+TEST(Overlap, TwoActsAgreeInAnyOrder) {
+  const int bits = numberOf(1, 6);
+  for (int acts = 0; acts < actCount * actCount; ++acts) {
+    for (int order = 0; order < 1 << bits; ++order) {
+      SCOPED_TRACE("acts " + std::to_string(acts) + ", order " + std::to_string(order));
+      OverlappingWorld world;
+      world.act(static_cast<Act>(acts / actCount));
+      world.act(static_cast<Act>(acts % actCount));
+      for (int turn = 0; world.ordered.stepCount() > 0; ++turn) {
+        const bool takesNewest = ((order >> turn % bits) & 1) != 0;
+        world.step(takesNewest ? world.ordered.stepCount() - 1 : 0);
+      }
+      world.expectAgreement();
+      if (HasFailure()) return;
+    }
+  }
+}
+
+TEST(Overlap, FiveActsAgreeInRandomOrders) {
+  const int seeds = numberOf(60, 10'000);
+  for (int seed = 0; seed < seeds; ++seed) {
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    std::mt19937 random(static_cast<std::uint32_t>(seed));
+    const auto below = [&](std::size_t bound) { return random() % bound; };
+    OverlappingWorld world;
+    for (int acts = 0; acts < 5 || world.ordered.stepCount() > 0;) {
+      const std::size_t steps = world.ordered.stepCount();
+      if (acts < 5 && (steps == 0 || below(3) == 0)) {
+        world.now = world.now + 1;
+        world.act(static_cast<Act>(below(actCount)));
+        ++acts;
+      } else {
+        world.step(below(steps));
+      }
+    }
+    world.expectAgreement();
+    if (HasFailure()) return;
+  }
+}
+
+}  // namespace
+}  // namespace tidemar
