@@ -1,6 +1,7 @@
 #include <QApplication>
 #include <QCloseEvent>
 #include <QMenu>
+#include <QTest>
 
 #include <gtest/gtest.h>
 
@@ -9,6 +10,7 @@
 #include "Tidemar/Popover.h"
 #include "Tidemar/WindowCoordinator.h"
 #include "TidemarUI/Views/MainView.h"
+#include "TidemarUI/Views/NumberFieldView.h"
 
 namespace tidemar::testing {
 namespace {
@@ -163,6 +165,23 @@ TEST_F(WindowCoordinatorTest, AnEditOnTopOfOneThatIsBeingWrittenLosesNeither) {
   for (int turn = 0; turn < 100 && stored() != both; ++turn)
     QApplication::processEvents(QEventLoop::WaitForMoreEvents);
   EXPECT_EQ(stored(), both);
+}
+
+TEST_F(WindowCoordinatorTest, WhatIsTypedWhenTheApplicationEndsIsKept) {
+  windows.showMain(FileURL("/home/ada/Downloads"));
+  finishWork();
+  NumberFieldView* field = nullptr;
+  for (QWidget* widget : mainView().findChildren<QWidget*>()) {
+    if (field == nullptr) field = dynamic_cast<NumberFieldView*>(widget);
+  }
+  ASSERT_NE(field, nullptr);
+  field->setFocus();
+  field->selectAll();
+  QTest::keyClicks(field, "12");
+  windows.hideAll();
+  QCoro::waitFor(world.model->finishCommands());
+  QCoro::waitFor(world.model->refreshReports());
+  EXPECT_EQ(world.model->reports().front().folder.settings.maxAgeDays, 12);
 }
 
 TEST_F(WindowCoordinatorTest, UpdatesCanBeCheckedForOnceTheServiceSaysSo) {
