@@ -15,7 +15,14 @@ MainContainerView::MainContainerView(const ScreenContext& context, MainWindowSta
     : _context(context),
       _windowState(windowState),
       _view(new MainView(context.currentFormats(), SystemBin::name())),
+      _states(context.model.executor(),
+              [this](auto state) {
+                if (state) _view->setState(std::move(state));
+                _view->setUpdatesEnabled(true);
+              }),
       _observer(context.model, [this] { refresh(); }) {
+  // Until the first state is there nothing is shown, rather than no folders.
+  _view->setUpdatesEnabled(false);
   auto* column = new QVBoxLayout(this);
   column->setContentsMargins(0, 0, 0, 0);
   column->addWidget(_view);
@@ -43,10 +50,13 @@ void MainContainerView::connectClosures() {
 }
 
 void MainContainerView::refresh() {
-  const AppModel& model = _context.model;
-  _view->setState(std::make_shared<const MainState>(
-      mainState(model.reports(), model.journal(), model.freeSpace(), model.isFinderExtensionOff(),
-                _context.currentDate(), _context.currentFormats(), SystemBin::name())));
+  _states.ask([snapshot = _context.model.snapshot(),
+               isExtensionOff = _context.model.isFinderExtensionOff(),
+               now = _context.currentDate(), formats = _context.currentFormats(),
+               bin = SystemBin::name()] {
+    return mainState(snapshot->reports, snapshot->journal, snapshot->freeSpace, isExtensionOff, now,
+                     formats, bin);
+  });
 }
 
 void MainContainerView::chooseFolder() {

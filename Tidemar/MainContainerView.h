@@ -5,6 +5,8 @@
 #include "Tidemar/MainWindowState.h"
 #include "Tidemar/ModelObserver.h"
 #include "Tidemar/ScreenContext.h"
+#include "Tidemar/StateMaker.h"
+#include "TidemarUI/State/MainState.h"
 
 namespace tidemar {
 
@@ -32,6 +34,7 @@ class MainContainerView : public QWidget {
   const ScreenContext& _context;
   MainWindowState& _windowState;
   MainView* _view;
+  StateMaker<MainState> _states;
   ModelObserver _observer;
 };
 

@@ -8,6 +8,7 @@
 #include <QShortcut>
 #include <QVBoxLayout>
 #include <algorithm>
+#include <utility>
 
 #include "Platform/Desktop/TaskBar.h"
 #include "Tidemar/WindowCoordinator.h"
@@ -49,6 +50,8 @@ Popover::Popover(WindowCoordinator& windows)
     : QWidget(nullptr, canBePlaced() ? Qt::Tool | Qt::FramelessWindowHint : Qt::Window),
       _windows(windows),
       _view(new MenuBarView),
+      _states(windows.context().model.executor(),
+              [this](auto state) { show(std::move(state)); }),
       _observer(windows.context().model, [this] { refresh(); }) {
   setWindowTitle(textOf(labels::tidemar));
   auto* column = new QVBoxLayout(this);
@@ -86,23 +89,35 @@ void Popover::toggle(const QRect& icon) {
   }
   if (_sinceFocusLoss.isValid() && _sinceFocusLoss.elapsed() < sameClick) return;
   _icon = icon.isEmpty() ? QRect(QCursor::pos(), QSize(1, 1)) : icon;
-  if (canBePlaced()) TaskBar::leaveOut(*this);
-  show();
+  _isOpening = !_isOpening;
   refresh();
-  raise();
-  activateWindow();
-  _view->setFocus();
 }
 
 void Popover::refresh() {
   // What nobody sees is built once it is shown.
-  if (!isVisible()) return;
+  if (!isVisible() && !_isOpening) return;
   const ScreenContext& context = _windows.context();
-  const AppModel& model = context.model;
-  _view->setState(std::make_shared<const MenuBarState>(menuBarState(
-      model.reports(), model.journal(), model.freeSpace(), model.isFinderExtensionOff(),
-      context.currentDate(), context.currentFormats(), SystemBin::name())));
+  _states.ask([snapshot = context.model.snapshot(),
+               isExtensionOff = context.model.isFinderExtensionOff(), now = context.currentDate(),
+               formats = context.currentFormats(), bin = SystemBin::name()] {
+    return menuBarState(snapshot->reports, snapshot->journal, snapshot->freeSpace, isExtensionOff,
+                        now, formats, bin);
+  });
+}
+
+void Popover::show(std::shared_ptr<const MenuBarState> state) {
+  const bool isOpening = std::exchange(_isOpening, false);
+  if (isOpening) {
+    if (canBePlaced()) TaskBar::leaveOut(*this);
+    QWidget::show();
+  }
+  if (state) _view->setState(std::move(state));
   place();
+  if (isOpening) {
+    raise();
+    activateWindow();
+    _view->setFocus();
+  }
 }
 
 void Popover::place() {

@@ -6,6 +6,8 @@
 
 #include "Tidemar/ModelObserver.h"
 #include "Tidemar/ScreenContext.h"
+#include "Tidemar/StateMaker.h"
+#include "TidemarUI/State/MenuBarState.h"
 
 namespace tidemar {
 
@@ -20,7 +22,7 @@ class Popover : public QWidget {
  public:
   explicit Popover(WindowCoordinator& windows);
 
-  /// Opens it at the icon, or closes it. `icon` is where that stands on the screen; an empty
+  /// Opens it at the icon as soon as its content is made, or closes it. `icon` is where that stands on the screen; an empty
   /// rectangle if that isn't known.
   void toggle(const QRect& icon);
 
@@ -32,12 +34,15 @@ class Popover : public QWidget {
  private:
   void connectClosures();
   void refresh();
+  void show(std::shared_ptr<const MenuBarState> state);
   void place();
 
   WindowCoordinator& _windows;
   MenuBarView* _view;
   QRect _icon;
   QElapsedTimer _sinceFocusLoss;
+  bool _isOpening = false;  ///< It is shown once its state is made.
+  StateMaker<MenuBarState> _states;
   ModelObserver _observer;
 };
 

@@ -46,6 +46,9 @@ class AppModel : public QObject {
   /// thread.
   std::shared_ptr<const Snapshot> snapshot() const noexcept { return _snapshot; }
 
+  /// Carries out what the screens need off the main thread.
+  Executor& executor() const noexcept { return _services.executor; }
+
   // Parts of the snapshot, which the next one takes along.
   const std::vector<FolderReport>& reports() const noexcept { return _snapshot->reports; }
   const std::vector<JournalEntry>& journal() const noexcept { return _snapshot->journal; }
