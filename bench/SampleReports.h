@@ -20,14 +20,16 @@ inline std::vector<FolderReport> sampleReports(int folderCount, int itemCount,
   reports.reserve(static_cast<std::size_t>(folderCount));
   for (int folder = 0; folder < folderCount; ++folder) {
     const FileURL url("/home/ada/Documents/Projects/folder " + std::to_string(folder));
-    FolderSnapshot snapshot{.isTagged = true, .isProtectedRoot = false, .items = {}};
+    EntryURLs urls(url);
+    std::vector<Item> items;
     for (std::int64_t item = 0; item < itemCount; ++item) {
       const double age =
           days * static_cast<double>(item * 7919 % itemCount) / static_cast<double>(itemCount);
-      snapshot.items.push_back(
-          {url.appendingPathComponent("Screenshot " + std::to_string(item) + ".png"),
-           sampleNow - age * secondsPerDay, 40'000});
+      items.push_back({urls.make("Screenshot " + std::to_string(item) + ".png"),
+                       sampleNow - age * secondsPerDay, 40'000});
     }
+    const FolderSnapshot snapshot{
+        .isTagged = true, .isProtectedRoot = false, .items = std::move(items)};
     FolderReport report;
     report.folder.id = folder;
     report.folder.path = url.path();
@@ -42,7 +44,7 @@ inline std::vector<FolderReport> sampleReports(int folderCount, int itemCount,
                                     .bootTime = sampleNow,
                                     .lastRunAt = sampleNow});
     status.upcoming = upcomingRemovals(snapshot, settings);
-    status.items = std::move(snapshot.items);
+    status.items = snapshot.items;
     report.status = std::move(status);
     reports.push_back(std::move(report));
   }
