@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QFileDialog>
+#include <QPointer>
 #include <QWidget>
 
 #include "Tidemar/MainWindowState.h"
@@ -32,6 +34,7 @@ class MainContainerView : public QWidget {
   const ScreenContext& _context;
   MainWindowState& _windowState;
   MainView* _view;
+  QPointer<QFileDialog> _panel;  ///< Goes with the window at the latest.
   ModelObserver _observer;
 };
 
