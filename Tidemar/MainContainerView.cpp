@@ -1,7 +1,6 @@
 #include "Tidemar/MainContainerView.h"
 
 #include <QDir>
-#include <QFileDialog>
 #include <QVBoxLayout>
 
 #include "TidemarUI/State/Labels.h"
@@ -60,12 +59,16 @@ void MainContainerView::refresh() {
 }
 
 void MainContainerView::chooseFolder() {
-  QFileDialog panel(window(), textOf(labels::addAFolder), QDir::homePath());
-  panel.setFileMode(QFileDialog::Directory);
-  panel.setOption(QFileDialog::ShowDirsOnly);
-  panel.setLabelText(QFileDialog::Accept, textOf(labels::addPrompt));
-  if (panel.exec() != QDialog::Accepted || panel.selectedFiles().isEmpty()) return;
-  addFolder(FileURL(panel.selectedFiles().constFirst().toStdString()));
+  // An assistive tool can press the button under the panel.
+  if (_panel) return;
+  _panel = new QFileDialog(window(), textOf(labels::addAFolder), QDir::homePath());
+  _panel->setAttribute(Qt::WA_DeleteOnClose);
+  _panel->setFileMode(QFileDialog::Directory);
+  _panel->setOption(QFileDialog::ShowDirsOnly);
+  _panel->setLabelText(QFileDialog::Accept, textOf(labels::addPrompt));
+  connect(_panel, &QFileDialog::fileSelected, this,
+          [this](const QString& path) { addFolder(FileURL(path.toStdString())); });
+  _panel->open();
 }
 
 QCoro::Task<void> MainContainerView::addFolder(FileURL url) {

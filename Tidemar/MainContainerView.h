@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QFileDialog>
+#include <QPointer>
 #include <QWidget>
 
 #include "Tidemar/MainWindowState.h"
@@ -35,6 +37,7 @@ class MainContainerView : public QWidget {
   MainWindowState& _windowState;
   MainView* _view;
   StateMaker<MainState> _states;
+  QPointer<QFileDialog> _panel;  ///< Goes with the window at the latest.
   ModelObserver _observer;
 };
 

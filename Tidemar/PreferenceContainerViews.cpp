@@ -1,5 +1,6 @@
 #include "Tidemar/PreferenceContainerViews.h"
 
+#include <QPointer>
 #include <utility>
 
 #include "Platform/PlatformError.h"
@@ -12,8 +13,10 @@ SettingsContainerView::SettingsContainerView(const ScreenContext& context,
                                              std::function<void()> onChangeShowInMenuBar)
     : _context(context), _observer(context.model, [this] { refresh(); }) {
   onToggleOpenAtLogin = [this](bool isOn) {
+    // The window may be closed while an alert tells of a failure.
+    const QPointer<QWidget> guard(this);
     _context.model.setOpensAtLogin(isOn);
-    refresh();
+    if (guard) refresh();
   };
   onToggleShowInMenuBar = [this, changed = std::move(onChangeShowInMenuBar)](bool isOn) {
     try {

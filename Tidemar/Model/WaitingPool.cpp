@@ -1,5 +1,6 @@
 #include "Tidemar/Model/WaitingPool.h"
 
+#include <QCoreApplication>
 #include <cerrno>
 #include <condition_variable>
 #include <cstdint>
@@ -56,10 +57,19 @@ WaitingPool::WaitingPool(std::size_t mostThreads, std::chrono::milliseconds idle
 }
 
 WaitingPool::~WaitingPool() {
+  QCoreApplication::removePostedEvents(&_notifier);
   std::unique_lock lock(_shared->mutex);
   _shared->isEnding = true;
   _shared->jobCame.notify_all();
-  _shared->threadEnded.wait(lock, [this] { return _shared->threads == 0; });
+  std::vector<std::function<void()>> dropped;
+  do {
+    // What an end holds may be given to the pool to be destroyed, which is work again.
+    lock.unlock();
+    dropped.clear();
+    lock.lock();
+    _shared->threadEnded.wait(lock, [this] { return _shared->threads == 0; });
+    dropped.swap(_shared->finished);
+  } while (!dropped.empty());
 }
 
 void WaitingPool::start(std::function<void()> work, std::function<void()> finished) {

@@ -5,9 +5,11 @@
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include "FakeServices.h"
 #include "Tidemar/Model/WaitingPool.h"
+#include "support/RawDatabase.h"
 
 namespace tidemar {
 namespace {
@@ -60,6 +62,57 @@ TEST(BackgroundCycle, AFolderThatFailsCostsOnlyItself) {
   EXPECT_FALSE(world.model->reports()[1].status);
   EXPECT_TRUE(world.model->reports()[2].status);
   EXPECT_TRUE(world.alerts.told.empty()) << "a cycle tells the user nothing";
+}
+
+TEST(BackgroundCycle, NoFailureIsSilentOrTheLastCycle) {
+  if (access("/run/systemd/journal/socket", W_OK) == 0)
+    GTEST_SKIP() << "the log goes to this machine's journal and can't be read here";
+  struct Row {
+    const char* name;
+    std::function<void(ModelWorld&)> spoil;
+    std::function<void(ModelWorld&)> mend;
+    std::vector<const char*> lines;
+  };
+  const auto store = [](const char* disposal) {
+    return [disposal](ModelWorld& world) {
+      runSQL(world.directory.path("data/Tidemar/tidemar.sqlite"),
+             std::string("UPDATE folder SET disposal = '") + disposal + "'");
+    };
+  };
+  const auto throwBefore = [](const char* operation) {
+    return [operation](ModelWorld& world) { world.disk.before(operation, [] { throw 42; }); };
+  };
+  const auto nothing = [](ModelWorld&) {};
+  const Row rows[] = {
+      {"a row that isn't understood",
+       store("burn"),
+       store("bin"),
+       {"Couldn't read the folders: ", "Run of folder 1 failed: Unknown disposal burn"}},
+      {"an exception of no known kind, while reading",
+       throwBefore("list /f"),
+       nothing,
+       {"Couldn't read folder 1: Something unexpected happened."}},
+      {"one in a run",
+       throwBefore("trash /f/old"),
+       nothing,
+       {"Run of folder 1 failed: Something unexpected happened."}},
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.name);
+    ModelWorld world;
+    world.disk.draw("/f/\n  old " + age(91));
+    world.makeTemporary("/f");
+    row.spoil(world);
+    ::testing::internal::CaptureStderr();
+    world.runCycle();
+    const std::string log = ::testing::internal::GetCapturedStderr();
+    for (const char* line : row.lines)
+      EXPECT_NE(log.find(line), std::string::npos) << line << "\n" << log;
+    EXPECT_EQ(world.disk.names("/f"), "old");
+    row.mend(world);
+    world.runCycle();
+    EXPECT_EQ(world.disk.names("/f"), "");
+  }
 }
 
 TEST(BackgroundCycle, OneDateServesTheWholeCycle) {

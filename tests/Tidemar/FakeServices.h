@@ -20,8 +20,10 @@ namespace tidemar::testing {
 struct RecordingAlerts : Alerts {
   void run(const Alert& alert) override {
     told.push_back(alert.message + "\n" + alert.information);
+    if (whileShown) whileShown();
   }
   std::vector<std::string> told;
+  std::function<void()> whileShown;
 };
 
 struct FakeNotificationCenter : NotificationCenter {

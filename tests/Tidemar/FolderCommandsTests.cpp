@@ -91,6 +91,40 @@ TEST(PutBack, FailuresAreToldOnceInOneAlertAndStopNothing) {
   EXPECT_EQ(world.alerts.told.size(), 1U);
 }
 
+TEST(PutBack, ASecondPressPutsBackOnceAndFailsAtNothing) {
+  ModelWorld world;
+  world.disk.draw("/f/\n  a" + veryOld);
+  world.makeTemporary("/f");
+  world.runCycle();
+  world.disk.operations().clear();
+  auto first = world.model->putBack({1});
+  QCoro::waitFor(world.model->putBack({1}));
+  QCoro::waitFor(std::move(first));
+  QCoro::waitFor(world.model->putBack({1}));
+  EXPECT_EQ(world.disk.names("/f"), "a");
+  EXPECT_EQ(world.disk.changes().size(), 1U);
+  EXPECT_EQ(world.alerts.told, Lines{});
+
+  // One that failed can be tried again.
+  world.now = world.now + 91 * secondsPerDay;
+  world.runCycle();
+  world.disk.draw("/f/a");
+  QCoro::waitFor(world.model->putBack({2}));
+  EXPECT_EQ(world.alerts.told.size(), 1U);
+  world.disk.erase("/f/a");
+  QCoro::waitFor(world.model->putBack({2}));
+  EXPECT_EQ(world.disk.names("/f"), "a");
+  EXPECT_EQ(world.alerts.told.size(), 1U);
+}
+
+TEST(FolderCommands, WhatNobodyExpectedIsToldToo) {
+  ModelWorld world;
+  world.disk.draw("/f/");
+  world.disk.before("canonical /f", [] { throw 42; });
+  EXPECT_FALSE(QCoro::waitFor(world.model->addFolder(FileURL("/f"))));
+  EXPECT_EQ(world.alerts.told, Lines{"Couldn't add f\nSomething unexpected happened."});
+}
+
 TEST(FolderCommands, NothingThatCouldBeCutOffBeginsAfterTheStop) {
   ModelWorld world;
   world.disk.draw("/f/\n  a" + veryOld + "\n/g/");

@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <map>
+#include <optional>
 #include <random>
 
 #include <gtest/gtest.h>
@@ -13,8 +14,19 @@ namespace {
 
 using namespace testing;
 
-enum class Act { refresh, add, settings, switchTag, forget, putBack, cycle, link, quit };
-constexpr int actCount = 9;
+enum class Act {
+  refresh,
+  add,
+  settings,
+  switchTag,
+  foreignTag,
+  forget,
+  putBack,
+  cycle,
+  link,
+  quit
+};
+constexpr int actCount = 10;
 
 /// A model whose detached work is done and delivered in the order that the test asks for, and the
 /// user, who acts on what the screen shows at the moment.
@@ -45,6 +57,10 @@ class OverlappingWorld : public ModelWorld {
         if (const FolderReport* report = model->reportForFolder(switched))
           keep(model->setTemporary(report->folder, !isTemporary(*report)));
         return;
+      case Act::foreignTag:
+        // Another program doesn't wait for the user: it comes between any two steps.
+        return ordered.start([this] { tagAsAnotherProgram(); },
+                             [this] { keep(model->refreshReports()); });
       case Act::forget:
         if (const FolderReport* report = model->reportForFolder(switched))
           keep(model->removeFolder(report->folder));
@@ -52,9 +68,10 @@ class OverlappingWorld : public ModelWorld {
       case Act::putBack:
         return keep(model->putBack({1}));
       case Act::cycle:
-        if (_cycle.isReady()) ++_cyclesBegun;
         // A call during a cycle is dropped.
         if (_cycle.isReady()) {
+          ++_cyclesBegun;
+          _cyclesReading = ordered.stepCount();
           _cycle = model->runBackgroundCycle();
         } else {
           keep(model->runBackgroundCycle());
@@ -68,6 +85,13 @@ class OverlappingWorld : public ModelWorld {
   }
 
   void step(std::size_t index) {
+    if (_cyclesReading && index <= *_cyclesReading) {
+      if (index == *_cyclesReading) {
+        _cyclesReading.reset();
+      } else {
+        --*_cyclesReading;
+      }
+    }
     ordered.take(index);
     look();
   }
@@ -130,6 +154,15 @@ class OverlappingWorld : public ModelWorld {
     keep(model->changeSettings(edited, seen, wanted));
   }
 
+  void tagAsAnotherProgram() {
+    const Store store(directory.path("data/Tidemar/tidemar.sqlite"));
+    if (!store.folder(switched) || !disk.tags("/b").empty()) return;
+    disk.tags("/b") = {"Tidemar: Temporary"};
+    // A cycle that hasn't read yet may find it.
+    _seen["/b"].isClearable = true;
+    _seen["/b"].since = _cyclesReading ? _cyclesBegun - 1 : _cyclesBegun;
+  }
+
   /// Notes when a folder became known and Temporary, and expects that what was cleared was cleared
   /// by a cycle that began later, and that no reading is shown in place of a later one.
   void look() {
@@ -165,6 +198,7 @@ class OverlappingWorld : public ModelWorld {
   std::int64_t _moment = 1000;
   std::int64_t _shownMoment = 0;
   int _cyclesBegun = 0;
+  std::optional<std::size_t> _cyclesReading;  ///< The step in which the cycle makes its list.
   int _unfinished = 0;
   int _edits = 0;
   TemporarySettings _typed;

@@ -1,5 +1,6 @@
 #include <QApplication>
 #include <QCloseEvent>
+#include <QFileDialog>
 #include <QMenu>
 #include <QTest>
 
@@ -8,6 +9,7 @@
 #include "FakeServices.h"
 #include "Tidemar/MainContainerView.h"
 #include "Tidemar/Popover.h"
+#include "Tidemar/PreferenceContainerViews.h"
 #include "Tidemar/WindowCoordinator.h"
 #include "TidemarUI/Views/MainView.h"
 #include "TidemarUI/Views/NumberFieldView.h"
@@ -182,6 +184,31 @@ TEST_F(WindowCoordinatorTest, WhatIsTypedWhenTheApplicationEndsIsKept) {
   QCoro::waitFor(world.model->finishCommands());
   QCoro::waitFor(world.model->refreshReports());
   EXPECT_EQ(world.model->reports().front().folder.settings.maxAgeDays, 12);
+}
+
+TEST_F(WindowCoordinatorTest, AWindowMayGoWhileItsPanelOrAlertIsOpen) {
+  const auto close = [this](const char* identifier) {
+    windows.window(identifier)->close();
+    QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+  };
+  windows.showMain();
+  mainView().onAddFolder();
+  mainView().onAddFolder();
+  EXPECT_EQ(windows.window("main")->findChildren<QFileDialog*>().size(), 1);
+  close("main");
+
+  windows.showSettings();
+  SettingsContainerView* settings = nullptr;
+  for (QObject* child : windows.window("settings")->children()) {
+    if (settings == nullptr) settings = dynamic_cast<SettingsContainerView*>(child);
+  }
+  ASSERT_NE(settings, nullptr);
+  world.loginItem.fails = true;
+  world.alerts.whileShown = [&] { close("settings"); };
+  const auto toggle = settings->onToggleOpenAtLogin;
+  toggle(true);
+  EXPECT_EQ(world.alerts.told.size(), 1U);
+  EXPECT_EQ(windows.window("settings"), nullptr);
 }
 
 TEST_F(WindowCoordinatorTest, UpdatesCanBeCheckedForOnceTheServiceSaysSo) {
