@@ -109,7 +109,8 @@ ApplicationInstance::Role AppDelegate::claimInstance(const CommandLine& commandL
   const Launch launch = commandLine.isByDesktop ? Launch::byDesktop : Launch::byUser;
   try {
     _instance = std::make_unique<ApplicationInstance>(makeDataDirectory());
-    return _instance->claim(launch, commandLine.url, token);
+    return _instance->claim(
+        {.launch = launch, .url = commandLine.url, .action = commandLine.action}, token);
   } catch (const PlatformError& error) {
     endWithFatalFailure(_platform->alerts, error);
   }
@@ -130,7 +131,11 @@ bool AppDelegate::start(const CommandLine& commandLine, const ActivationToken& t
   }
   finishLaunching();
   makeScreens();
-  if (!commandLine.isByDesktop) _windows->showMain();
+  if (!commandLine.action.empty()) {
+    perform(commandLine.action, {});
+  } else if (!commandLine.isByDesktop) {
+    _windows->showMain();
+  }
   if (commandLine.url) open(*commandLine.url);
   return true;
 }
@@ -181,11 +186,15 @@ void AppDelegate::makeScreens() {
   connect(_instance.get(), &ApplicationInstance::opened, _windows.get(),
           [this](const std::string& url) { open(url); });
   connect(_instance.get(), &ApplicationInstance::actionActivated, _windows.get(),
-          [this](const std::string& name, const QVariantList& parameters) {
-            if (name == "put-back") _appModel->putBack(integers(parameters));
-            if (name == "settings") _windows->showSettings();
-            if (name == "setup") _windows->showSetup();
+          [this](const std::string& action, const QVariantList& parameters) {
+            perform(action, parameters);
           });
+}
+
+void AppDelegate::perform(const std::string& action, const QVariantList& parameters) {
+  if (action == "put-back") _appModel->putBack(integers(parameters));
+  if (action == "settings") _windows->showSettings();
+  if (action == "setup") _windows->showSetup();
 }
 
 QCoro::Task<void> AppDelegate::quit() {
