@@ -8,6 +8,7 @@
 #include <iostream>
 
 #include "Platform/Desktop/AutostartLoginItem.h"
+#include "Platform/Desktop/DefaultFileManager.h"
 #include "Platform/Desktop/DesktopNotificationCenter.h"
 #include "Platform/Desktop/FileManagerExtension.h"
 #include "Platform/Desktop/FileViewer.h"
@@ -80,6 +81,11 @@ UpdateTexts updateTexts() {
           .newVersionHint = std::string(labels::newVersionHint)};
 }
 
+SystemNames systemNames() {
+  const std::string fileManager = DefaultFileManager::name();
+  return {.fileManager = fileManager.empty() ? "Files" : fileManager, .computer = "computer"};
+}
+
 }  // namespace
 
 /// The real platform, in the order in which the model needs it.
@@ -109,7 +115,8 @@ ApplicationInstance::Role AppDelegate::claimInstance(const CommandLine& commandL
   const Launch launch = commandLine.isByDesktop ? Launch::byDesktop : Launch::byUser;
   try {
     _instance = std::make_unique<ApplicationInstance>(makeDataDirectory());
-    return _instance->claim(launch, commandLine.url, token);
+    return _instance->claim(
+        {.launch = launch, .url = commandLine.url, .action = commandLine.action}, token);
   } catch (const PlatformError& error) {
     endWithFatalFailure(_platform->alerts, error);
   }
@@ -130,7 +137,11 @@ bool AppDelegate::start(const CommandLine& commandLine, const ActivationToken& t
   }
   finishLaunching();
   makeScreens();
-  if (!commandLine.isByDesktop) _windows->showMain();
+  if (!commandLine.action.empty()) {
+    perform(commandLine.action, {});
+  } else if (!commandLine.isByDesktop) {
+    _windows->showMain();
+  }
   if (commandLine.url) open(*commandLine.url);
   return true;
 }
@@ -174,18 +185,23 @@ void AppDelegate::makeScreens() {
       .showInFileManager = FileViewer::show,
       .showExtensionManagement = [this] { _platform->finderExtension.showManagementInterface(); },
       .openLoginItemsSettings = LoginItemsSettings::open,
-      .quit = [this] { quit(); }});
+      .quit = [this] { quit(); },
+      .names = systemNames()});
   _menuBarExtra = std::make_unique<MenuBarExtra>(*_windows);
   connect(_instance.get(), &ApplicationInstance::activated, _windows.get(),
           [this] { _windows->showMain(); });
   connect(_instance.get(), &ApplicationInstance::opened, _windows.get(),
           [this](const std::string& url) { open(url); });
   connect(_instance.get(), &ApplicationInstance::actionActivated, _windows.get(),
-          [this](const std::string& name, const QVariantList& parameters) {
-            if (name == "put-back") _appModel->putBack(integers(parameters));
-            if (name == "settings") _windows->showSettings();
-            if (name == "setup") _windows->showSetup();
+          [this](const std::string& action, const QVariantList& parameters) {
+            perform(action, parameters);
           });
+}
+
+void AppDelegate::perform(const std::string& action, const QVariantList& parameters) {
+  if (action == "put-back") _appModel->putBack(integers(parameters));
+  if (action == "settings") _windows->showSettings();
+  if (action == "setup") _windows->showSetup();
 }
 
 QCoro::Task<void> AppDelegate::quit() {

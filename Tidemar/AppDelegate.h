@@ -38,6 +38,7 @@ class AppDelegate : public QObject {
   void finishLaunching();
   void makeScreens();
   QCoro::Task<void> open(std::string url);
+  void perform(const std::string& action, const QVariantList& parameters);
 
   bool _isQuitting = false;
   std::unique_ptr<PlatformServices> _platform;

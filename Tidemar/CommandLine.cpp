@@ -6,6 +6,19 @@
 #include "Platform/Text.h"
 
 namespace tidemar {
+namespace {
+
+constexpr const char* help =
+    "Usage: tidemar [URL | OPTION]\n"
+    "Keeps chosen folders from filling up. Without arguments it opens its window.\n"
+    "\n"
+    "  tidemar://folder?path=PATH  makes the folder Temporary; PATH is percent-encoded\n"
+    "  --settings                  opens the settings\n"
+    "  --setup                     opens the setup\n"
+    "  --help                      prints this\n"
+    "  --version                   prints the version\n";
+
+}  // namespace
 
 CommandLine parseCommandLine(std::span<const std::string> arguments) {
   constexpr std::size_t longestURL = 64 * 1024;
@@ -15,6 +28,10 @@ CommandLine parseCommandLine(std::span<const std::string> arguments) {
   if (argument == AutostartEntry::loginArgument || argument == "--launched-by-bus") {
     return {.isByDesktop = true, .url = {}};
   }
+  if (argument == "--settings") return {.action = "settings"};
+  if (argument == "--setup") return {.action = "setup"};
+  if (argument == "--help") return {.answer = help};
+  if (argument == "--version") return {.answer = "Tidemar " TIDEMAR_VERSION "\n"};
   if (argument.size() > longestURL) {
     throw std::invalid_argument("Tidemar takes no URL longer than 64 KiB.");
   }

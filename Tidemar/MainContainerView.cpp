@@ -13,7 +13,7 @@ namespace tidemar {
 MainContainerView::MainContainerView(const ScreenContext& context, MainWindowState& windowState)
     : _context(context),
       _windowState(windowState),
-      _view(new MainView(context.currentFormats(), SystemBin::name())),
+      _view(new MainView(context.currentFormats(), SystemBin::name(), context.names)),
       _states(context.model.executor(),
               [this](auto state) {
                 if (state) _view->setState(std::move(state));

@@ -11,7 +11,9 @@ namespace tidemar {
 SettingsContainerView::SettingsContainerView(const ScreenContext& context,
                                              std::function<void()> openSetup,
                                              std::function<void()> onChangeShowInMenuBar)
-    : _context(context), _observer(context.model, [this] { refresh(); }) {
+    : SettingsView(context.names),
+      _context(context),
+      _observer(context.model, [this] { refresh(); }) {
   onToggleOpenAtLogin = [this](bool isOn) {
     // The window may be closed while an alert tells of a failure.
     const QPointer<QWidget> guard(this);
@@ -42,7 +44,7 @@ void SettingsContainerView::refresh() {
 }
 
 SetupContainerView::SetupContainerView(const ScreenContext& context)
-    : _context(context), _observer(context.model, [this] { refresh(); }) {
+    : SetupView(context.names), _context(context), _observer(context.model, [this] { refresh(); }) {
   onOpenExtensionManagement = context.showExtensionManagement;
   onToggleOpenAtLogin = [this](bool isOn) { _context.model.setOpensAtLogin(isOn); };
   onOpenLoginItemsSettings = context.openLoginItemsSettings;

@@ -26,6 +26,10 @@ int main(int argc, char** argv) {
     std::cerr << error.what() << '\n';
     return 2;
   }
+  if (!commandLine.answer.empty()) {
+    std::cout << commandLine.answer;
+    return EXIT_SUCCESS;
+  }
   if (!hasDisplay()) {
     std::cerr << "Tidemar needs a desktop session: there is no display.\n";
     return EXIT_FAILURE;

@@ -28,11 +28,18 @@ const QString serviceName = QStringLiteral("app.quernly.tidemar");
 const QString objectPath = QStringLiteral("/app/quernly/tidemar");
 const QString interfaceName = QStringLiteral("org.freedesktop.Application");
 
-QDBusMessage request(const std::optional<std::string>& url, const ActivationToken& token) {
-  QDBusMessage message =
-      QDBusMessage::createMethodCall(serviceName, objectPath, interfaceName,
-                                     url ? QStringLiteral("Open") : QStringLiteral("Activate"));
-  if (url) message << QStringList(QString::fromStdString(urlForBus(*url)));
+QDBusMessage messageFor(const ApplicationInstance::Request& request, const ActivationToken& token) {
+  const auto call = [](const QString& method) {
+    return QDBusMessage::createMethodCall(serviceName, objectPath, interfaceName, method);
+  };
+  QDBusMessage message = call(QStringLiteral("Activate"));
+  if (request.url) {
+    message = call(QStringLiteral("Open"));
+    message << QStringList(QString::fromStdString(urlForBus(*request.url)));
+  } else if (!request.action.empty()) {
+    message = call(QStringLiteral("ActivateAction"));
+    message << QString::fromStdString(request.action) << QVariantList();
+  }
   message << token.platformData();
   // Nobody is to be started for it: that is what this process is there for.
   message.setAutoStartService(false);
@@ -40,12 +47,12 @@ QDBusMessage request(const std::optional<std::string>& url, const ActivationToke
 }
 
 /// Whether a running application took the request.
-bool handOver(QDBusConnection& bus, ApplicationInstance::Launch launch,
-              const std::optional<std::string>& url, const ActivationToken& token) {
-  if (launch == ApplicationInstance::Launch::byDesktop) {
+bool handOver(QDBusConnection& bus, const ApplicationInstance::Request& request,
+              const ActivationToken& token) {
+  if (request.launch == ApplicationInstance::Launch::byDesktop) {
     return bus.interface()->isServiceRegistered(serviceName);
   }
-  return bus.call(request(url, token)).type() == QDBusMessage::ReplyMessage;
+  return bus.call(messageFor(request, token)).type() == QDBusMessage::ReplyMessage;
 }
 
 }  // namespace
@@ -53,8 +60,7 @@ bool handOver(QDBusConnection& bus, ApplicationInstance::Launch launch,
 ApplicationInstance::ApplicationInstance(const FileURL& directory, QObject* parent)
     : QObject(parent), _file(directory.appendingPathComponent("tidemar.lock")) {}
 
-ApplicationInstance::Role ApplicationInstance::claim(Launch launch,
-                                                     const std::optional<std::string>& url,
+ApplicationInstance::Role ApplicationInstance::claim(const Request& request,
                                                      const ActivationToken& token) {
   QDBusConnection bus = QDBusConnection::sessionBus();
   if (!bus.isConnected()) return takeLock() ? Role::first : Role::refused;
@@ -65,7 +71,7 @@ ApplicationInstance::Role ApplicationInstance::claim(Launch launch,
   bus.registerObject(objectPath, this);
   const auto end = std::chrono::steady_clock::now() + patience;
   do {
-    if (handOver(bus, launch, url, token)) return Role::handedOver;
+    if (handOver(bus, request, token)) return Role::handedOver;
     if (takeLock() && bus.registerService(serviceName)) return Role::first;
     // One that starts has the lock before the name; one that ends may lose the lock before it.
     std::this_thread::sleep_for(20ms);

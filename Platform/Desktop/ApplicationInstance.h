@@ -27,18 +27,24 @@ class ApplicationInstance : public QObject {
   };
 
   enum class Launch {
-    byUser,     ///< Brings an application that runs already forward, or has it open the URL.
+    byUser,     ///< Hands an application that runs already what is asked for.
     byDesktop,  ///< Asks nothing of an application that runs already.
+  };
+
+  /// What a start asks for: the URL, else the action, else that the application comes forward.
+  struct Request {
+    Launch launch = Launch::byUser;
+    std::optional<std::string> url = {};  ///< The bytes of the command line.
+    std::string action = {};              ///< Its name; empty for none.
   };
 
   /// The lock lies in this directory, which must be there.
   explicit ApplicationInstance(const FileURL& directory, QObject* parent = nullptr);
 
-  /// Call once, before anything is opened there. `url` is the bytes of the command line; the token
-  /// goes to the first with the request. Waits a little for a first that is just starting or
-  /// ending. Throws `PlatformError` where nothing can be locked and there is nobody to hand over
-  /// to.
-  Role claim(Launch launch, const std::optional<std::string>& url, const ActivationToken& token);
+  /// Call once, before anything is opened there. The token goes to the first with the request.
+  /// Waits a little for a first that is just starting or ending. Throws `PlatformError` where
+  /// nothing can be locked and there is nobody to hand over to.
+  Role claim(const Request& request, const ActivationToken& token);
 
  signals:
   /// The user started the application again.

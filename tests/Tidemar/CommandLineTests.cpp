@@ -27,7 +27,9 @@ TEST(CommandLine, IsOneURLOrTheMarkOfALoginOrNothing) {
       {"two URLs", {"tidemar://folder?path=/a", "tidemar://folder?path=/b"}, {}},
       {"a login with a URL", {"--launched-at-login", "tidemar://folder?path=/a"}, {}},
       {"an argument that only begins alike", {"--launched-at-login=no"}, {}},
-      {"an option", {"--help"}, {}},
+      {"an action", {"--setup"}, CommandLine{.action = "setup"}},
+      {"an action with a URL", {"--settings", "tidemar://folder?path=/a"}, {}},
+      {"an option", {"--quiet"}, {}},
       {"an option of the toolkit", {"-style", "windows"}, {}},
       {"a dash", {"-"}, {}},
   };

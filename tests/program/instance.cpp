@@ -36,7 +36,7 @@ int main(int argc, char** argv) {
   QObject::connect(&instance, &ApplicationInstance::activated, [] { print("activated"); });
   QObject::connect(&instance, &ApplicationInstance::opened, print);
   try {
-    const Role role = instance.claim(ApplicationInstance::Launch::byUser, url, {});
+    const Role role = instance.claim({.url = url}, {});
     print(role == Role::first ? "first" : role == Role::refused ? "refused" : "handed over");
     if (role != Role::first) return EXIT_SUCCESS;
   } catch (const std::exception& error) {

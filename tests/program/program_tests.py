@@ -27,6 +27,8 @@ DAYS = 100
 APPLICATION_INTERFACE = """<node><interface name="org.freedesktop.Application">
 <method name="Activate"><arg type="a{sv}" direction="in"/></method>
 <method name="Open"><arg type="as" direction="in"/><arg type="a{sv}" direction="in"/></method>
+<method name="ActivateAction"><arg type="s" direction="in"/><arg type="av" direction="in"/>
+<arg type="a{sv}" direction="in"/></method>
 </interface></node>"""
 
 
@@ -202,15 +204,17 @@ class OneProcess(ProgramTest):
                 self.assertIn(b"running already", second.stderr.read())
         self.assertIsNone(first.poll())
 
-    def test_a_second_start_hands_the_launchers_token_on(self):
+    def test_a_second_start_hands_the_launchers_token_and_its_action_on(self):
         calls = []
         with running_instance(self.session.environment["DBUS_SESSION_BUS_ADDRESS"], calls):
             token = ("env", "XDG_ACTIVATION_TOKEN=token 1", "DESKTOP_STARTUP_ID=launcher_TIME42")
             for arguments in [[], [link(self.folder)]]:
                 self.assertEqual(self.hand_over(*arguments, prefix=token), 0)
             self.assertEqual(self.hand_over(), 0)
+            self.assertEqual(self.hand_over("--settings"), 0)
         data = {"activation-token": "token 1", "desktop-startup-id": "launcher_TIME42"}
-        self.assertEqual(calls, [("Activate", (data,)), ("Open", ([link(self.folder)], data)), ("Activate", ({},))])
+        self.assertEqual(calls, [("Activate", (data,)), ("Open", ([link(self.folder)], data)), ("Activate", ({},)),
+                                 ("ActivateAction", ("settings", [], {}))])
 
     def hand_over(self, *arguments, prefix=()):
         second = self.session.start(*arguments, prefix=prefix)
@@ -222,7 +226,7 @@ class OneProcess(ProgramTest):
         return second.poll()
 
     def test_arguments_that_mean_nothing_start_nothing(self):
-        for arguments in [["--help"], ["-style", "windows"], [link(self.folder), link(self.folder)]]:
+        for arguments in [["--quiet"], ["-style", "windows"], [link(self.folder), link(self.folder)]]:
             with self.subTest(arguments):
                 program = self.session.start(*arguments, stderr=subprocess.PIPE)
                 self.assertEqual(program.wait(20), 2)
