@@ -8,6 +8,7 @@
 #include <iostream>
 
 #include "Platform/Desktop/AutostartLoginItem.h"
+#include "Platform/Desktop/DefaultFileManager.h"
 #include "Platform/Desktop/DesktopNotificationCenter.h"
 #include "Platform/Desktop/FileManagerExtension.h"
 #include "Platform/Desktop/FileViewer.h"
@@ -78,6 +79,11 @@ UpdateTexts updateTexts() {
           .isUpToDate = std::string(labels::isUpToDate),
           .newVersion = std::string(labels::newVersion),
           .newVersionHint = std::string(labels::newVersionHint)};
+}
+
+SystemNames systemNames() {
+  const std::string fileManager = DefaultFileManager::name();
+  return {.fileManager = fileManager.empty() ? "Files" : fileManager, .computer = "computer"};
 }
 
 }  // namespace
@@ -179,7 +185,8 @@ void AppDelegate::makeScreens() {
       .showInFileManager = FileViewer::show,
       .showExtensionManagement = [this] { _platform->finderExtension.showManagementInterface(); },
       .openLoginItemsSettings = LoginItemsSettings::open,
-      .quit = [this] { quit(); }});
+      .quit = [this] { quit(); },
+      .names = systemNames()});
   _menuBarExtra = std::make_unique<MenuBarExtra>(*_windows);
   connect(_instance.get(), &ApplicationInstance::activated, _windows.get(),
           [this] { _windows->showMain(); });

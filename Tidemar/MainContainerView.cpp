@@ -14,7 +14,7 @@ namespace tidemar {
 MainContainerView::MainContainerView(const ScreenContext& context, MainWindowState& windowState)
     : _context(context),
       _windowState(windowState),
-      _view(new MainView(context.currentFormats(), SystemBin::name())),
+      _view(new MainView(context.currentFormats(), SystemBin::name(), context.names)),
       _observer(context.model, [this] { refresh(); }) {
   auto* column = new QVBoxLayout(this);
   column->setContentsMargins(0, 0, 0, 0);

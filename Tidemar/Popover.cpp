@@ -48,7 +48,7 @@ QRect popoverFrame(const QRect& icon, const QSize& size, const QRect& available)
 Popover::Popover(WindowCoordinator& windows)
     : QWidget(nullptr, canBePlaced() ? Qt::Tool | Qt::FramelessWindowHint : Qt::Window),
       _windows(windows),
-      _view(new MenuBarView),
+      _view(new MenuBarView(windows.context().names)),
       _observer(windows.context().model, [this] { refresh(); }) {
   setWindowTitle(textOf(labels::tidemar));
   auto* column = new QVBoxLayout(this);

@@ -10,7 +10,9 @@ namespace tidemar {
 SettingsContainerView::SettingsContainerView(const ScreenContext& context,
                                              std::function<void()> openSetup,
                                              std::function<void()> onChangeShowInMenuBar)
-    : _context(context), _observer(context.model, [this] { refresh(); }) {
+    : SettingsView(context.names),
+      _context(context),
+      _observer(context.model, [this] { refresh(); }) {
   onToggleOpenAtLogin = [this](bool isOn) {
     _context.model.setOpensAtLogin(isOn);
     refresh();
@@ -39,7 +41,7 @@ void SettingsContainerView::refresh() {
 }
 
 SetupContainerView::SetupContainerView(const ScreenContext& context)
-    : _context(context), _observer(context.model, [this] { refresh(); }) {
+    : SetupView(context.names), _context(context), _observer(context.model, [this] { refresh(); }) {
   onOpenExtensionManagement = context.showExtensionManagement;
   onToggleOpenAtLogin = [this](bool isOn) { _context.model.setOpensAtLogin(isOn); };
   onOpenLoginItemsSettings = context.openLoginItemsSettings;

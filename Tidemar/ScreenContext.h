@@ -8,6 +8,7 @@
 #include "Tidemar/Model/AppModel.h"
 #include "Tidemar/Updates.h"
 #include "TidemarCore/FileURL.h"
+#include "TidemarUI/State/SystemNames.h"
 
 namespace tidemar {
 
@@ -23,6 +24,7 @@ struct ScreenContext {
   std::function<void()> showExtensionManagement;
   std::function<void()> openLoginItemsSettings;
   std::function<void()> quit;
+  SystemNames names = {};
 };
 
 /// Whether the icon is wanted in the menu bar.

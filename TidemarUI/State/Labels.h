@@ -1,22 +1,32 @@
 #pragma once
 
+#include <string>
 #include <string_view>
+
+#include "TidemarUI/State/SystemNames.h"
 
 /// The words of the screens that stand as they are, whatever the state. All other texts come from
 /// the builders beside this file, so that the views hold no wording.
+/// A text that speaks of another part of the system takes the names of such parts.
 namespace tidemar::labels {
 
 // The popover
-inline constexpr std::string_view finderExtensionIsOff = "Finder extension is off";
+inline std::string finderExtensionIsOff(const SystemNames& names) {
+  return names.fileManager + " extension is off";
+}
 inline constexpr std::string_view turnOn = "Turn On";
-inline constexpr std::string_view menuBarInvitation =
-    "Right-click a folder in Finder and choose Tidemar: Make Temporary… to start.";
+inline std::string menuBarInvitation(const SystemNames& names) {
+  return "Right-click a folder in " + names.fileManager +
+         " and choose Tidemar: Make Temporary… to start.";
+}
 inline constexpr std::string_view folders = "Folders";
 inline constexpr std::string_view recent = "Recent";
 inline constexpr std::string_view openTidemar = "Open Tidemar";
 inline constexpr std::string_view quitTidemar = "Quit Tidemar";
 inline constexpr std::string_view putBack = "Put Back";
-inline constexpr std::string_view showInFinder = "Show in Finder";
+inline std::string showInFinder(const SystemNames& names) {
+  return "Show in " + names.fileManager;
+}
 
 // Where a folder or its forecast would stand
 inline constexpr std::string_view cannotReadFolder = "Can't read this folder";
@@ -25,8 +35,10 @@ inline constexpr std::string_view cannotReadFolder = "Can't read this folder";
 inline constexpr std::string_view overview = "Overview";
 inline constexpr std::string_view removeFromTidemar = "Remove from Tidemar";
 inline constexpr std::string_view addAFolder = "Add a folder";
-inline constexpr std::string_view overviewInvitation =
-    "Add a folder with + or right-click one in Finder and choose Tidemar: Make Temporary…";
+inline std::string overviewInvitation(const SystemNames& names) {
+  return "Add a folder with + or right-click one in " + names.fileManager +
+         " and choose Tidemar: Make Temporary…";
+}
 inline constexpr std::string_view addPrompt = "Add";
 inline constexpr std::string_view menu = "Menu";
 
@@ -39,7 +51,9 @@ inline constexpr std::string_view clearAnItemWhen = "Clear an item when";
 inline constexpr std::string_view ageRule = "Not added or changed for";
 inline constexpr std::string_view sizeRule = "The folder is over";
 inline constexpr std::string_view automaticRule = "The disk is nearly full";
-inline constexpr std::string_view restartRule = "The Mac restarts";
+inline std::string restartRule(const SystemNames& names) {
+  return "The " + names.computer + " restarts";
+}
 inline constexpr std::string_view clearedItems = "Cleared items";
 inline constexpr std::string_view deleteConfirmationTitle = "Delete cleared items permanently?";
 inline constexpr std::string_view deletePermanently = "Delete Permanently";
@@ -53,14 +67,17 @@ inline constexpr std::string_view openLoginItems = "Open Login Items…";
 inline constexpr std::string_view showInMenuBar = "Show in menu bar";
 inline constexpr std::string_view settingsFooter =
     "Tidemar keeps clearing your folders when its icon is hidden.";
-inline constexpr std::string_view setUpExplanation = "Finder extension, login and notifications";
+inline std::string setUpExplanation(const SystemNames& names) {
+  return names.fileManager + " extension, login and notifications";
+}
 inline constexpr std::string_view setUp = "Set Up…";
 
 // The setup window
 inline constexpr std::string_view setupWindowTitle = "Set Up Tidemar";
 inline constexpr std::string_view setupTitle = "Tidemar Setup";
-inline constexpr std::string_view setupExplanation =
-    "Configure Finder integration and background cleaning.";
+inline std::string setupExplanation(const SystemNames& names) {
+  return "Configure " + names.fileManager + " integration and background cleaning.";
+}
 
 // The window of the file-manager extension
 inline constexpr std::string_view extensionTitle = "Tidemar Extension";

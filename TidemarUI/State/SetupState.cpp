@@ -5,10 +5,16 @@
 namespace tidemar {
 namespace {
 
-SetupStep extensionStep(const SetupState& state) {
+/// "Dolphin's", and "Files'" of a name that ends like a plural.
+std::string possessive(const std::string& name) {
+  return name + (name.ends_with('s') ? "'" : "'s");
+}
+
+SetupStep extensionStep(const SetupState& state, const SystemNames& names) {
   SetupStep step{.isDone = state.isExtensionEnabled,
-                 .title = "Turn on the Finder extension",
-                 .description = "Adds \"Tidemar: Make Temporary…\" to Finder's right-click menu."};
+                 .title = "Turn on the " + names.fileManager + " extension",
+                 .description = "Adds \"Tidemar: Make Temporary…\" to " +
+                                possessive(names.fileManager) + " right-click menu."};
   if (!step.isDone) {
     step.offer = SetupOffer::openExtensionManagement;
     step.offerTitle = "Open Extension Settings…";
@@ -20,7 +26,7 @@ SetupStep extensionStep(const SetupState& state) {
 
 SetupStep loginStep(const SetupState& state) {
   SetupStep step{.isDone = state.isOpenAtLogin,
-                 .title = labels::openAtLogin,
+                 .title = std::string(labels::openAtLogin),
                  .description =
                      "Clears temporary folders in the background on launch, hourly, and after "
                      "wake."};
@@ -49,8 +55,8 @@ SetupStep notificationsStep(const SetupState& state) {
 
 }  // namespace
 
-std::array<SetupStep, 3> setupSteps(const SetupState& state) {
-  return {extensionStep(state), loginStep(state), notificationsStep(state)};
+std::array<SetupStep, 3> setupSteps(const SetupState& state, const SystemNames& names) {
+  return {extensionStep(state, names), loginStep(state), notificationsStep(state)};
 }
 
 std::string_view setupMarkLabel(bool isDone) {

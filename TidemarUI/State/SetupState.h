@@ -1,7 +1,10 @@
 #pragma once
 
 #include <array>
+#include <string>
 #include <string_view>
+
+#include "TidemarUI/State/SystemNames.h"
 
 namespace tidemar {
 
@@ -27,9 +30,9 @@ enum class SetupOffer {
 /// One step of the checklist. Empty texts aren't shown.
 struct SetupStep {
   bool isDone = false;
-  std::string_view title;
+  std::string title;
   std::string_view note = {};  ///< Beside the title.
-  std::string_view description;
+  std::string description;
   SetupOffer offer = SetupOffer::none;
   std::string_view offerTitle = {};
   std::string_view hint = {};  ///< Under the button.
@@ -38,7 +41,7 @@ struct SetupStep {
 };
 
 /// The steps from top to bottom.
-std::array<SetupStep, 3> setupSteps(const SetupState& state);
+std::array<SetupStep, 3> setupSteps(const SetupState& state, const SystemNames& names = {});
 
 /// What a screen reader says of a step's mark.
 std::string_view setupMarkLabel(bool isDone);

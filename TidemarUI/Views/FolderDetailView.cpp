@@ -24,10 +24,11 @@ TextLabel* makeLabel(style::TextSize size, QFont::Weight weight, TextLabel::Tone
 
 }  // namespace
 
-FolderDetailView::FolderDetailView(const Formats& formats, const std::string& binName)
+FolderDetailView::FolderDetailView(const Formats& formats, const std::string& binName,
+                                   const SystemNames& names)
     : _folder(std::make_shared<const MainFolder>()),
       _scroll(new ScrollColumn(columnWidth)),
-      _rules(new RulesSection(formats, binName)),
+      _rules(new RulesSection(formats, binName, names)),
       _disposal(new DisposalSection(binName)) {
   auto* whole = new QVBoxLayout(this);
   whole->setContentsMargins(0, 0, 0, 0);
@@ -36,10 +37,10 @@ FolderDetailView::FolderDetailView(const Formats& formats, const std::string& bi
   QVBoxLayout& column = _scroll->column();
   column.setContentsMargins(7 * style::grid, 6 * style::grid, 7 * style::grid, 6 * style::grid);
   column.setSpacing(5 * style::grid);
-  column.addLayout(makeHeader());
+  column.addLayout(makeHeader(names));
   _temporarySection = makeTemporarySection();
   column.addWidget(_temporarySection);
-  _previewSection = makePreviewSection();
+  _previewSection = makePreviewSection(names);
   column.addWidget(_previewSection);
   column.addWidget(_rules);
   column.addWidget(_disposal);
@@ -53,13 +54,13 @@ FolderDetailView::FolderDetailView(const Formats& formats, const std::string& bi
   _disposal->onChangeSettings = changeSettings;
 }
 
-QLayout* FolderDetailView::makeHeader() {
+QLayout* FolderDetailView::makeHeader(const SystemNames& names) {
   _icon = new QLabel;
   _name = makeLabel(style::TextSize::folderName, QFont::DemiBold, TextLabel::Tone::primary,
                     TextLabel::Overflow::elideInMiddle);
   _path = makeLabel(style::TextSize::secondary, QFont::Normal, TextLabel::Tone::secondary,
                     TextLabel::Overflow::elideInMiddle);
-  auto* show = new QPushButton(textOf(labels::showInFinder));
+  auto* show = new QPushButton(textOf(labels::showInFinder(names)));
   show->setAutoDefault(false);
   connect(show, &QPushButton::clicked, this,
           [this] { callClosure(onShowInFinder, std::vector{FileURL(_folder->path)}); });
@@ -101,11 +102,11 @@ FormSection* FolderDetailView::makeTemporarySection() {
   return section;
 }
 
-FormSection* FolderDetailView::makePreviewSection() {
+FormSection* FolderDetailView::makePreviewSection(const SystemNames& names) {
   _previewHeadline = makeLabel(style::TextSize::sectionHeadline, QFont::DemiBold,
                                TextLabel::Tone::primary, TextLabel::Overflow::wrap);
   _previewHeadline->setContentsMargins(style::rowOutset, 0, style::rowOutset, 0);
-  _forecast = new ForecastList;
+  _forecast = new ForecastList(names);
   _forecast->onShowInFinder = [this](const std::vector<FileURL>& items) {
     callClosure(onShowInFinder, items);
   };

@@ -12,7 +12,7 @@ namespace {
 class ForecastRow : public MenuRow {
  public:
   explicit ForecastRow(const ForecastList& list) {
-    setToolTip(textOf(labels::showInFinder));
+    setToolTip(textOf(labels::showInFinder(list.names())));
     connect(this, &QPushButton::clicked, this, [this, &list] {
       const auto items = _items;
       callClosure(list.onShowInFinder, *items);
@@ -61,9 +61,8 @@ class ForecastSectionView : public QWidget {
   KeyedColumn<std::string, ForecastRow>* _rows;
 };
 
-ForecastList::ForecastList(QWidget* parent)
-    : QWidget(parent),
-      _sections(new KeyedColumn<std::string, ForecastSectionView>(4 * style::grid)) {
+ForecastList::ForecastList(const SystemNames& names)
+    : _names(names), _sections(new KeyedColumn<std::string, ForecastSectionView>(4 * style::grid)) {
   auto* column = new QVBoxLayout(this);
   column->setContentsMargins(0, 0, 0, 0);
   column->addWidget(_sections);

@@ -8,6 +8,7 @@
 
 #include "TidemarCore/FileURL.h"
 #include "TidemarUI/State/ForecastGroup.h"
+#include "TidemarUI/State/SystemNames.h"
 #include "TidemarUI/Views/KeyedColumn.h"
 
 namespace tidemar {
@@ -18,15 +19,18 @@ class ForecastSectionView;
 /// `style::rowOutset` inside of the widget.
 class ForecastList : public QWidget {
  public:
-  explicit ForecastList(QWidget* parent = nullptr);
+  explicit ForecastList(const SystemNames& names = {});
 
   /// Asks the file manager to show all items of a row.
   std::function<void(const std::vector<FileURL>&)> onShowInFinder;
+
+  const SystemNames& names() const noexcept { return _names; }
 
   /// Keeps the groups, which can be part of a larger state, as long as they are shown.
   void setGroups(const std::shared_ptr<const std::vector<ForecastGroup>>& groups);
 
  private:
+  SystemNames _names;
   KeyedColumn<std::string, ForecastSectionView>* _sections;
 };
 

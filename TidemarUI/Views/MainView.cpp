@@ -53,16 +53,17 @@ QToolButton* makeBarButton(icons::Symbol symbol, std::string_view name) {
 
 }  // namespace
 
-MainView::MainView(const Formats& formats, const std::string& binName, QWidget* parent)
+MainView::MainView(const Formats& formats, const std::string& binName, const SystemNames& names,
+                   QWidget* parent)
     : QWidget(parent),
       _state(std::make_shared<const MainState>()),
-      _sidebar(new Sidebar),
+      _sidebar(new Sidebar(names)),
       _add(makeBarButton(icons::Symbol::plus, labels::addAFolder)),
       _remove(makeBarButton(icons::Symbol::minus, labels::removeFromTidemar)),
       _menu(makeBarButton(icons::Symbol::menu, labels::menu)),
       _detail(new QStackedWidget),
-      _overview(new OverviewView),
-      _folder(new FolderDetailView(formats, binName)) {
+      _overview(new OverviewView(names)),
+      _folder(new FolderDetailView(formats, binName, names)) {
   _sidebarPane = makeSidebarPane();
   _detail->addWidget(_overview);
   _detail->addWidget(_folder);

@@ -13,6 +13,7 @@
 #include "Platform/Locale/Formats.h"
 #include "TidemarCore/FileURL.h"
 #include "TidemarUI/State/MainState.h"
+#include "TidemarUI/State/SystemNames.h"
 
 namespace tidemar {
 
@@ -24,7 +25,8 @@ class Sidebar;
 /// screen.
 class MainView : public QWidget {
  public:
-  MainView(const Formats& formats, const std::string& binName, QWidget* parent = nullptr);
+  MainView(const Formats& formats, const std::string& binName, const SystemNames& names = {},
+           QWidget* parent = nullptr);
 
   std::function<void(const std::optional<MainSelection>&)> onSelect;
   std::function<void()> onAddFolder;

@@ -71,7 +71,7 @@ class MenuBarView::FolderRow : public MenuRow {
   FolderSummary _summary;
 };
 
-MenuBarView::MenuBarView(QWidget* parent)
+MenuBarView::MenuBarView(const SystemNames& names, QWidget* parent)
     : QWidget(parent),
       _state(std::make_shared<const MenuBarState>()),
       _scroll(new ScrollColumn(contentWidth)),
@@ -81,12 +81,12 @@ MenuBarView::MenuBarView(QWidget* parent)
                                  TextLabel::Overflow::wrap)),
       _invitation(new TextLabel(style::TextSize::body, QFont::Normal, TextLabel::Tone::secondary,
                                 TextLabel::Overflow::wrap)),
-      _forecast(new ForecastList),
+      _forecast(new ForecastList(names)),
       _recentRuns(new RecentRunList) {
   for (TextLabel* label : {_headline, _subheadline, _invitation})
     label->setContentsMargins(style::rowOutset, 0, style::rowOutset, 0);
-  _invitation->show(labels::menuBarInvitation);
-  _warning = makeWarning();
+  _invitation->show(labels::menuBarInvitation(names));
+  _warning = makeWarning(names);
   _foldersBlock = makeFolders();
   _footer = makeFooter();
 
@@ -121,13 +121,13 @@ MenuBarView::MenuBarView(QWidget* parent)
   _recentRuns->onPutBack = [this](const RecentRun& run) { callClosure(onUndo, run); };
 }
 
-QWidget* MenuBarView::makeWarning() {
+QWidget* MenuBarView::makeWarning(const SystemNames& names) {
   auto* icon = new QLabel;
   icon->setPixmap(icons::symbol(icons::Symbol::warning)
                       .pixmap(QSize(warningIconSize, warningIconSize), devicePixelRatio()));
   auto* text = new TextLabel(style::TextSize::body, QFont::Normal, TextLabel::Tone::primary,
                              TextLabel::Overflow::wrap);
-  text->show(labels::finderExtensionIsOff);
+  text->show(labels::finderExtensionIsOff(names));
   auto* turnOn = new QPushButton(textOf(labels::turnOn));
   turnOn->setAutoDefault(false);
   connect(turnOn, &QPushButton::clicked, this, [this] { callClosure(onTurnOnFinderExtension); });

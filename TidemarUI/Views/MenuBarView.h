@@ -21,7 +21,7 @@ namespace tidemar {
 /// show.
 class MenuBarView : public QWidget {
  public:
-  explicit MenuBarView(QWidget* parent = nullptr);
+  explicit MenuBarView(const SystemNames& names = {}, QWidget* parent = nullptr);
 
   std::function<void()> onTurnOnFinderExtension;
   std::function<void(const FolderSummary&)> onSelectFolder;
@@ -43,7 +43,7 @@ class MenuBarView : public QWidget {
  private:
   class FolderRow;
 
-  QWidget* makeWarning();
+  QWidget* makeWarning(const SystemNames& names);
   QWidget* makeFolders();
   QWidget* makeFooter();
   void showFolders();

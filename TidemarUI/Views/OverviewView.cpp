@@ -10,10 +10,10 @@ namespace {
 constexpr int columnWidth = 720;
 constexpr int invitationWidth = 340;
 
-QWidget* makeInvitation() {
+QWidget* makeInvitation(const SystemNames& names) {
   auto* label = new TextLabel(style::TextSize::body, QFont::Normal, TextLabel::Tone::secondary,
                               TextLabel::Overflow::wrap);
-  label->show(labels::overviewInvitation);
+  label->show(labels::overviewInvitation(names));
   label->setAlignment(Qt::AlignCenter);
   label->setFixedWidth(invitationWidth);
   auto* page = new QWidget;
@@ -24,14 +24,14 @@ QWidget* makeInvitation() {
 
 }  // namespace
 
-OverviewView::OverviewView()
-    : _invitation(makeInvitation()),
+OverviewView::OverviewView(const SystemNames& names)
+    : _invitation(makeInvitation(names)),
       _summary(new ScrollColumn(columnWidth)),
       _headline(new TextLabel(style::TextSize::pageHeadline, QFont::DemiBold,
                               TextLabel::Tone::primary, TextLabel::Overflow::wrap)),
       _subheadline(new TextLabel(style::TextSize::body, QFont::Normal, TextLabel::Tone::secondary,
                                  TextLabel::Overflow::wrap)),
-      _forecast(new ForecastList),
+      _forecast(new ForecastList(names)),
       _recentRuns(new RecentRunList) {
   for (TextLabel* label : {_headline, _subheadline})
     label->setContentsMargins(style::rowOutset, 0, style::rowOutset, 0);

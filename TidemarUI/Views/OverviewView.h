@@ -17,7 +17,7 @@ namespace tidemar {
 /// What goes when out of all folders, and what went; without any folder an invitation.
 class OverviewView : public QStackedWidget {
  public:
-  OverviewView();
+  explicit OverviewView(const SystemNames& names);
 
   std::function<void(const RecentRun&)> onPutBack;
   std::function<void(const std::vector<FileURL>&)> onShowInFinder;

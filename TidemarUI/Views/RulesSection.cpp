@@ -29,7 +29,8 @@ class RuleRow : public FormRow {
   }
 };
 
-RulesSection::RulesSection(const Formats& formats, const std::string& binName)
+RulesSection::RulesSection(const Formats& formats, const std::string& binName,
+                           const SystemNames& names)
     : FormSection(labels::clearAnItemWhen) {
   _age = addRule(labels::ageRule, settingsWithAgeRule);
   addNumber(*_age, formats, labels::ageRule, settingsWithMaxAgeDays);
@@ -37,7 +38,7 @@ RulesSection::RulesSection(const Formats& formats, const std::string& binName)
   addNumber(*_size, formats, labels::sizeRule, settingsWithSizeLimit);
   _automatic = addRule(labels::automaticRule, settingsWithAutomatic);
   _automatic->setToolTip(textOf(automaticTooltip(binName)));
-  _restart = addRule(labels::restartRule, settingsWithEmptyOnRestart);
+  _restart = addRule(labels::restartRule(names), settingsWithEmptyOnRestart);
 
   // Numbers stand below one another, and so do their units.
   const int unitWidth =

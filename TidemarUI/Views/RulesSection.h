@@ -5,6 +5,7 @@
 
 #include "Platform/Locale/Formats.h"
 #include "TidemarCore/TemporarySettings.h"
+#include "TidemarUI/State/SystemNames.h"
 #include "TidemarUI/Views/Card.h"
 
 namespace tidemar {
@@ -14,7 +15,7 @@ class RuleRow;
 /// The rules by which a folder is cleared: a check box each, two of them with a number.
 class RulesSection : public FormSection {
  public:
-  RulesSection(const Formats& formats, const std::string& binName);
+  RulesSection(const Formats& formats, const std::string& binName, const SystemNames& names);
 
   /// What the user saw when an edit began, and the same with just what was edited changed.
   std::function<void(const TemporarySettings& shown, const TemporarySettings& wanted)>

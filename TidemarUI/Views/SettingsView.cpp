@@ -40,7 +40,7 @@ QWidget* makeButtonRow(std::string_view title, TextLabel::Tone tone, std::string
 
 }  // namespace
 
-SettingsView::SettingsView(QWidget* parent)
+SettingsView::SettingsView(const SystemNames& names, QWidget* parent)
     : QWidget(parent), _openAtLogin(new Switch), _showInMenuBar(new Switch) {
   setFixedWidth(contentWidth);
   _approval = makeButtonRow(labels::needsApproval, TextLabel::Tone::secondary,
@@ -53,7 +53,7 @@ SettingsView::SettingsView(QWidget* parent)
   preferences->setFooter(labels::settingsFooter);
 
   auto* setup = new FormSection;
-  setup->card().addRow(makeButtonRow(labels::setUpExplanation, TextLabel::Tone::primary,
+  setup->card().addRow(makeButtonRow(labels::setUpExplanation(names), TextLabel::Tone::primary,
                                      labels::setUp, onOpenSetup));
 
   auto* column = new QVBoxLayout(this);

@@ -4,6 +4,7 @@
 #include <functional>
 
 #include "TidemarUI/State/SettingsState.h"
+#include "TidemarUI/State/SystemNames.h"
 #include "TidemarUI/Views/Switch.h"
 
 namespace tidemar {
@@ -11,7 +12,7 @@ namespace tidemar {
 /// The program's few preferences.
 class SettingsView : public QWidget {
  public:
-  explicit SettingsView(QWidget* parent = nullptr);
+  explicit SettingsView(const SystemNames& names = {}, QWidget* parent = nullptr);
 
   std::function<void(bool isOn)> onToggleOpenAtLogin;
   std::function<void(bool isOn)> onToggleShowInMenuBar;

@@ -120,13 +120,13 @@ class SetupStepView : public QWidget {
   TextLabel* _hint;
 };
 
-SetupView::SetupView(QWidget* parent) : QWidget(parent) {
+SetupView::SetupView(const SystemNames& names, QWidget* parent) : QWidget(parent), _names(names) {
   setFixedWidth(contentWidth);
   auto* title =
       makeText(style::TextSize::sectionHeadline, QFont::DemiBold, TextLabel::Tone::primary);
   title->show(labels::setupTitle);
   auto* explanation = makeText(style::TextSize::body, QFont::Normal, TextLabel::Tone::secondary);
-  explanation->show(labels::setupExplanation);
+  explanation->show(labels::setupExplanation(names));
 
   auto* column = new QVBoxLayout(this);
   column->setContentsMargins(6 * style::grid, 5 * style::grid, 6 * style::grid, 2 * style::grid);
@@ -145,7 +145,7 @@ SetupView::SetupView(QWidget* parent) : QWidget(parent) {
 }
 
 void SetupView::setState(const SetupState& state) {
-  const std::array<SetupStep, 3> steps = setupSteps(state);
+  const std::array<SetupStep, 3> steps = setupSteps(state, _names);
   for (std::size_t index = 0; index < steps.size(); ++index)
     _steps[index]->show(steps[index]);
 }

@@ -13,7 +13,7 @@ class SetupStepView;
 /// The checklist of what the user has to switch on in the system.
 class SetupView : public QWidget {
  public:
-  explicit SetupView(QWidget* parent = nullptr);
+  explicit SetupView(const SystemNames& names = {}, QWidget* parent = nullptr);
 
   std::function<void()> onOpenExtensionManagement;
   std::function<void(bool isOn)> onToggleOpenAtLogin;
@@ -25,6 +25,7 @@ class SetupView : public QWidget {
  private:
   void accept(SetupOffer offer) const;
 
+  SystemNames _names;
   std::array<SetupStepView*, 3> _steps{};
 };
 

@@ -89,7 +89,7 @@ class SidebarDelegate : public QStyledItemDelegate {
 
 }  // namespace
 
-Sidebar::Sidebar(QWidget* parent) : QListView(parent) {
+Sidebar::Sidebar(const SystemNames& names) : _names(names) {
   setModel(&_model);
   setItemDelegate(new SidebarDelegate(_model, this));
   setFrameShape(QFrame::NoFrame);
@@ -156,7 +156,7 @@ void Sidebar::contextMenuEvent(QContextMenuEvent* event) {
   const auto addAction = [this, menu](std::string_view text, auto action) {
     connect(menu->addAction(textOf(text)), &QAction::triggered, this, action, Qt::QueuedConnection);
   };
-  addAction(labels::showInFinder,
+  addAction(labels::showInFinder(_names),
             [this, path = row.path] { callClosure(onShowInFinder, std::vector{FileURL(path)}); });
   addAction(labels::removeFromTidemar,
             [this, id = *row.selection->folderID] { callClosure(onRemoveFolder, id); });

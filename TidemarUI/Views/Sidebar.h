@@ -8,6 +8,7 @@
 
 #include "TidemarCore/FileURL.h"
 #include "TidemarUI/State/MainState.h"
+#include "TidemarUI/State/SystemNames.h"
 #include "TidemarUI/Views/SidebarModel.h"
 
 namespace tidemar {
@@ -15,7 +16,7 @@ namespace tidemar {
 /// The list of the overview and of all folders.
 class Sidebar : public QListView {
  public:
-  explicit Sidebar(QWidget* parent = nullptr);
+  explicit Sidebar(const SystemNames& names);
 
   /// The user chose another row; not called for what the program selects.
   std::function<void(const MainSelection&)> onSelect;
@@ -34,6 +35,7 @@ class Sidebar : public QListView {
   void contextMenuEvent(QContextMenuEvent* event) override;
 
  private:
+  SystemNames _names;
   SidebarModel _model;
   std::optional<MainSelection> _chosen;  ///< On its way out.
   bool _isFollowing = false;             ///< The change of the current row comes from the program.

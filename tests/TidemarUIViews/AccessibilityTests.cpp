@@ -72,6 +72,29 @@ TEST(Accessibility, EveryControlHasARoleANameAndAState) {
                                         "checked box Show in menu bar", "button Set Up…"}));
 }
 
+TEST(Accessibility, NoTextKeepsAnotherSystemsNames) {
+  const SystemNames names{.fileManager = "Dolphin", .computer = "computer"};
+  MainView folder(viewFormats(), "Bin", names);
+  folder.setState(shared(sampleState({sampleFolder(1)})));
+  folder.setSelection(MainSelection::folder(1));
+  MainView invitation(viewFormats(), "Bin", names);
+  MenuBarView popover(names);
+  popover.setState(shared(MenuBarState()));
+  SettingsView settings(names);
+  SetupView setup(names);
+  for (QWidget* view :
+       std::initializer_list<QWidget*>{&folder, &invitation, &popover, &settings, &setup}) {
+    bool isNamed = false;
+    for (QWidget* widget : view->findChildren<QWidget*>()) {
+      const std::string text = spokenName(*widget) + '\n' + widget->toolTip().toStdString();
+      EXPECT_EQ(text.find("Finder"), text.npos) << text;
+      EXPECT_EQ(text.find("Mac"), text.npos) << text;
+      isNamed = isNamed || text.find("Dolphin") != text.npos;
+    }
+    EXPECT_TRUE(isNamed);
+  }
+}
+
 TEST(Accessibility, AStepSaysWhetherItIsDone) {
   SetupView setup;
   setup.setState({.isExtensionEnabled = true,

@@ -153,7 +153,7 @@ TEST(Destruction, AClosureOfTheMainWindowMayDestroyIt) {
            [](QWidget& view) { QTest::keyClick(child<Switch>(view), Qt::Key_Space); }},
           {"the switch by an assistive tool", [](QWidget& view) { child<Switch>(view)->toggle(); }},
           {"the folder in the file manager",
-           [](QWidget& view) { button(view, labels::showInFinder)->click(); }},
+           [](QWidget& view) { button(view, labels::showInFinder({}))->click(); }},
           {"items in the file manager",
            [](QWidget& view) {
              QTest::keyClick(child<MenuRow>(*child<FolderDetailView>(view)), Qt::Key_Return);
@@ -165,8 +165,8 @@ TEST(Destruction, AClosureOfTheMainWindowMayDestroyIt) {
            }},
           {"a rule",
            [](QWidget& view) {
-             QTest::mouseClick(child<QCheckBox>(view, std::string(labels::restartRule)),
-                               Qt::LeftButton, {}, {10, 10});
+             QTest::mouseClick(child<QCheckBox>(view, labels::restartRule({})), Qt::LeftButton, {},
+                               {10, 10});
            }},
           {"a number by Return", [](QWidget& view) { type(view, Qt::Key_Return); }},
           {"a number by leaving it", [](QWidget& view) { type(view, Qt::Key_Tab); }},

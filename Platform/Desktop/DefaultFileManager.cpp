@@ -1,0 +1,93 @@
+#include "Platform/Desktop/DefaultFileManager.h"
+
+#include <QFile>
+#include <QStandardPaths>
+#include <QString>
+#include <QStringList>
+
+namespace tidemar::DefaultFileManager {
+namespace {
+
+const QString folderType = QStringLiteral("inode/directory");
+
+/// The value of a key in a group of a key file; empty where there is none.
+QString valueIn(const QString& path, const QString& group, const QString& key) {
+  QFile file(path);
+  if (!file.open(QIODevice::ReadOnly)) return {};
+  bool isInGroup = false;
+  while (!file.atEnd()) {
+    const QString line = QString::fromUtf8(file.readLine()).trimmed();
+    if (line.startsWith(u'[')) {
+      isInGroup = line == u'[' + group + u']';
+    } else if (isInGroup && line.section(u'=', 0, 0).trimmed() == key) {
+      return line.section(u'=', 1).trimmed();
+    }
+  }
+  return {};
+}
+
+QString valueInEntry(const QString& entry, const QString& key) {
+  return valueIn(entry, QStringLiteral("Desktop Entry"), key);
+}
+
+/// The files with the user's, the desktop's and the system's choices, the one that holds first.
+QStringList lists() {
+  QStringList names;
+  const QString desktops = qEnvironmentVariable("XDG_CURRENT_DESKTOP").toLower();
+  for (const QString& desktop : desktops.split(u':', Qt::SkipEmptyParts))
+    names += desktop + QStringLiteral("-mimeapps.list");
+  names += QStringLiteral("mimeapps.list");
+  QStringList files;
+  for (const auto location :
+       {QStandardPaths::GenericConfigLocation, QStandardPaths::ApplicationsLocation}) {
+    for (const QString& directory : QStandardPaths::standardLocations(location)) {
+      for (const QString& name : names)
+        files += directory + u'/' + name;
+    }
+  }
+  return files;
+}
+
+/// Those of the entries that are installed.
+QStringList installed(const QString& identifiers) {
+  QStringList entries;
+  for (const QString& identifier : identifiers.split(u';', Qt::SkipEmptyParts)) {
+    const QString entry =
+        QStandardPaths::locate(QStandardPaths::ApplicationsLocation, identifier.trimmed());
+    if (!entry.isEmpty()) entries += entry;
+  }
+  return entries;
+}
+
+QString entryOfFileManager() {
+  for (const QString& list : lists()) {
+    const QStringList chosen =
+        installed(valueIn(list, QStringLiteral("Default Applications"), folderType));
+    if (!chosen.isEmpty()) return chosen.constFirst();
+  }
+  // Nobody chose. Editors open folders too, which makes them no file managers.
+  for (const QString& cache : QStandardPaths::locateAll(QStandardPaths::ApplicationsLocation,
+                                                        QStringLiteral("mimeinfo.cache"))) {
+    for (const QString& entry :
+         installed(valueIn(cache, QStringLiteral("MIME Cache"), folderType))) {
+      const QStringList categories = valueInEntry(entry, QStringLiteral("Categories")).split(u';');
+      if (categories.contains(QStringLiteral("FileManager"))) return entry;
+    }
+  }
+  return {};
+}
+
+}  // namespace
+
+std::string name() {
+  const QString entry = entryOfFileManager();
+  if (entry.isEmpty()) return {};
+  const QString whole = valueInEntry(entry, QStringLiteral("Name"));
+  QString name = whole;
+  const QString kind = valueInEntry(entry, QStringLiteral("GenericName"));
+  if (!kind.isEmpty()) name.remove(kind);
+  name = name.simplified();
+  return (name.isEmpty() ? whole : name).toStdString();
+}
+
+}  // namespace tidemar::DefaultFileManager
