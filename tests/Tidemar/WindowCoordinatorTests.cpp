@@ -1,6 +1,8 @@
 #include <QApplication>
 #include <QCloseEvent>
+#include <QDragEnterEvent>
 #include <QMenu>
+#include <QMimeData>
 #include <QTest>
 
 #include <gtest/gtest.h>
@@ -11,6 +13,7 @@
 #include "Tidemar/WindowCoordinator.h"
 #include "TidemarUI/Views/MainView.h"
 #include "TidemarUI/Views/NumberFieldView.h"
+#include "support/TemporaryTree.h"
 
 namespace tidemar::testing {
 namespace {
@@ -95,6 +98,43 @@ TEST_F(WindowCoordinatorTest, ShowsTheFolderThatItIsGivenAndElseWhatItShowed) {
   windows.window("main")->close();
   windows.showMain();
   EXPECT_EQ(windows.mainWindowState().selection(), MainSelection::folder(first));
+}
+
+TEST_F(WindowCoordinatorTest, FoldersThatAreDroppedOnTheWindowAreAddedAndNeverMoved) {
+  const TemporaryDirectory real;
+  makeTree(real.url(), "Inbox/\nnote.txt 1\n");
+  world.disk.draw(real.path("Inbox") + "/");
+  windows.showMain();
+  QWidget* content = mainView().parentWidget();
+  const auto urlOf = [&](const char* name) {
+    return QUrl::fromLocalFile(QString::fromStdString(real.path(name)));
+  };
+  QMimeData file;
+  file.setUrls({urlOf("note.txt"), QUrl(QStringLiteral("https://example.org/"))});
+  QMimeData folder;
+  folder.setUrls({urlOf("note.txt"), urlOf("Inbox")});
+  const struct {
+    const char* title;
+    const QMimeData& data;
+    Qt::DropActions possible;
+    bool isAccepted;
+  } rows[] = {
+      {"no folder", file, Qt::LinkAction, false},
+      {"a folder that can only be moved", folder, Qt::MoveAction, false},
+      {"a folder", folder, Qt::MoveAction | Qt::CopyAction, true},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.title);
+    QDragEnterEvent enter({}, row.possible, &row.data, {}, {});
+    QApplication::sendEvent(content, &enter);
+    EXPECT_EQ(enter.isAccepted(), row.isAccepted);
+  }
+  QDropEvent drop({}, Qt::MoveAction | Qt::CopyAction, &folder, {}, {});
+  QApplication::sendEvent(content, &drop);
+  EXPECT_EQ(drop.dropAction(), Qt::CopyAction);
+  finishWork();
+  EXPECT_NE(world.model->reportForFolderAt(real.url("Inbox")), nullptr);
+  EXPECT_EQ(world.model->reports().size(), 3U);
 }
 
 TEST_F(WindowCoordinatorTest, LeavingAFoldersPageStartsACycle) {
