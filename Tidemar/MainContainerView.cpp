@@ -1,7 +1,11 @@
 #include "Tidemar/MainContainerView.h"
 
 #include <QDir>
+#include <QDragEnterEvent>
+#include <QMimeData>
+#include <QUrl>
 #include <QVBoxLayout>
+#include <filesystem>
 
 #include "TidemarUI/State/Labels.h"
 #include "TidemarUI/State/SystemBin.h"
@@ -9,6 +13,30 @@
 #include "TidemarUI/Views/TextLabel.h"
 
 namespace tidemar {
+namespace {
+
+/// The folders among what is dragged, in the bytes of their paths.
+std::vector<FileURL> foldersIn(const QMimeData& data) {
+  std::vector<FileURL> folders;
+  for (const QUrl& url : data.urls()) {
+    if (!url.isLocalFile()) continue;
+    const std::string path =
+        QByteArray::fromPercentEncoding(url.path(QUrl::FullyEncoded).toLatin1()).toStdString();
+    std::error_code error;
+    if (std::filesystem::is_directory(path, error)) folders.emplace_back(path);
+  }
+  return folders;
+}
+
+/// Whoever drags a folder deletes his own after a move, so none is accepted.
+void acceptWithoutMoving(QDropEvent& event) {
+  const Qt::DropActions possible = event.possibleActions();
+  const Qt::DropAction action = possible.testFlag(Qt::LinkAction) ? Qt::LinkAction : Qt::CopyAction;
+  event.setDropAction(action);
+  event.setAccepted(possible.testFlag(action));
+}
+
+}  // namespace
 
 MainContainerView::MainContainerView(const ScreenContext& context, MainWindowState& windowState)
     : _context(context),
@@ -25,6 +53,7 @@ MainContainerView::MainContainerView(const ScreenContext& context, MainWindowSta
   auto* column = new QVBoxLayout(this);
   column->setContentsMargins(0, 0, 0, 0);
   column->addWidget(_view);
+  setAcceptDrops(true);
   connectClosures();
   connect(&windowState, &MainWindowState::selectionChanged, this,
           &MainContainerView::selectionChanged);
@@ -76,6 +105,17 @@ QCoro::Task<void> MainContainerView::addFolder(FileURL url) {
   MainWindowState& windowState = _windowState;
   const std::optional<Folder> folder = co_await _context.model.addFolder(url);
   if (folder && folder->id) windowState.select(MainSelection::folder(*folder->id));
+}
+
+void MainContainerView::dragEnterEvent(QDragEnterEvent* event) {
+  if (!foldersIn(*event->mimeData()).empty()) acceptWithoutMoving(*event);
+}
+
+void MainContainerView::dropEvent(QDropEvent* event) {
+  acceptWithoutMoving(*event);
+  if (!event->isAccepted()) return;
+  for (const FileURL& folder : foldersIn(*event->mimeData()))
+    addFolder(folder);
 }
 
 void MainContainerView::removeFolder(std::int64_t id) {

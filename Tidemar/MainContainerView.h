@@ -15,7 +15,7 @@ namespace tidemar {
 class MainView;
 
 /// The main window's content over the model. Leaving a folder's page starts a cycle, so that a
-/// change of its rules takes effect. Main thread.
+/// change of its rules takes effect. Folders that are dropped on it are added. Main thread.
 class MainContainerView : public QWidget {
   Q_OBJECT
  public:
@@ -27,6 +27,8 @@ class MainContainerView : public QWidget {
   QCoro::Task<void> addFolder(FileURL url);
 
  private:
+  void dragEnterEvent(QDragEnterEvent* event) override;
+  void dropEvent(QDropEvent* event) override;
   void connectClosures();
   void refresh();
   void chooseFolder();

@@ -7,15 +7,15 @@
 /// Where windows stand. Main thread.
 namespace tidemar::WindowFrame {
 
-/// Puts a window where the one of that name was last, if that is still on a screen. Answers whether
-/// it was.
+/// Puts a window where the one of that name was last, or as near as it is whole on a screen that
+/// there is. Answers false, and does nothing, where nothing of it is known.
 bool restore(QWidget& window, const UserDefaults& defaults);
 
-/// Remembers where it stands under its object name. A failure is logged: there is nothing the user
-/// could do.
+/// Remembers where it stands, on Wayland its size alone, under its object name. A failure is
+/// logged: there is nothing the user could do.
 void store(const QWidget& window, UserDefaults& defaults);
 
-/// Puts a window in the middle of the screen with the pointer.
+/// Puts a window in the middle of the screen with the pointer, and makes it fit there.
 void center(QWidget& window);
 
 }  // namespace tidemar::WindowFrame

@@ -1,5 +1,9 @@
 #include "TidemarUI/State/FolderDetail.h"
 
+#include <algorithm>
+
+#include "TidemarUI/State/Labels.h"
+
 namespace tidemar {
 
 bool canSetTemporary(const MainFolder& folder) {
@@ -20,6 +24,13 @@ std::string_view rulesFooter(const TemporarySettings& settings) {
   if (settings.maxAgeDays || settings.emptyOnRestart)
     return "An item's age counts from when it was added or last changed, whichever is later.";
   return "With no rule on, nothing is cleared.";
+}
+
+std::string_view nowExplanation(const FolderPreview& preview) {
+  if (std::ranges::find(preview.forecast, labels::now, &ForecastGroup::when) ==
+      preview.forecast.end())
+    return {};
+  return "What is listed under “Now” goes when you leave this page.";
 }
 
 bool canSetAutomatic(const TemporarySettings& settings) {

@@ -19,6 +19,10 @@ std::optional<std::string_view> temporaryFooter(const MainFolder& folder);
 /// What stands under the rules.
 std::string_view rulesFooter(const TemporarySettings& settings);
 
+/// Explains "Now" where the forecast has it, and is empty elsewhere. The page doesn't show it; it
+/// comes with the pointer and to screen readers.
+std::string_view nowExplanation(const FolderPreview& preview);
+
 /// Whether "The disk is nearly full" can be switched.
 bool canSetAutomatic(const TemporarySettings& settings);
 

@@ -32,7 +32,7 @@ class StartOfDay {
 std::string headingText(const Moment& moment, Date now, const Formats& formats) {
   switch (moment.kind) {
     case Moment::Kind::now:
-      return "Now";
+      return std::string(labels::now);
     case Moment::Kind::day:
       return dayTitle(moment.startOfDay, now, formats);
     case Moment::Kind::restart:

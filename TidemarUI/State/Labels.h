@@ -29,6 +29,7 @@ inline std::string showInFinder(const SystemNames& names) {
 }
 
 // Where a folder or its forecast would stand
+inline constexpr std::string_view now = "Now";
 inline constexpr std::string_view cannotReadFolder = "Can't read this folder";
 
 // The main window

@@ -1,5 +1,8 @@
 #include "TidemarUI/State/MenuBarState.h"
 
+#include <map>
+
+#include "Platform/Text.h"
 #include "TidemarUI/State/Counts.h"
 #include "TidemarUI/State/FolderTexts.h"
 #include "TidemarUI/State/ForecastGroups.h"
@@ -17,6 +20,16 @@ std::string headlineText(std::span<const FolderStatus* const> statuses, Date now
   return forecastHeadline(dueNowCount, [&](std::int64_t distance) {
     return countOnDay(distance, statuses, now, calendar);
   });
+}
+
+/// Says where those folders are that one can't tell apart by their names.
+void addPlaces(std::vector<FolderSummary>& folders) {
+  std::map<std::string, int> counts;
+  for (const FolderSummary& folder : folders)
+    ++counts[folder.name];
+  for (FolderSummary& folder : folders) {
+    if (counts[folder.name] > 1) folder.place = displayText(folder.path);
+  }
 }
 
 }  // namespace
@@ -45,6 +58,7 @@ MenuBarState menuBarState(std::span<const FolderReport> reports,
                                .distanceToGoing = distanceText(report, now, formats)});
     }
   }
+  addPlaces(state.folders);
   state.headline = activeCount == 0 ? "No Temporary folders yet"
                                     : headlineText(statuses, now, formats.calendar());
   state.subheadline =

@@ -20,6 +20,7 @@ struct FolderSummary {
   std::string name;             ///< The last component of the path, as text.
   std::string rules;            ///< Its rules in one line; the row's tooltip.
   std::string distanceToGoing;  ///< How far it is from losing something.
+  std::string place = {};       ///< The path as text where another row has this name, else empty.
 
   friend bool operator==(const FolderSummary&, const FolderSummary&) = default;
 };

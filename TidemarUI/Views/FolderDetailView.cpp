@@ -148,6 +148,9 @@ void FolderDetailView::showFolder(const MainFolder& folder) {
   _temporarySection->setFooter(temporaryFooter(folder).value_or(std::string_view()));
 
   _previewHeadline->show(folder.preview.headline);
+  const QString explanation = textOf(nowExplanation(folder.preview));
+  _previewSection->setToolTip(explanation);
+  _previewHeadline->setAccessibleDescription(explanation);
   _forecast->setGroups({_folder, &folder.preview.forecast});
   _forecast->setVisible(!folder.preview.forecast.empty());
   // Also where nothing differs: a number that couldn't be stored goes back to the stored one.

@@ -25,7 +25,8 @@ class RulesSection;
 /// back as the folder's.
 class FolderDetailView : public QWidget {
  public:
-  FolderDetailView(const Formats& formats, const std::string& binName, const SystemNames& names = {});
+  FolderDetailView(const Formats& formats, const std::string& binName,
+                   const SystemNames& names = {});
 
   // All of them tell the folder by its row id, since an edit can end just as another one is shown.
   std::function<void(std::int64_t id, bool isTemporary)> onSetTemporary;

@@ -60,7 +60,9 @@ class MenuBarView::FolderRow : public MenuRow {
     // An icon is another one each time it is made, so a row that stays keeps its own.
     const QIcon icon = summary.path == _summary.path ? content().icon : icons::folder(summary.path);
     _summary = summary;
-    setToolTip(textOf(summary.rules));
+    const std::string line = summary.place.empty() ? "" : '\n' + summary.place;
+    setToolTip(textOf(summary.rules + line));
+    setAccessibleDescription(toolTip());
     setContent({.icon = icon,
                 .iconSize = folderIconSize,
                 .title = textOf(summary.name),

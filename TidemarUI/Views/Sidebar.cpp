@@ -133,6 +133,16 @@ void Sidebar::changeEvent(QEvent* event) {
   QListView::changeEvent(event);
 }
 
+void Sidebar::keyPressEvent(QKeyEvent* event) {
+  const QModelIndex index = currentIndex();
+  if (event->key() != Qt::Key_Delete || !index.isValid() || !_model.row(index).isFolder()) {
+    QListView::keyPressEvent(event);
+    return;
+  }
+  const std::int64_t id = *_model.row(index).selection->folderID;
+  callClosure(onRemoveFolder, id);
+}
+
 void Sidebar::focusInEvent(QFocusEvent* event) {
   // A list without a current row takes its first one when the focus comes, which nobody chose.
   const QScopedValueRollback following(_isFollowing, true);

@@ -21,7 +21,8 @@ class Sidebar : public QListView {
   /// The user chose another row; not called for what the program selects.
   std::function<void(const MainSelection&)> onSelect;
 
-  // The entries of a row's context menu act on that row, whatever is selected.
+  // The entries of a row's context menu act on that row, whatever is selected. The key Delete acts
+  // on the row that it stands on.
   std::function<void(std::int64_t id)> onRemoveFolder;
   std::function<void(const std::vector<FileURL>&)> onShowInFinder;
 
@@ -30,6 +31,7 @@ class Sidebar : public QListView {
  protected:
   void currentChanged(const QModelIndex& current, const QModelIndex& previous) override;
   void changeEvent(QEvent* event) override;
+  void keyPressEvent(QKeyEvent* event) override;
   void focusInEvent(QFocusEvent* event) override;
   void mousePressEvent(QMouseEvent* event) override;
   void contextMenuEvent(QContextMenuEvent* event) override;

@@ -152,6 +152,9 @@ QVariant SidebarModel::data(const QModelIndex& index, int role) const {
       return textOf(shown.name);
     case Qt::AccessibleTextRole:
       return textOf(shown.detail.empty() ? shown.name : shown.name + ", " + shown.detail);
+    case Qt::ToolTipRole:
+    case Qt::AccessibleDescriptionRole:
+      return shown.isFolder() ? textOf(shown.path) : QVariant();
     default:
       return {};
   }

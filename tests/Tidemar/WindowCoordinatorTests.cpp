@@ -1,7 +1,10 @@
 #include <QApplication>
 #include <QCloseEvent>
+#include <QDragEnterEvent>
 #include <QFileDialog>
 #include <QMenu>
+#include <QMimeData>
+#include <QScreen>
 #include <QTest>
 
 #include <gtest/gtest.h>
@@ -13,6 +16,7 @@
 #include "Tidemar/WindowCoordinator.h"
 #include "TidemarUI/Views/MainView.h"
 #include "TidemarUI/Views/NumberFieldView.h"
+#include "support/TemporaryTree.h"
 
 namespace tidemar::testing {
 namespace {
@@ -97,6 +101,43 @@ TEST_F(WindowCoordinatorTest, ShowsTheFolderThatItIsGivenAndElseWhatItShowed) {
   windows.window("main")->close();
   windows.showMain();
   EXPECT_EQ(windows.mainWindowState().selection(), MainSelection::folder(first));
+}
+
+TEST_F(WindowCoordinatorTest, FoldersThatAreDroppedOnTheWindowAreAddedAndNeverMoved) {
+  const TemporaryDirectory real;
+  makeTree(real.url(), "Inbox/\nnote.txt 1\n");
+  world.disk.draw(real.path("Inbox") + "/");
+  windows.showMain();
+  QWidget* content = mainView().parentWidget();
+  const auto urlOf = [&](const char* name) {
+    return QUrl::fromLocalFile(QString::fromStdString(real.path(name)));
+  };
+  QMimeData file;
+  file.setUrls({urlOf("note.txt"), QUrl(QStringLiteral("https://example.org/"))});
+  QMimeData folder;
+  folder.setUrls({urlOf("note.txt"), urlOf("Inbox")});
+  const struct {
+    const char* title;
+    const QMimeData& data;
+    Qt::DropActions possible;
+    bool isAccepted;
+  } rows[] = {
+      {"no folder", file, Qt::LinkAction, false},
+      {"a folder that can only be moved", folder, Qt::MoveAction, false},
+      {"a folder", folder, Qt::MoveAction | Qt::CopyAction, true},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.title);
+    QDragEnterEvent enter({}, row.possible, &row.data, {}, {});
+    QApplication::sendEvent(content, &enter);
+    EXPECT_EQ(enter.isAccepted(), row.isAccepted);
+  }
+  QDropEvent drop({}, Qt::MoveAction | Qt::CopyAction, &folder, {}, {});
+  QApplication::sendEvent(content, &drop);
+  EXPECT_EQ(drop.dropAction(), Qt::CopyAction);
+  finishWork();
+  EXPECT_NE(world.model->reportForFolderAt(real.url("Inbox")), nullptr);
+  EXPECT_EQ(world.model->reports().size(), 3U);
 }
 
 TEST_F(WindowCoordinatorTest, LeavingAFoldersPageStartsACycle) {
@@ -234,11 +275,24 @@ TEST_F(WindowCoordinatorTest, TheMainWindowComesBackWhereItWas) {
   windows.showMain();
   EXPECT_EQ(windows.window("main")->size(), QSize(700, 500));
   windows.window("main")->close();
-  for (const char* stored : {"", "1 2 3", "99999 99999 700 500", "0 0 -5 -5"}) {
-    SCOPED_TRACE(stored);
-    world.standardDefaults.setString("windowFrame.TidemarMain", stored);
+  const struct {
+    const char* stored;
+    std::optional<QSize> size;  ///< None where it is the first one, as far as it fits.
+  } rows[] = {{"", {}},
+              {"1 2 3", {}},
+              {"0 0 -5 -5", {}},
+              {"99999 99999 700 500", QSize(700, 500)},
+              {"-300 -300 700 500", QSize(700, 500)},
+              {"700 500", QSize(700, 500)},
+              {"0 0 9000 9000", {}}};
+  const QRect screen = QGuiApplication::primaryScreen()->availableGeometry();
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.stored);
+    world.standardDefaults.setString("windowFrame.TidemarMain", row.stored);
     windows.showMain();
-    EXPECT_EQ(windows.window("main")->size(), QSize(820, 560));
+    const QWidget* main = windows.window("main");
+    EXPECT_TRUE(screen.contains(main->geometry()));
+    EXPECT_EQ(main->size(), row.size.value_or(main->size()));
     windows.window("main")->close();
   }
 }

@@ -94,6 +94,18 @@ TEST(MenuBarState, KeepsTheOrderAndDescribesEachFolder) {
   EXPECT_TRUE(state.isFinderExtensionOff);
 }
 
+TEST(MenuBarState, SaysWhereFoldersOfOneNameAre) {
+  const std::vector<FolderReport> reports = {
+      sampleReport(1, taggedStatus({}, {}), {}, "/data/New"),
+      sampleReport(2, taggedStatus({}, {}), {}, "/data/Scratch"),
+      sampleReport(3, taggedStatus({}, {}), {}, "/old/New")};
+  const MenuBarState state = menuBarState(reports, {}, 0, true, now, sampleFormats(), "Bin");
+  ASSERT_EQ(state.folders.size(), 3U);
+  EXPECT_EQ(state.folders[0].place, "/data/New");
+  EXPECT_EQ(state.folders[1].place, "");
+  EXPECT_EQ(state.folders[2].place, "/old/New");
+}
+
 TEST(MenuBarState, NamesTheFolderOfARunThoughItLostItsTag) {
   JournalEntry entry;
   entry.id = 1;

@@ -77,6 +77,12 @@ TEST_F(MainViewTest, MinusRemovesTheSelectedFolder) {
   view.setSelection(MainSelection::folder(3));
   minus()->click();
   EXPECT_EQ(removed, std::vector<std::int64_t>{3});
+  // The key does the same in the list, and nothing on its other rows.
+  auto* sidebar = child<Sidebar>(view);
+  QTest::keyClick(sidebar, Qt::Key_Delete);
+  view.setSelection(MainSelection::overview());
+  QTest::keyClick(sidebar, Qt::Key_Delete);
+  EXPECT_EQ(removed, (std::vector<std::int64_t>{3, 3}));
 }
 
 }  // namespace
