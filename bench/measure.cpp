@@ -93,7 +93,8 @@ void timed(Work work) {
 template <class Work>
 double cpuOfOne(int rounds, Work work) {
   const double start = seconds(CLOCK_PROCESS_CPUTIME_ID);
-  for (int round = 0; round < rounds; ++round) work();
+  for (int round = 0; round < rounds; ++round)
+    work();
   return (seconds(CLOCK_PROCESS_CPUTIME_ID) - start) / rounds;
 }
 
@@ -124,8 +125,8 @@ std::int64_t walkBare(const FileDescriptor& directory) {
         throw std::system_error(errno, std::generic_category(), "statx");
       blocks += static_cast<std::int64_t>(values.stx_blocks);
       if (entry->d_type == DT_DIR) {
-        blocks += walkBare(FileDescriptor(
-            openat(directory.get(), entry->d_name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC)));
+        blocks += walkBare(FileDescriptor(openat(directory.get(), entry->d_name,
+                                                 O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC)));
       }
     }
   }
@@ -153,9 +154,9 @@ FolderSnapshot sampleSnapshot(std::string_view kind) {
       name.clear();
       for (int character = 0; character < 8; ++character) {  // U+4E00 to U+9FFF
         const std::uint64_t scalar = 0x4E00 + random() % 0x5200;
-        name += {static_cast<char>(0xE0 | scalar >> 12),
-                 static_cast<char>(0x80 | (scalar >> 6 & 0x3F)),
-                 static_cast<char>(0x80 | (scalar & 0x3F))};
+        name +=
+            {static_cast<char>(0xE0 | scalar >> 12), static_cast<char>(0x80 | (scalar >> 6 & 0x3F)),
+             static_cast<char>(0x80 | (scalar & 0x3F))};
       }
     }
     double age = 0;
@@ -173,7 +174,8 @@ void order(const Arguments& arguments) {
   const FolderSnapshot snapshot = sampleSnapshot(arguments.at(0));
   std::vector<DatedItem> dated;
   dated.reserve(million);
-  for (const Item& item : snapshot.items) dated.push_back({&item, *item.freshness});
+  for (const Item& item : snapshot.items)
+    dated.push_back({&item, *item.freshness});
   timed([&] {
     sortByDateThenName(dated, &DatedItem::freshness);
     return dated.front().freshness;
@@ -184,8 +186,11 @@ void due(const Arguments& arguments) {
   const FolderSnapshot snapshot = sampleSnapshot(arguments.at(0));
   TemporarySettings settings;
   settings.sizeLimit = 4096LL * million / 2;
-  const RunConditions conditions{
-      .now = sampleNow, .availableCapacity = 1, .totalCapacity = 2, .bootTime = {}, .lastRunAt = {}};
+  const RunConditions conditions{.now = sampleNow,
+                                 .availableCapacity = 1,
+                                 .totalCapacity = 2,
+                                 .bootTime = {},
+                                 .lastRunAt = {}};
   timed([&] { return removalsDueNow(snapshot, settings, conditions); });
 }
 
@@ -299,13 +304,15 @@ void folders(const Arguments& arguments) {
   const DiskFileManager disk;
   const std::string bookmark = disk.openFolder(FileURL(arguments.at(0)))->bookmarkData();
   printValue(1000 * cpuOfOne(rounds, [&] {
-    const OpenedBookmark opened = disk.openBookmark(bookmark);
-    System::capacity(*opened.folder);
-    std::vector<FileURL> fixedPlaces = disk.mountedVolumeURLs();
-    for (FileURL& url : disk.systemDirectoryURLs()) fixedPlaces.push_back(std::move(url));
-    if (System::isProtectedRoot(*opened.folder, disk.homeDirectoryForCurrentUser(), fixedPlaces))
-      throw std::runtime_error("a protected root is no sample");
-  }));
+               const OpenedBookmark opened = disk.openBookmark(bookmark);
+               System::capacity(*opened.folder);
+               std::vector<FileURL> fixedPlaces = disk.mountedVolumeURLs();
+               for (FileURL& url : disk.systemDirectoryURLs())
+                 fixedPlaces.push_back(std::move(url));
+               if (System::isProtectedRoot(*opened.folder, disk.homeDirectoryForCurrentUser(),
+                                           fixedPlaces))
+                 throw std::runtime_error("a protected root is no sample");
+             }));
 }
 
 /// Microseconds an item of 1,000 folders of 1,000 items each, their ages spread over some days, for
@@ -380,7 +387,8 @@ class Tray {
 void tray(const Arguments& arguments) {
   Tray tray;
   std::vector<char*> words;
-  for (const std::string& argument : arguments) words.push_back(const_cast<char*>(argument.c_str()));
+  for (const std::string& argument : arguments)
+    words.push_back(const_cast<char*>(argument.c_str()));
   words.push_back(nullptr);
   const double start = seconds(CLOCK_MONOTONIC);
   pid_t process = 0;
@@ -393,7 +401,8 @@ void tray(const Arguments& arguments) {
   const double wall = seconds(CLOCK_MONOTONIC) - start;
   std::cout << process << '\n';
   printTimes(cpu, wall);
-  while (std::cin.get() != std::char_traits<char>::eof()) continue;
+  while (std::cin.get() != std::char_traits<char>::eof())
+    continue;
   kill(process, SIGTERM);
   waitpid(process, nullptr, 0);
 }
