@@ -51,7 +51,7 @@ Popover::Popover(WindowCoordinator& windows)
       _windows(windows),
       _view(new MenuBarView(windows.context().names)),
       _states(windows.context().model.executor(),
-              [this](auto state) { show(std::move(state)); }),
+              [this](auto state) { present(std::move(state)); }),
       _observer(windows.context().model, [this] { refresh(); }) {
   setWindowTitle(textOf(labels::tidemar));
   auto* column = new QVBoxLayout(this);
@@ -105,11 +105,11 @@ void Popover::refresh() {
   });
 }
 
-void Popover::show(std::shared_ptr<const MenuBarState> state) {
+void Popover::present(std::shared_ptr<const MenuBarState> state) {
   const bool isOpening = std::exchange(_isOpening, false);
   if (isOpening) {
     if (canBePlaced()) TaskBar::leaveOut(*this);
-    QWidget::show();
+    show();
   }
   if (state) _view->setState(std::move(state));
   place();

@@ -22,8 +22,8 @@ class Popover : public QWidget {
  public:
   explicit Popover(WindowCoordinator& windows);
 
-  /// Opens it at the icon as soon as its content is made, or closes it. `icon` is where that stands on the screen; an empty
-  /// rectangle if that isn't known.
+  /// Opens it at the icon as soon as its content is made, or closes it. `icon` is where that stands
+  /// on the screen; an empty rectangle if that isn't known.
   void toggle(const QRect& icon);
 
  protected:
@@ -34,7 +34,7 @@ class Popover : public QWidget {
  private:
   void connectClosures();
   void refresh();
-  void show(std::shared_ptr<const MenuBarState> state);
+  void present(std::shared_ptr<const MenuBarState> state);
   void place();
 
   WindowCoordinator& _windows;

@@ -2,7 +2,6 @@
 
 #include <functional>
 #include <memory>
-#include <optional>
 #include <utility>
 
 #include "Tidemar/Model/ApplicationLog.h"

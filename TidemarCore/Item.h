@@ -40,6 +40,11 @@ class ItemList {
   const Item* end() const noexcept { return begin() + size(); }
   std::size_t size() const noexcept { return _items ? _items->size() : 0; }
   bool empty() const noexcept { return size() == 0; }
+
+  /// The place of an item that a pointer into this list points at.
+  std::size_t indexOf(const Item* item) const noexcept {
+    return static_cast<std::size_t>(item - begin());
+  }
   const Item& operator[](std::size_t index) const noexcept { return begin()[index]; }
 
   friend bool operator==(const ItemList& a, const ItemList& b) {

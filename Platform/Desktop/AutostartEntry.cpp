@@ -1,8 +1,8 @@
 #include "Platform/Desktop/AutostartEntry.h"
 
-#include <algorithm>
 #include <cerrno>
 
+#include "Platform/Desktop/KeyFile.h"
 #include "Platform/PlatformError.h"
 #include "Platform/Text.h"
 
@@ -46,13 +46,6 @@ std::string escaped(std::string_view value) {
   return result;
 }
 
-std::string_view trimmed(std::string_view text) {
-  constexpr std::string_view blanks = " \t\r";
-  const std::size_t first = std::min(text.find_first_not_of(blanks), text.size());
-  text.remove_prefix(first);
-  return text.substr(0, text.find_last_not_of(blanks) + 1);
-}
-
 /// Whether a pair of key and value is a switch of a desktop's settings, and set to off. GNOME and
 /// what came of it, and MATE, have keys of their own; the others use the standard one.
 bool switchesOff(std::string_view key, std::string_view value) {
@@ -64,7 +57,7 @@ bool switchesOff(std::string_view key, std::string_view value) {
 }  // namespace
 
 std::string text(const FileURL& program) {
-  const std::string& path = program.path();
+  const std::string path = program.path();
   if (!path.starts_with('/')) {
     throw PlatformError("open at login", program, EINVAL, "its place on the disk isn't known");
   }
@@ -86,18 +79,9 @@ std::string text(const FileURL& program) {
 }
 
 LoginItem::Status status(std::string_view text) {
-  bool isInEntry = false;
   bool startsSomething = false;
   bool isSwitchedOff = false;
-  while (!text.empty()) {
-    const std::size_t end = std::min(text.find('\n'), text.size());
-    const std::string_view line = trimmed(text.substr(0, end));
-    text.remove_prefix(std::min(end + 1, text.size()));
-    if (line.starts_with('[')) isInEntry = line == "[Desktop Entry]";
-    const std::size_t equals = line.find('=');
-    if (!isInEntry || line.starts_with('#') || equals == line.npos) continue;
-    const std::string_view key = trimmed(line.substr(0, equals));
-    const std::string_view value = trimmed(line.substr(equals + 1));
+  for (const auto& [key, value] : KeyFile::entriesOfGroup(text, "Desktop Entry")) {
     if (key == "Exec" && !value.empty()) startsSomething = true;
     if (switchesOff(key, value)) isSwitchedOff = true;
   }

@@ -4,30 +4,29 @@
 #include <QStandardPaths>
 #include <QString>
 #include <QStringList>
+#include <algorithm>
+#include <string_view>
+
+#include "Platform/Desktop/KeyFile.h"
 
 namespace tidemar::DefaultFileManager {
 namespace {
 
-const QString folderType = QStringLiteral("inode/directory");
+constexpr std::string_view folderType = "inode/directory";
 
 /// The value of a key in a group of a key file; empty where there is none.
-QString valueIn(const QString& path, const QString& group, const QString& key) {
+QString valueIn(const QString& path, std::string_view group, std::string_view key) {
   QFile file(path);
   if (!file.open(QIODevice::ReadOnly)) return {};
-  bool isInGroup = false;
-  while (!file.atEnd()) {
-    const QString line = QString::fromUtf8(file.readLine()).trimmed();
-    if (line.startsWith(u'[')) {
-      isInGroup = line == u'[' + group + u']';
-    } else if (isInGroup && line.section(u'=', 0, 0).trimmed() == key) {
-      return line.section(u'=', 1).trimmed();
-    }
-  }
-  return {};
+  const std::string text = file.readAll().toStdString();
+  const auto entries = KeyFile::entriesOfGroup(text, group);
+  const auto found = std::ranges::find(entries, key, &KeyFile::Entry::key);
+  if (found == entries.end()) return {};
+  return QString::fromUtf8(found->value.data(), static_cast<qsizetype>(found->value.size()));
 }
 
-QString valueInEntry(const QString& entry, const QString& key) {
-  return valueIn(entry, QStringLiteral("Desktop Entry"), key);
+QString valueInEntry(const QString& entry, std::string_view key) {
+  return valueIn(entry, "Desktop Entry", key);
 }
 
 /// The files with the user's, the desktop's and the system's choices, the one that holds first.
@@ -61,16 +60,14 @@ QStringList installed(const QString& identifiers) {
 
 QString entryOfFileManager() {
   for (const QString& list : lists()) {
-    const QStringList chosen =
-        installed(valueIn(list, QStringLiteral("Default Applications"), folderType));
+    const QStringList chosen = installed(valueIn(list, "Default Applications", folderType));
     if (!chosen.isEmpty()) return chosen.constFirst();
   }
   // Nobody chose. Editors open folders too, which makes them no file managers.
   for (const QString& cache : QStandardPaths::locateAll(QStandardPaths::ApplicationsLocation,
                                                         QStringLiteral("mimeinfo.cache"))) {
-    for (const QString& entry :
-         installed(valueIn(cache, QStringLiteral("MIME Cache"), folderType))) {
-      const QStringList categories = valueInEntry(entry, QStringLiteral("Categories")).split(u';');
+    for (const QString& entry : installed(valueIn(cache, "MIME Cache", folderType))) {
+      const QStringList categories = valueInEntry(entry, "Categories").split(u';');
       if (categories.contains(QStringLiteral("FileManager"))) return entry;
     }
   }
@@ -82,9 +79,9 @@ QString entryOfFileManager() {
 std::string name() {
   const QString entry = entryOfFileManager();
   if (entry.isEmpty()) return {};
-  const QString whole = valueInEntry(entry, QStringLiteral("Name"));
+  const QString whole = valueInEntry(entry, "Name");
   QString name = whole;
-  const QString kind = valueInEntry(entry, QStringLiteral("GenericName"));
+  const QString kind = valueInEntry(entry, "GenericName");
   if (!kind.isEmpty()) name.remove(kind);
   name = name.simplified();
   return (name.isEmpty() ? whole : name).toStdString();

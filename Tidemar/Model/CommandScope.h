@@ -8,8 +8,8 @@
 namespace tidemar {
 
 /// A command from its acceptance to the end of its work. The end of the process waits for it; a
-/// folder that it makes known or Temporary is kept from being cleared by any cycle that was under
-/// way meanwhile.
+/// folder that it makes known, Temporary or plain is kept from being cleared by any cycle that was
+/// under way meanwhile.
 class AppModel::CommandScope {
  public:
   explicit CommandScope(AppModel& model) : _model(model) { ++_model._commandsUnderWay; }

@@ -50,7 +50,8 @@ QCoro::Task<std::optional<Folder>> AppModel::addFolder(FileURL url) {
 QCoro::Task<void> AppModel::setTemporary(Folder folder, bool isTemporary) {
   {
     CommandScope scope(*this);
-    if (isTemporary && folder.id) scope.holdBack(*folder.id);
+    // One that is made plain, too: another program may tag it again at once.
+    if (folder.id) scope.holdBack(*folder.id);
     const auto set = [engine = _engine, gate = _runGate, folder, isTemporary,
                       now = _services.currentDate()] {
       // A tag without its moment in the row would have the last restart empty the folder.

@@ -58,7 +58,7 @@ std::vector<ForecastEntry> forecastEntries(bool emptyOnRestart, Disposal disposa
   std::vector<ForecastEntry> entries;
   std::vector<bool> isListed(status.items.size());
   const auto add = [&](Moment moment, const Item* item) {
-    auto mark = isListed[static_cast<std::size_t>(item - status.items.begin())];
+    auto mark = isListed[status.items.indexOf(item)];
     if (!mark) entries.push_back({{disposal, moment}, item});
     mark = true;
   };

@@ -1,7 +1,7 @@
 #include "TidemarUI/State/Headlines.h"
 
 #include <algorithm>
-#include <unordered_set>
+#include <vector>
 
 #include "TidemarUI/State/Counts.h"
 #include "TidemarUI/State/DayWords.h"
@@ -10,11 +10,11 @@ namespace tidemar {
 namespace {
 
 std::int64_t countOnDay(const DayAtDistance& day, const FolderStatus& status) {
-  std::unordered_set<const Item*> due;
+  std::vector<bool> isDue(status.items.size());
   for (const Removal& removal : status.dueNow)
-    due.insert(removal.item);
+    isDue[status.items.indexOf(removal.item)] = true;
   return std::ranges::count_if(status.upcoming, [&](const Upcoming& upcoming) {
-    return day.contains(upcoming.date) && !due.contains(upcoming.item);
+    return day.contains(upcoming.date) && !isDue[status.items.indexOf(upcoming.item)];
   });
 }
 
