@@ -108,7 +108,7 @@ bool DiskFolder::giveBack(const std::vector<std::string>& left) {
   bool hasComeBack = false;
   for (const std::string& name : left) {
     if (PrivateDirectory::isName(name, PrivateDirectory::Kind::taken)) {
-      hasComeBack = giveBackLeft(_directory.get(), name) || hasComeBack;
+      hasComeBack = giveBackLeft(_directory.get(), name, _directory.get()) || hasComeBack;
     } else {
       sweepLeftCopy(_directory.get(), name);
     }
@@ -141,7 +141,7 @@ ItemState DiskFolder::look(std::string_view name, Disposal disposal, TreeVisitor
     ItemState item = _looks->readOne(std::string(name), isHiddenName, &visitor, &obstacles);
     int code = obstacles.code();
     if (code == 0 && !item.tree.isComplete && isMountedBelow(name)) code = EXDEV;
-    if (code != 0) item.obstacle = obstacleError(disposal, url, code);
+    if (code != 0) item.obstacle = obstacleError(operationOf(disposal), url, code);
     // Another change within the same step of the clock would leave no trace.
     const Timestamp now = clockOfFiles();
     if (item.obstacle || item.latestChange < now) return item;

@@ -3,9 +3,10 @@
 what the next start makes of it."""
 
 import contextlib
+import os
 
 from machine import mounts
-from machine.canary import FAR_FUTURE, TREE, File, World
+from machine.canary import FAR_FUTURE, REMAINS, TREE, File, World
 from machine.report import Report
 
 KEPT = {".hidden item": File(), "fresh": File(fresh=True)}
@@ -16,7 +17,12 @@ def after(world, result, is_undoing):
     again = world.start_again()
     problems = result.problems + again.problems + [f"next start: {line}" for line in again.of("error")]
     problems += world.check(is_undoing=is_undoing, may_wait=True)
-    if not is_undoing:
+    if is_undoing:
+        # Another try opens the Bin, and lays back what had been taken there.
+        world.undo()
+        problems += world.check(is_undoing=True, may_wait=True)
+        problems += [f"left in the Bin: {name}" for name in os.listdir(world.trash) if name.startswith(REMAINS)]
+    else:
         problems += [f"next run: {problem}" for problem in world.run_whole() + world.check()]
     if problems and result.calls:
         problems.insert(0, f"killed at {result.calls[0].function} {result.calls[0].path}")

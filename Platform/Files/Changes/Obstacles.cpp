@@ -55,8 +55,7 @@ void Obstacles::failed(int code) {
   if (code == EXDEV || code == EBUSY || _disposal == Disposal::delete_) note(code);
 }
 
-PlatformError obstacleError(Disposal disposal, const FileURL& url, int code) {
-  const std::string operation = operationOf(disposal);
+PlatformError obstacleError(const std::string& operation, const FileURL& url, int code) {
   switch (code) {
     case EXDEV:
       return {operation, url, code, "it holds another volume"};

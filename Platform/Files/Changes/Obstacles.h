@@ -41,8 +41,8 @@ class Obstacles {
   int _code = 0;
 };
 
-/// What an obstacle's error is: a sentence of its own for what the system's text wouldn't tell.
-PlatformError obstacleError(Disposal disposal, const FileURL& url, int code);
+/// What an obstacle's error is: with a reason of our own where the system's text wouldn't tell.
+PlatformError obstacleError(const std::string& operation, const FileURL& url, int code);
 
 /// The verb of the sentences about this way out.
 std::string operationOf(Disposal disposal);

@@ -1,4 +1,4 @@
-#include "Platform/Files/Trash/FolderBin.h"
+#include "Platform/Files/Changes/FolderBin.h"
 
 #include <cerrno>
 #include <ctime>
@@ -6,6 +6,7 @@
 
 #include <unistd.h>
 
+#include "Platform/Files/Changes/GiveBack.h"
 #include "Platform/Files/Descriptors/DescriptorPath.h"
 #include "Platform/Files/Descriptors/EntryValues.h"
 #include "Platform/Files/Descriptors/Rename.h"
@@ -97,7 +98,10 @@ void FolderBin::forget(const Place& place) {
 }
 
 const TrashDirectory& FolderBin::homeTrash() {
-  if (!_home || !tidemar::isInPlace(*_home)) _home = openHomeTrash();
+  if (!_home || !tidemar::isInPlace(*_home)) {
+    _home = openHomeTrash();
+    giveBackAllLeft(_home->trash.get(), _home->files.get());
+  }
   return *_home;
 }
 
@@ -109,6 +113,7 @@ const TrashDirectory& FolderBin::trashOfMount(const FileURL& url) {
     fail(url, EXDEV);
   _top = pathOfDescriptor(top.get(), url, operation);
   _mount = openTrashOfMount(top.get(), _top);
+  giveBackAllLeft(_mount->trash.get(), _mount->files.get());
   return *_mount;
 }
 
