@@ -134,10 +134,11 @@ ItemState DiskFolder::look(std::string_view name, Disposal disposal, TreeVisitor
   if (!isEntryName(name)) throw PlatformError(readOperation, url, EINVAL);
   if (!_looks) _looks.emplace(_directory.get(), _url, kept(), HiddenNames::told);
   const bool isHiddenName = isHidden(name);
-  const EntryValues folder = valuesOf(_directory, _url);
+  // Rights that change during a run make a rename fail, which leaves the item as it was.
+  if (!_holder) _holder = holderOf(_directory.get(), valuesOf(_directory, _url));
 
   for (int waits = 0;; ++waits) {
-    Obstacles obstacles(_directory.get(), folder, disposal);
+    Obstacles obstacles(*_holder, disposal);
     ItemState item = _looks->readOne(std::string(name), isHiddenName, &visitor, &obstacles);
     int code = obstacles.code();
     if (code == 0 && !item.tree.isComplete && isMountedBelow(name)) code = EXDEV;
@@ -196,8 +197,10 @@ FileURL DiskFolder::currentURL() const {
 }
 
 /// Where an item lies now. Throws where that is in a Bin, or nowhere any more.
-FileURL DiskFolder::placeOf(const ItemState& item) const {
-  return placeOutsideTrash(_directory.get(), _url).appendingPathComponent(item.name);
+FileURL DiskFolder::placeOf(const ItemState& item) {
+  // A folder that was moved or deleted has another path than the one that was looked at.
+  if (!_place || currentURL() != *_place) _place = placeOutsideTrash(_directory.get(), _url);
+  return _place->appendingPathComponent(item.name);
 }
 
 bool DiskFolder::isMountedBelow(std::string_view name) const {

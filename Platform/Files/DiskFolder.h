@@ -38,7 +38,7 @@ class DiskFolder : public OpenFolder {
   bool giveBack(const std::vector<std::string>& left);
   const KeptDirectories& kept();
   FileURL currentURL() const;
-  FileURL placeOf(const ItemState& item) const;
+  FileURL placeOf(const ItemState& item);
   bool isMountedBelow(std::string_view name) const;
   bool isHidden(std::string_view name);
   ItemRemoval& removal();
@@ -51,6 +51,8 @@ class DiskFolder : public OpenFolder {
   mutable MountTableReader _mounts;
   HiddenListReader _hiddenNames;
   std::optional<KeptDirectories> _kept;
+  std::optional<Holder> _holder;
+  std::optional<FileURL> _place;  ///< Where it was last found to lie, outside of any Bin.
   std::optional<FolderReading> _looks;
   std::optional<ItemRemoval> _removal;
 };

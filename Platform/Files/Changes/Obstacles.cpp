@@ -29,8 +29,9 @@ int whatKeeps(const EntryValues& entry, const Holder& holder) {
 
 }  // namespace
 
-Obstacles::Obstacles(int folder, const EntryValues& folderValues, Disposal disposal)
-    : _disposal(disposal), _holders{holderOf(folder, "", folderValues)} {}
+Holder holderOf(int directory, const EntryValues& values) {
+  return holderOf(directory, "", values);
+}
 
 void Obstacles::look(const WalkedEntry& entry) {
   const bool isItem = entry.depth == 0;

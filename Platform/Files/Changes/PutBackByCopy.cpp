@@ -55,7 +55,7 @@ ItemState lookAt(const FoundEntry& original) {
   EntryValues directory{};
   if (const int code = readEntryValues(original.directory, "", directory); code != 0)
     throw PlatformError(putBackOperation, original.url, code);
-  Obstacles obstacles(original.directory, directory, Disposal::delete_);
+  Obstacles obstacles(holderOf(original.directory, directory), Disposal::delete_);
   ItemState item = stateOf(original.directory, original.name, original.url, &obstacles);
   if (item.root != original.identity) failChanged(original.url);
   if (obstacles.code() != 0) throw obstacleError(putBackOperation, original.url, obstacles.code());

@@ -6,23 +6,21 @@
 #include "Platform/Files/Changes/Deletion.h"
 #include "Platform/Files/Changes/GiveBack.h"
 #include "Platform/Files/Changes/Obstacles.h"
-#include "Platform/Files/Descriptors/DirectoryOpening.h"
 #include "Platform/Files/Descriptors/Rename.h"
 #include "Platform/Files/OpenFolder.h"
-#include "Platform/Files/Walk/FolderReading.h"
 
 namespace tidemar {
 
 void TakenDeletion::run(const ItemState& item, const FileURL& url) {
-  const int taking = take(item);
+  const int taking = take(item, url);
   const bool isTaken = taking == 0;
   if (!isTaken && taking != ENOSPC && taking != EDQUOT) failToTake(url, taking);
 
-  int code = isTaken ? checkTaken(item, url) : 0;
+  const std::string path = PrivateDirectory::inPlace(0, item.name);
+  int code = !isTaken || isUnchanged(*_reading, path, item) ? 0 : ESTALE;
   if (code == 0) code = Deletion(isTaken ? &*_taken : nullptr, _directory, item).run();
   if (code == 0) return;
   if (isTaken) {
-    const std::string path = PrivateDirectory::inPlace(0, item.name);
     const int returning = giveBack(_taken->descriptor(), path, _directory, item.name);
     if (returning != 0 && returning != ENOENT) {
       throw PlatformError("put back", url, returning,
@@ -32,22 +30,17 @@ void TakenDeletion::run(const ItemState& item, const FileURL& url) {
   fail(url, code);
 }
 
-int TakenDeletion::take(const ItemState& item) {
+int TakenDeletion::take(const ItemState& item, const FileURL& url) {
   if (!_taken) {
     auto made = PrivateDirectory::make(_above, PrivateDirectory::Kind::taken);
     if (!made) return made.error();
     _taken.emplace(*std::move(made));
+    _reading.emplace(_taken->descriptor(), url.deletingLastPathComponent(), _kept,
+                     HiddenNames::untold);
   }
   if (const int code = _taken->makePlace(0); code != 0) return code;
   return renameWithoutReplacing(_directory, item.name, _taken->descriptor(),
                                 PrivateDirectory::inPlace(0, item.name));
-}
-
-int TakenDeletion::checkTaken(const ItemState& item, const FileURL& url) const {
-  FileDescriptor place;
-  const int code = openDirectory(_taken->descriptor(), "0", place);
-  if (code != 0) return code;
-  return isUnchanged(item, place.get(), item.name, url, _kept) ? 0 : ESTALE;
 }
 
 /// Why an entry couldn't be taken out of its place.
@@ -61,15 +54,11 @@ void TakenDeletion::fail(const FileURL& url, int code) const {
   throw obstacleError(_operation, url, code);
 }
 
-bool isUnchanged(const ItemState& item, int directory, const std::string& name, const FileURL& url,
-                 const KeptDirectories& kept) {
-  try {
-    const ItemState present = FolderReading(directory, url, kept, HiddenNames::untold)
-                                  .readOne(name, false, nullptr, nullptr);
-    return present.root == item.root && present.tree == item.tree;
-  } catch (const PlatformError&) {
-    return false;
-  }
+bool isUnchanged(FolderReading& reading, const std::string& path, const ItemState& item) try {
+  const ItemState present = reading.readOne(path, false, nullptr, nullptr);
+  return present.root == item.root && present.tree == item.tree;
+} catch (const PlatformError&) {
+  return false;
 }
 
 }  // namespace tidemar

@@ -5,6 +5,7 @@
 
 #include "Platform/Files/Changes/PrivateDirectory.h"
 #include "Platform/Files/ItemState.h"
+#include "Platform/Files/Walk/FolderReading.h"
 #include "Platform/Files/Walk/KeptDirectories.h"
 #include "TidemarCore/FileURL.h"
 
@@ -28,8 +29,7 @@ class TakenDeletion {
   void run(const ItemState& item, const FileURL& url);
 
  private:
-  int take(const ItemState& item);
-  int checkTaken(const ItemState& item, const FileURL& url) const;
+  int take(const ItemState& item, const FileURL& url);
   [[noreturn]] void failToTake(const FileURL& url, int code) const;
   [[noreturn]] void fail(const FileURL& url, int code) const;
 
@@ -38,12 +38,12 @@ class TakenDeletion {
   const KeptDirectories& _kept;
   std::string _operation;
   std::optional<PrivateDirectory> _taken;  ///< Made when the first entry is to be deleted.
+  std::optional<FolderReading> _reading;   ///< Of that.
 };
 
-/// Whether an entry of an open directory is still what had been looked at, down to the last entry
-/// in it; its change time, which a rename moves, is left out. What can't be read can't be told to
-/// be the same. `url` is where it lies.
-bool isUnchanged(const ItemState& item, int directory, const std::string& name, const FileURL& url,
-                 const KeptDirectories& kept);
+/// Whether the entry at this path is still what had been looked at, down to the last entry in it;
+/// its own change time, which a rename moves, is left out. What can't be read can't be told to be
+/// the same.
+bool isUnchanged(FolderReading& reading, const std::string& path, const ItemState& item);
 
 }  // namespace tidemar
