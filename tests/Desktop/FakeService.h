@@ -4,7 +4,6 @@
 #include <QDBusMessage>
 #include <QDBusVirtualObject>
 #include <functional>
-#include <optional>
 #include <utility>
 #include <vector>
 
@@ -14,8 +13,8 @@ namespace tidemar::testing {
 /// one object and those below it. It writes them down.
 class FakeService : public QDBusVirtualObject {
  public:
-  /// Answers a call; none for an error.
-  using Answer = std::function<std::optional<QVariantList>(const QDBusMessage&)>;
+  /// The reply to a call; one of no type for silence.
+  using Answer = std::function<QDBusMessage(const QDBusMessage&)>;
 
   FakeService(QDBusConnection bus, QString name, const QString& path, Answer answer)
       : _bus(std::move(bus)), _name(std::move(name)), _answer(std::move(answer)) {
@@ -38,10 +37,8 @@ class FakeService : public QDBusVirtualObject {
 
   bool handleMessage(const QDBusMessage& message, const QDBusConnection& bus) override {
     calls.push_back(message);
-    const auto answer = _answer(message);
-    return bus.send(answer ? message.createReply(*answer)
-                           : message.createErrorReply(QStringLiteral("org.example.Refused"),
-                                                      QStringLiteral("Not today.")));
+    const QDBusMessage reply = _answer(message);
+    return reply.type() == QDBusMessage::InvalidMessage || bus.send(reply);
   }
   QString introspect(const QString&) const override { return {}; }
 

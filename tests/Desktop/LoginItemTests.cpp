@@ -23,28 +23,20 @@ TEST(AutostartEntry, IsReadAsTheDesktopsReadIt) {
   } rows[] = {
       {"our own", whole, Status::enabled},
       {"hidden", whole + "Hidden=true\n", Status::requiresApproval},
-      {"not hidden", whole + "Hidden=false\n", Status::enabled},
       {"switched off in GNOME", whole + "X-GNOME-Autostart-enabled=false\n",
        Status::requiresApproval},
-      {"switched on in GNOME", whole + "X-GNOME-Autostart-enabled=true\n", Status::enabled},
       {"switched off in MATE", whole + "X-MATE-Autostart-enabled=false\n",
-       Status::requiresApproval},
-      {"on by one key and off by another", whole + "X-GNOME-Autostart-enabled=true\nHidden=true",
        Status::requiresApproval},
       {"blanks around the equals sign", whole + "Hidden \t= true \r\n", Status::requiresApproval},
       {"nothing but the switch", "[Desktop Entry]\nHidden=true", Status::requiresApproval},
       {"another value in capitals", whole + "Hidden=True\nX-GNOME-Autostart-enabled=False\n",
        Status::enabled},
-      {"a key in small letters", whole + "hidden=true\n", Status::enabled},
       {"a key in a language", whole + "Hidden[de]=true\n", Status::enabled},
-      {"a longer key", whole + "XHidden=true\n", Status::enabled},
       {"a comment", whole + "#Hidden=true\n # Hidden=true\n", Status::enabled},
       {"the switch of an action", whole + "[Desktop Action x]\nHidden=true\n", Status::enabled},
       {"the switch above the group", "Hidden=true\n" + whole, Status::enabled},
-      {"a group of a similar name", "[Desktop Entry X]\nHidden=true\n" + whole, Status::enabled},
       {"a command of another group", "[Desktop Entry]\n[Desktop Action x]\nExec=x\n", Status::off},
       {"an empty command", "[Desktop Entry]\nExec=\n", Status::off},
-      {"an empty file", "", Status::off},
       {"no text at all", std::string("\0\xff\n[\n=\n", 7), Status::off},
   };
   for (const auto& row : rows)
@@ -146,6 +138,11 @@ TEST_F(LoginItemTest, WhatNoDesktopWouldStartIsOff) {
   }
   EXPECT_THROW(item.unregisterItem(), PlatformError) << "a directory isn't taken away";
   EXPECT_TRUE(exists(FileURL(file.path() + "/x")));
+
+  std::filesystem::remove_all(home.path(".config"));
+  writeFile(home.url(".config"), "");
+  EXPECT_EQ(item.status(), Status::off);
+  EXPECT_TRUE(isRegisteringRefused());
 }
 
 TEST_F(LoginItemTest, ALinkToAnEntryIsReadAndTakenAwayAlone) {
@@ -157,12 +154,6 @@ TEST_F(LoginItemTest, ALinkToAnEntryIsReadAndTakenAwayAlone) {
   item.unregisterItem();
   EXPECT_FALSE(exists(file));
   EXPECT_TRUE(exists(elsewhere));
-}
-
-TEST_F(LoginItemTest, AConfigurationThatIsNoDirectoryIsToldOf) {
-  writeFile(home.url(".config"), "");
-  EXPECT_EQ(item.status(), Status::off);
-  EXPECT_TRUE(isRegisteringRefused());
 }
 
 }  // namespace

@@ -8,7 +8,7 @@
 
 #include <gtest/gtest.h>
 
-#include "FakeNotificationServer.h"
+#include "FakeService.h"
 #include "Platform/Desktop/DesktopNotificationCenter.h"
 #include "PrivateBus.h"
 
@@ -17,6 +17,10 @@ namespace {
 
 using namespace testing;
 using namespace std::chrono_literals;
+using namespace Qt::StringLiterals;
+
+const QString serviceName = u"org.freedesktop.Notifications"_s;
+const QString objectPath = u"/org/freedesktop/Notifications"_s;
 
 /// What the center says about a refusal; empty where the notification was taken.
 QCoro::Task<std::string> refusal(NotificationCenter& center, std::string identifier,
@@ -29,12 +33,30 @@ QCoro::Task<std::string> refusal(NotificationCenter& center, std::string identif
   }
 }
 
-class NotificationCenterTest : public ::testing::Test {
+class NotificationCenterTest : public BusTest {
  protected:
+  enum class Manner { accepts, refuses, isSilent };
+
   void SetUp() override {
-    if (!Helper::exists("dbus-daemon")) GTEST_SKIP() << "needs dbus-daemon";
-    bus.emplace();
-    center.emplace(bus->connect());
+    BusTest::SetUp();
+    if (bus) center.emplace(bus->connect());
+  }
+
+  /// A server with these capabilities, whose ids begin at 7.
+  void startServer(const QStringList& capabilities = {}) {
+    server.reset();
+    server.emplace(bus->connect(), serviceName, objectPath,
+                   [this, capabilities, id = 7U](const QDBusMessage& call) mutable {
+                     if (manner == Manner::isSilent) return QDBusMessage();
+                     if (call.member() == u"GetCapabilities") return call.createReply(capabilities);
+                     if (manner == Manner::refuses)
+                       return call.createErrorReply(u"org.example.TooMany"_s,
+                                                    u"too many of “canary”"_s);
+                     shown.push_back(call.arguments());
+                     EXPECT_EQ(call.signature(), u"susssasa{sv}i"_s);
+                     const quint32 replaced = shown.back()[1].toUInt();
+                     return call.createReply(replaced != 0 ? replaced : id++);
+                   });
   }
 
   std::string add(const std::string& identifier, const std::string& title = "Downloads",
@@ -42,102 +64,85 @@ class NotificationCenterTest : public ::testing::Test {
     return QCoro::waitFor(refusal(*center, identifier, title, body));
   }
 
-  bool isAuthorized() { return QCoro::waitFor(center->isAuthorized()); }
+  bool isAuthorized() {
+    const bool isSo = QCoro::waitFor(center->isAuthorized());
+    EXPECT_EQ(QCoro::waitFor(center->requestAuthorization()), isSo);
+    return isSo;
+  }
 
-  std::optional<PrivateBus> bus;
   std::optional<DesktopNotificationCenter> center;
+  std::optional<FakeService> server;
+  Manner manner = Manner::accepts;
+  std::vector<QVariantList> shown;  ///< The arguments of each call of "Notify".
 };
 
 TEST_F(NotificationCenterTest, AQuietNotificationIsDelivered) {
-  const FakeNotificationServer server(bus->connect());
+  startServer();
   EXPECT_TRUE(isAuthorized());
-  EXPECT_TRUE(QCoro::waitFor(center->requestAuthorization()));
-  EXPECT_TRUE(server.notifications.empty()) << "asking shows nothing";
+  EXPECT_TRUE(shown.empty()) << "asking shows nothing";
 
   ASSERT_EQ(add("tomorrow.1", "Téléchargements", "2 items will go to the Bin tomorrow."), "");
-  ASSERT_EQ(server.notifications.size(), 1U);
-  const Notification& shown = server.notifications[0];
-  EXPECT_EQ(shown.signature, "susssasa{sv}i");
-  EXPECT_EQ(shown.applicationName, QStringLiteral("Tidemar"));
-  EXPECT_EQ(shown.replacedID, 0U);
-  EXPECT_EQ(shown.icon, QStringLiteral("app.quernly.tidemar"));
-  EXPECT_EQ(shown.summary, QStringLiteral("Téléchargements"));
-  EXPECT_EQ(shown.body, QStringLiteral("2 items will go to the Bin tomorrow."));
-  EXPECT_EQ(shown.actions, QStringList());
-  EXPECT_EQ(shown.expiry, -1);
-  const QVariant urgency = shown.hints[QStringLiteral("urgency")];
+  ASSERT_EQ(shown.size(), 1U);
+  QVariantList expected = {u"Tidemar"_s,
+                           0U,
+                           u"app.quernly.tidemar"_s,
+                           u"Téléchargements"_s,
+                           u"2 items will go to the Bin tomorrow."_s,
+                           QStringList()};
+  EXPECT_EQ(shown[0].first(6), expected);
+  const auto hints = qdbus_cast<QVariantMap>(shown[0][6]);
+  const QVariant urgency = hints[u"urgency"_s];
   EXPECT_EQ(urgency.typeId(), QMetaType::UChar) << "servers pass over any other type";
   EXPECT_EQ(urgency.toInt(), 0);
-  EXPECT_EQ(shown.hints[QStringLiteral("desktop-entry")].toString(),
-            QStringLiteral("app.quernly.tidemar"));
-  EXPECT_EQ(shown.hints.size(), 2) << "nothing that makes it pass by unseen, or heard";
+  EXPECT_EQ(hints[u"desktop-entry"_s].toString(), u"app.quernly.tidemar"_s);
+  EXPECT_EQ(hints.size(), 2) << "nothing that makes it pass by unseen, or heard";
+  EXPECT_EQ(shown[0][7].toInt(), -1);
 }
 
 TEST_F(NotificationCenterTest, TheSameIdentifierReplacesUnderTheSameServerAlone) {
-  std::optional<FakeNotificationServer> server;
-  server.emplace(bus->connect(), QStringList(), 7);
+  startServer();
   for (const char* identifier : {"tomorrow.1", "tomorrow.2", "tomorrow.1", "tomorrow.2"})
     ASSERT_EQ(add(identifier), "");
-  std::vector<quint32> replaced;
-  for (const Notification& shown : server->notifications)
-    replaced.push_back(shown.replacedID);
-  EXPECT_EQ(replaced, (std::vector<quint32>{0, 0, 7, 8}));
-
-  server.reset();
-  server.emplace(bus->connect(), QStringList(), 7);
+  startServer();
   ASSERT_EQ(add("tomorrow.2"), "");
-  EXPECT_EQ(server->notifications.at(0).replacedID, 0U) << "the id may be another program's now";
+  std::vector<quint32> replaced;
+  for (const QVariantList& arguments : shown)
+    replaced.push_back(arguments[1].toUInt());
+  EXPECT_EQ(replaced, (std::vector<quint32>{0, 0, 7, 8, 0}))
+      << "under another server the id may be another program's";
 }
 
 TEST_F(NotificationCenterTest, NamesAreShownAsTheyAreWhateverTheServerReads) {
-  const QString name = QStringLiteral("<b>bold</b> & \"<img src='x'/>");
-  std::optional<FakeNotificationServer> server;
+  const QString name = u"<b>bold</b> & \"<img src='x'/>"_s;
   const struct {
-    const char* title;
     QStringList capabilities;
     QString body;
   } rows[] = {
-      {"a server of plain text", {QStringLiteral("body")}, name},
-      {"a server that reads markup",
-       {QStringLiteral("body"), QStringLiteral("body-markup")},
-       QStringLiteral("&lt;b&gt;bold&lt;/b&gt; &amp; \"&lt;img src='x'/&gt;")},
-      {"a server with a capability of a similar name", {QStringLiteral("x-body-markup")}, name},
+      {{u"body"_s, u"x-body-markup"_s}, name},
+      {{u"body"_s, u"body-markup"_s}, u"&lt;b&gt;bold&lt;/b&gt; &amp; \"&lt;img src='x'/&gt;"_s},
   };
   for (const auto& row : rows) {
-    server.reset();
-    server.emplace(bus->connect(), row.capabilities);
-    ASSERT_EQ(add("tomorrow.1", name.toStdString(), name.toStdString()), "") << row.title;
-    EXPECT_EQ(server->notifications.at(0).body, row.body) << row.title;
-    EXPECT_EQ(server->notifications.at(0).summary, name)
-        << row.title << ": a summary has no markup";
+    startServer(row.capabilities);
+    ASSERT_EQ(add("tomorrow.1", name.toStdString(), name.toStdString()), "");
+    EXPECT_EQ(shown.back()[3].toString(), name) << "a summary has no markup";
+    EXPECT_EQ(shown.back()[4].toString(), row.body);
   }
 }
 
-TEST_F(NotificationCenterTest, AServerIsFoundWhenItComesAndMissedWhenItGoes) {
+TEST_F(NotificationCenterTest, WhatKeepsItBackIsToldAndHoldsNothingUp) {
   const std::string missing = "This desktop has no notification service.";
   EXPECT_FALSE(isAuthorized());
-  EXPECT_FALSE(QCoro::waitFor(center->requestAuthorization()));
   EXPECT_EQ(add("tomorrow.1"), missing);
-  {
-    const FakeNotificationServer server(bus->connect());
-    EXPECT_TRUE(isAuthorized());
-    EXPECT_EQ(add("tomorrow.1"), "");
-  }
-  EXPECT_FALSE(isAuthorized());
-  EXPECT_EQ(add("tomorrow.1"), missing);
-}
-
-TEST_F(NotificationCenterTest, ARefusalIsToldWithoutTheServersWordsAndHoldsNothingUp) {
-  FakeNotificationServer server(bus->connect());
-  server.manner = FakeNotificationServer::Manner::refuses;
-  EXPECT_EQ(add("tomorrow.1"), "The notification service refused (org.example.TooMany).");
-  server.manner = FakeNotificationServer::Manner::accepts;
+  startServer();
+  EXPECT_TRUE(isAuthorized());
+  manner = Manner::refuses;
+  EXPECT_EQ(add("tomorrow.1"), "The notification service refused (org.example.TooMany).")
+      << "the server's own words could name an item";
+  manner = Manner::accepts;
   EXPECT_EQ(add("tomorrow.1"), "");
-}
 
-TEST_F(NotificationCenterTest, AServerThatDoesNotAnswerIsNotWaitedForOnTheMainThread) {
-  FakeNotificationServer server(bus->connect());
-  server.manner = FakeNotificationServer::Manner::isSilent;
+  // The main thread goes on while a server doesn't answer.
+  manner = Manner::isSilent;
   center.emplace(bus->connect(), 100ms);
   int turns = 0;
   QTimer timer;
@@ -146,28 +151,25 @@ TEST_F(NotificationCenterTest, AServerThatDoesNotAnswerIsNotWaitedForOnTheMainTh
   EXPECT_FALSE(isAuthorized());
   EXPECT_EQ(add("tomorrow.1"), "The notification service didn't answer.");
   EXPECT_GT(turns, 10);
-}
 
-TEST_F(NotificationCenterTest, WithoutABusNothingIsSent) {
-  center.emplace(QDBusConnection(QStringLiteral("there is no such connection")));
+  server.reset();
+  EXPECT_EQ(add("tomorrow.1"), missing);
+  center.emplace(QDBusConnection(u"there is no such connection"_s));
   EXPECT_FALSE(isAuthorized());
   EXPECT_EQ(add("tomorrow.1"), "There is no session bus to send notifications over.");
 }
 
 /// The notifications that dunst showed, as the markup that it drew.
 std::vector<std::string> shownByDunst(const QDBusConnection& connection) {
-  const auto call = [&connection](const char* method) {
-    return connection.call(QDBusMessage::createMethodCall(
-        QStringLiteral("org.freedesktop.Notifications"),
-        QStringLiteral("/org/freedesktop/Notifications"), QStringLiteral("org.dunstproject.cmd0"),
-        QString::fromLatin1(method)));
+  const auto call = [&connection](const QString& method) {
+    return connection.call(QDBusMessage::createMethodCall(serviceName, objectPath,
+                                                          u"org.dunstproject.cmd0"_s, method));
   };
-  call("NotificationCloseAll");
-  const QDBusMessage history = call("NotificationListHistory");
+  call(u"NotificationCloseAll"_s);
+  const QDBusMessage history = call(u"NotificationListHistory"_s);
   std::vector<std::string> lines;
-  for (const QVariantMap& shown : qdbus_cast<QList<QVariantMap>>(history.arguments().value(0))) {
-    lines.push_back(shown[QStringLiteral("message")].toString().toStdString());
-  }
+  for (const QVariantMap& shown : qdbus_cast<QList<QVariantMap>>(history.arguments().value(0)))
+    lines.push_back(shown[u"message"_s].toString().toStdString());
   std::ranges::sort(lines);
   return lines;
 }
@@ -176,25 +178,20 @@ TEST_F(NotificationCenterTest, ARealServerTakesAndReplacesThem) {
   if (!Helper::exists("dunst") || !Helper::exists("Xvfb")) GTEST_SKIP() << "needs dunst and Xvfb";
   const TemporaryDirectory directory;
   Helper display;
-  display.start(QStringLiteral("Xvfb"), {QStringLiteral("-displayfd"), QStringLiteral("1"),
-                                         QStringLiteral("-nolisten"), QStringLiteral("tcp")});
+  display.start(u"Xvfb"_s, {u"-displayfd"_s, u"1"_s, u"-nolisten"_s, u"tcp"_s});
   const QString number = display.readLine();
   ASSERT_FALSE(number.isEmpty());
-  EXPECT_FALSE(isAuthorized());
 
   QDBusConnection connection = bus->connect();
-  QDBusServiceWatcher watcher(QStringLiteral("org.freedesktop.Notifications"), connection,
-                              QDBusServiceWatcher::WatchForRegistration);
+  QDBusServiceWatcher watcher(serviceName, connection, QDBusServiceWatcher::WatchForRegistration);
   QEventLoop untilItIsThere;
   QObject::connect(&watcher, &QDBusServiceWatcher::serviceRegistered, &untilItIsThere,
                    &QEventLoop::quit);
   QTimer::singleShot(20s, &untilItIsThere, &QEventLoop::quit);
   writeFile(directory.url("dunstrc"), "[global]\nmarkup = full\n");
   Helper dunst;
-  dunst.start(QStringLiteral("dunst"),
-              {QStringLiteral("-config"), QString::fromStdString(directory.path("dunstrc"))},
-              {QStringLiteral("DISPLAY=:") + number,
-               QStringLiteral("DBUS_SESSION_BUS_ADDRESS=") + bus->address()});
+  dunst.start(u"dunst"_s, {u"-config"_s, QString::fromStdString(directory.path("dunstrc"))},
+              {u"DISPLAY=:"_s + number, u"DBUS_SESSION_BUS_ADDRESS="_s + bus->address()});
   untilItIsThere.exec();
 
   ASSERT_TRUE(isAuthorized());

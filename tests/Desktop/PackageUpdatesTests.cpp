@@ -17,6 +17,7 @@ namespace tidemar {
 namespace {
 
 using namespace testing;
+using namespace Qt::StringLiterals;
 
 class WrittenAlerts : public Alerts {
  public:
@@ -24,16 +25,11 @@ class WrittenAlerts : public Alerts {
   std::vector<Alert> shown;
 };
 
-const QString packageKitName = QStringLiteral("org.freedesktop.PackageKit");
-const QString packageKitPath = QStringLiteral("/org/freedesktop/PackageKit");
+const QString packageKitName = u"org.freedesktop.PackageKit"_s;
+const QString packageKitPath = u"/org/freedesktop/PackageKit"_s;
 
-class PackageUpdatesTest : public ::testing::Test {
+class PackageUpdatesTest : public BusTest {
  protected:
-  void SetUp() override {
-    if (!Helper::exists("dbus-daemon")) GTEST_SKIP() << "needs dbus-daemon";
-    bus.emplace();
-  }
-
   enum class Trouble { fails, isRefused, endsTheService };
 
   /// A PackageKit that has these updates and gets into trouble by this job.
@@ -42,29 +38,30 @@ class PackageUpdatesTest : public ::testing::Test {
                        [this](const QDBusMessage& call) { return answer(call); });
   }
 
-  std::optional<QVariantList> answer(const QDBusMessage& call) {
-    if (call.member() == QStringLiteral("CreateTransaction")) {
-      const QString path = packageKitPath + QStringLiteral("/%1_job").arg(++transactions);
-      return QVariantList{QVariant::fromValue(QDBusObjectPath(path))};
+  QDBusMessage answer(const QDBusMessage& call) {
+    if (call.member() == u"CreateTransaction") {
+      const QString path = packageKitPath + u"/%1_job"_s.arg(++transactions);
+      return call.createReply(QVariant::fromValue(QDBusObjectPath(path)));
     }
     jobs << call.member();
     const bool isTroubled = call.member() == troubledJob;
-    if (isTroubled && trouble == Trouble::isRefused) return std::nullopt;
+    if (isTroubled && trouble == Trouble::isRefused)
+      return call.createErrorReply(u"org.example.Refused"_s, u"Not today."_s);
     if (isTroubled && trouble == Trouble::endsTheService) {
       packageKit->leave();
-      return QVariantList();
+      return call.createReply();
     }
-    if (isTroubled) tell(call, "ErrorCode", {2U, QStringLiteral("There is no network.")});
-    if (call.member() == QStringLiteral("GetUpdates")) {
+    if (isTroubled) tell(call, "ErrorCode", {2U, u"There is no network."_s});
+    if (call.member() == u"GetUpdates") {
       for (const QString& update : updates)
-        tell(call, "Package", {12U, update, QStringLiteral("a summary")});
+        tell(call, "Package", {12U, update, u"a summary"_s});
     }
     tell(call, "Finished", {isTroubled ? 2U : 1U, 100U});
-    return QVariantList();
+    return call.createReply();
   }
 
   void tell(const QDBusMessage& call, const char* signal, const QVariantList& arguments) {
-    packageKit->send(call.path(), QStringLiteral("org.freedesktop.PackageKit.Transaction"),
+    packageKit->send(call.path(), u"org.freedesktop.PackageKit.Transaction"_s,
                      QString::fromLatin1(signal), arguments);
   }
 
@@ -96,7 +93,6 @@ class PackageUpdatesTest : public ::testing::Test {
                           .isUpToDate = "Up to date",
                           .newVersion = "New version",
                           .newVersionHint = "Install it"};
-  std::optional<PrivateBus> bus;
   std::optional<FakeService> packageKit;
   int transactions = 0;
   QStringList jobs;
@@ -110,27 +106,26 @@ class PackageUpdatesTest : public ::testing::Test {
 };
 
 TEST_F(PackageUpdatesTest, ItSaysThatNothingIsNewOrOpensTheSoftwareCentre) {
-  struct Row {
+  const QString ours = u"tidemar;0.2.0;amd64;somewhere"_s;
+  const QString page = u"appstream:app.quernly.tidemar"_s;
+  const struct {
     const char* name;
     QStringList updates;
     const char* handler;
     std::vector<std::string> alerts;
     QStringList opened;
-  };
-  const QString ours = QStringLiteral("tidemar;0.2.0;amd64;somewhere");
-  const QString page = QStringLiteral("appstream:app.quernly.tidemar");
-  const std::vector<Row> rows = {
+  } rows[] = {
       {"nothing is new", {}, "centre.desktop", {"Up to date"}, {}},
       {"other packages are",
-       {QStringLiteral("tidemar-extras;9;amd64;x"), QStringLiteral("libc6;tidemar;amd64;x")},
+       {u"tidemar-extras;9;amd64;x"_s, u"libc6;tidemar;amd64;x"_s},
        "centre.desktop",
        {"Up to date"},
        {}},
-      {"Tidemar is", {QStringLiteral("libc6;2;amd64;x"), ours}, "centre.desktop", {}, {page}},
+      {"Tidemar is", {u"libc6;2;amd64;x"_s, ours}, "centre.desktop", {}, {page}},
       {"there is no software centre", {ours}, "", {"New version"}, {}},
   };
   startPackageKit();
-  for (const Row& row : rows) {
+  for (const auto& row : rows) {
     SCOPED_TRACE(row.name);
     updates = row.updates;
     jobs.clear();
@@ -138,7 +133,7 @@ TEST_F(PackageUpdatesTest, ItSaysThatNothingIsNewOrOpensTheSoftwareCentre) {
     softwareCentre.urls.clear();
     setSchemeHandler(row.handler);
     check();
-    EXPECT_EQ(jobs, QStringList({QStringLiteral("RefreshCache"), QStringLiteral("GetUpdates")}))
+    EXPECT_EQ(jobs, QStringList({u"RefreshCache"_s, u"GetUpdates"_s}))
         << "once, although it was asked for twice";
     std::vector<std::string> messages;
     for (const Alerts::Alert& alert : alerts.shown)
@@ -149,20 +144,19 @@ TEST_F(PackageUpdatesTest, ItSaysThatNothingIsNewOrOpensTheSoftwareCentre) {
 }
 
 TEST_F(PackageUpdatesTest, AFailureIsNeverTakenForUpToDate) {
-  struct Row {
+  const struct {
     const char* name;
     Trouble trouble;
     const char* job;
     const char* information;
-  };
-  const std::vector<Row> rows = {
+  } rows[] = {
       {"no network", Trouble::fails, "RefreshCache", "There is no network."},
       {"the updates can't be listed", Trouble::fails, "GetUpdates", "There is no network."},
       {"the user may not", Trouble::isRefused, "RefreshCache", "Not today."},
       {"it ends in the middle", Trouble::endsTheService, "GetUpdates",
        "The package service doesn't answer."},
   };
-  for (const Row& row : rows) {
+  for (const auto& row : rows) {
     SCOPED_TRACE(row.name);
     startPackageKit();
     trouble = row.trouble;
@@ -181,9 +175,8 @@ TEST_F(PackageUpdatesTest, ItCanOnlyCheckAPackageWithAPackageService) {
     PackageUpdates service(ours, std::move(package), texts, alerts);
     // The service has asked by now; this is asked after it, and answered after it.
     for (int round = 0; round < 2; ++round) {
-      QDBusMessage last = QDBusMessage::createMethodCall(
-          QStringLiteral("org.freedesktop.DBus"), QStringLiteral("/"),
-          QStringLiteral("org.freedesktop.DBus"), QStringLiteral("GetId"));
+      QDBusMessage last = QDBusMessage::createMethodCall(u"org.freedesktop.DBus"_s, u"/"_s,
+                                                         u"org.freedesktop.DBus"_s, u"GetId"_s);
       ours.call(last, QDBus::BlockWithGui);
     }
     return service.canCheckForUpdates();

@@ -2,6 +2,9 @@
 
 #include <QDBusConnection>
 #include <QString>
+#include <optional>
+
+#include <gtest/gtest.h>
 
 #include "Helper.h"
 #include "support/TemporaryTree.h"
@@ -24,6 +27,17 @@ class PrivateBus {
   Helper _daemon;
   QString _address;
   QStringList _connections;
+};
+
+/// A test with a bus of its own, where the machine has the program for one.
+class BusTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    if (!Helper::exists("dbus-daemon")) GTEST_SKIP() << "needs dbus-daemon";
+    bus.emplace();
+  }
+
+  std::optional<PrivateBus> bus;
 };
 
 }  // namespace tidemar::testing

@@ -24,13 +24,10 @@ TEST(CommandLine, IsOneURLOrTheMarkOfALoginOrNothing) {
       {"the bus", {"--launched-by-bus"}, CommandLine{true, {}}},
       {"the longest URL", {longest}, CommandLine{false, longest}},
       {"a URL too long", {longest + "a"}, {}},
-      {"two URLs", {"tidemar://folder?path=/a", "tidemar://folder?path=/b"}, {}},
       {"a login with a URL", {"--launched-at-login", "tidemar://folder?path=/a"}, {}},
       {"an argument that only begins alike", {"--launched-at-login=no"}, {}},
       {"an action", {"--setup"}, CommandLine{.action = "setup"}},
-      {"an action with a URL", {"--settings", "tidemar://folder?path=/a"}, {}},
       {"an option", {"--quiet"}, {}},
-      {"an option of the toolkit", {"-style", "windows"}, {}},
       {"a dash", {"-"}, {}},
   };
   for (const auto& row : rows) {

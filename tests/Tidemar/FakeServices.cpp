@@ -20,11 +20,19 @@ ModelWorld::ModelWorld(Executor* executor) {
                                           .currentCalendar = [this] { return calendar; }});
 }
 
-std::int64_t ModelWorld::makeTemporary(const std::string& path, TemporarySettings settings) {
+std::int64_t ModelWorld::makeTemporary(const std::string& path,
+                                       const std::vector<std::string>& items) {
+  std::string drawing = path + "/\n";
+  for (const std::string& item : items)
+    drawing += "  " + item + "\n";
+  disk.draw(drawing);
   const Folder folder = QCoro::waitFor(model->addFolder(FileURL(path))).value();
   QCoro::waitFor(model->setTemporary(folder, true));
-  QCoro::waitFor(model->changeSettings(*folder.id, {}, settings));
   return *folder.id;
+}
+
+std::string ModelWorld::aged(double days) {
+  return " @" + std::to_string(static_cast<std::int64_t>(start - days * secondsPerDay));
 }
 
 std::string ModelWorld::removedNames() {

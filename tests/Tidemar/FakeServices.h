@@ -72,8 +72,11 @@ class ModelWorld {
   /// thread, which the disk in memory is made for.
   explicit ModelWorld(Executor* executor = nullptr);
 
-  /// Makes a folder on the disk known and Temporary, and answers its row id.
-  std::int64_t makeTemporary(const std::string& path, TemporarySettings settings = {});
+  /// Draws a folder with these items, makes it known and Temporary, and answers its row id.
+  std::int64_t makeTemporary(const std::string& path, const std::vector<std::string>& items = {});
+
+  /// The date of an item that is so many days old at the start, as the disk is drawn.
+  static std::string aged(double days);
 
   void runCycle() { QCoro::waitFor(model->runBackgroundCycle()); }
 

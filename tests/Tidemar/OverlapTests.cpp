@@ -14,18 +14,7 @@ namespace {
 
 using namespace testing;
 
-enum class Act {
-  refresh,
-  add,
-  settings,
-  switchTag,
-  foreignTag,
-  forget,
-  putBack,
-  cycle,
-  link,
-  quit
-};
+enum class Act { refresh, add, edit, switchTag, foreignTag, forget, putBack, cycle, link, quit };
 constexpr int actCount = 10;
 
 /// A model whose detached work is done and delivered in the order that the test asks for, and the
@@ -33,11 +22,10 @@ constexpr int actCount = 10;
 class OverlappingWorld : public ModelWorld {
  public:
   OverlappingWorld() {
-    const std::string old =
-        " @" + std::to_string(static_cast<std::int64_t>(start - 91 * secondsPerDay));
-    disk.draw("/a/\n  back" + old + "\n/b/\n/c/\n  old" + old + "\n/d/\n  old" + old);
+    const std::string old = aged(91);
+    edited = makeTemporary("/a", {"back" + old});
+    disk.draw("/b/\n/c/\n  old" + old + "\n/d/\n  old" + old);
     disk.tags("/c") = {"Tidemar: Temporary"};
-    edited = makeTemporary("/a");
     runCycle();
     disk.draw("/a/old" + old + "\n/b/old" + old);
     switched = *QCoro::waitFor(model->addFolder(FileURL("/b")))->id;
@@ -51,7 +39,7 @@ class OverlappingWorld : public ModelWorld {
         return keep(model->refreshReports());
       case Act::add:
         return keep(model->addFolder(FileURL("/c")));
-      case Act::settings:
+      case Act::edit:
         return edit();
       case Act::switchTag:
         if (const FolderReport* report = model->reportForFolder(switched))
@@ -85,12 +73,10 @@ class OverlappingWorld : public ModelWorld {
   }
 
   void step(std::size_t index) {
-    if (_cyclesReading && index <= *_cyclesReading) {
-      if (index == *_cyclesReading) {
-        _cyclesReading.reset();
-      } else {
-        --*_cyclesReading;
-      }
+    if (_cyclesReading == index) {
+      _cyclesReading.reset();
+    } else if (_cyclesReading && index < *_cyclesReading) {
+      --*_cyclesReading;
     }
     ordered.take(index);
     look();
@@ -106,12 +92,9 @@ class OverlappingWorld : public ModelWorld {
     std::vector<std::string> temporary;
     for (const FolderReport& report : model->reports()) {
       shown.push_back(report.folder);
-      if (disk.tags(report.folder.path) != std::vector<std::string>{}) {
-        EXPECT_TRUE(isTemporary(report)) << report.folder.path;
-        temporary.push_back(report.folder.path);
-      } else {
-        EXPECT_FALSE(isTemporary(report)) << report.folder.path;
-      }
+      const bool isTagged = !disk.tags(report.folder.path).empty();
+      EXPECT_EQ(isTemporary(report), isTagged) << report.folder.path;
+      if (isTagged) temporary.push_back(report.folder.path);
     }
     EXPECT_EQ(shown, store.folders());
     EXPECT_EQ(model->journal(), store.journalSince(Date{0}));

@@ -1,5 +1,5 @@
 #include <limits>
-#include <optional>
+#include <string>
 
 #include <gtest/gtest.h>
 
@@ -14,67 +14,53 @@ using namespace testing;
 
 constexpr std::int64_t gigabyte = 1'000'000'000;
 
+/// The rules that are on, and what becomes of the items.
+std::string drawn(const TemporarySettings& settings) {
+  std::string text;
+  if (settings.maxAgeDays) text += std::to_string(*settings.maxAgeDays) + " days, ";
+  if (settings.sizeLimit) text += std::to_string(*settings.sizeLimit / gigabyte) + " GB, ";
+  if (settings.automatic) text += "disk, ";
+  if (settings.emptyOnRestart) text += "restart, ";
+  return text + (settings.disposal == Disposal::delete_ ? "delete" : "bin");
+}
+
 TEST(SettingsEdits, ChangeJustWhatTheyName) {
-  const TemporarySettings before = {30, 5 * gigabyte, true, true, Disposal::delete_};
-  struct Row {
-    const char* name;
+  const TemporarySettings all = {30, 5 * gigabyte, true, true, Disposal::delete_};
+  const TemporarySettings ageless = settingsWithAgeRule(all, false);
+  const TemporarySettings binned = settingsWithDisposal(all, Disposal::bin);
+  const struct {
     TemporarySettings after;
-    TemporarySettings expected;
+    const char* expected;
+  } rows[] = {
+      {ageless, "5 GB, disk, restart, delete"},
+      {settingsWithAgeRule(ageless, true), "90 days, 5 GB, disk, restart, delete"},
+      {settingsWithMaxAgeDays(all, 7), "7 days, 5 GB, disk, restart, delete"},
+      {settingsWithSizeRule(all, false), "30 days, disk, restart, delete"},
+      {settingsWithSizeRule(all, true), "30 days, 10 GB, disk, restart, delete"},
+      {settingsWithSizeLimit(all, 7), "30 days, 7 GB, disk, restart, delete"},
+      {settingsWithAutomatic(all, false), "30 days, 5 GB, restart, delete"},
+      {settingsWithEmptyOnRestart(all, false), "30 days, 5 GB, disk, delete"},
+      // To delete again doesn't bring the disk rule back.
+      {binned, "30 days, 5 GB, restart, bin"},
+      {settingsWithDisposal(binned, Disposal::delete_), "30 days, 5 GB, restart, delete"},
   };
-  const Row rows[] = {
-      {"age off",
-       settingsWithAgeRule(before, false),
-       {std::nullopt, 5 * gigabyte, true, true, Disposal::delete_}},
-      {"age off and on again starts anew",
-       settingsWithAgeRule(settingsWithAgeRule(before, false), true),
-       {90, 5 * gigabyte, true, true, Disposal::delete_}},
-      {"days", settingsWithMaxAgeDays(before, 7), {7, 5 * gigabyte, true, true, Disposal::delete_}},
-      {"size off",
-       settingsWithSizeRule(before, false),
-       {30, std::nullopt, true, true, Disposal::delete_}},
-      {"size on",
-       settingsWithSizeRule(before, true),
-       {30, 10 * gigabyte, true, true, Disposal::delete_}},
-      {"gigabytes",
-       settingsWithSizeLimit(before, 7),
-       {30, 7 * gigabyte, true, true, Disposal::delete_}},
-      {"disk rule off",
-       settingsWithAutomatic(before, false),
-       {30, 5 * gigabyte, false, true, Disposal::delete_}},
-      {"restart off",
-       settingsWithEmptyOnRestart(before, false),
-       {30, 5 * gigabyte, true, false, Disposal::delete_}},
-      {"over to the Bin, and the disk rule goes off",
-       settingsWithDisposal(before, Disposal::bin),
-       {30, 5 * gigabyte, false, true, Disposal::bin}},
-      {"back to deleting, and the disk rule stays off",
-       settingsWithDisposal(settingsWithDisposal(before, Disposal::bin), Disposal::delete_),
-       {30, 5 * gigabyte, false, true, Disposal::delete_}},
-  };
-  for (const Row& row : rows)
-    EXPECT_EQ(row.after, row.expected) << row.name;
+  for (const auto& row : rows)
+    EXPECT_EQ(drawn(row.after), row.expected);
+  EXPECT_FALSE(canSetAutomatic(binned));
+  EXPECT_TRUE(canSetAutomatic(all));
 }
 
 TEST(SettingsEdits, BringNumbersToTheNearestBound) {
   constexpr auto least = std::numeric_limits<std::int64_t>::min();
   constexpr auto most = std::numeric_limits<std::int64_t>::max();
-  struct Row {
+  const struct {
     std::int64_t entered;
     std::int64_t days;
     std::int64_t gigabytes;
-  };
-  const Row rows[] = {{least, 1, 1},
-                      {0, 1, 1},
-                      {1, 1, 1},
-                      {3650, 3650, 3650},
-                      {4000, 3650, 4000},
-                      {100'000, 3650, 100'000},
-                      {200'000, 3650, 100'000},
-                      {most, 3650, 100'000}};
-  for (const Row& row : rows) {
-    EXPECT_EQ(settingsWithMaxAgeDays({}, row.entered).maxAgeDays, row.days) << row.entered;
-    EXPECT_EQ(settingsWithSizeLimit({}, row.entered).sizeLimit, row.gigabytes * gigabyte)
-        << row.entered;
+  } rows[] = {{least, 1, 1}, {0, 1, 1}, {4000, 3650, 4000}, {most, 3650, 100'000}};
+  for (const auto& row : rows) {
+    EXPECT_EQ(settingsWithMaxAgeDays({}, row.entered).maxAgeDays, row.days);
+    EXPECT_EQ(settingsWithSizeLimit({}, row.entered).sizeLimit, row.gigabytes * gigabyte);
   }
 }
 
@@ -85,81 +71,39 @@ TEST(NumberFields, ShowTheStoredNumberOrTheDefault) {
   EXPECT_EQ(ageField(settings), (NumberField{true, 12, 1, 3650, "days"}));
   EXPECT_EQ(sizeField(settings), (NumberField{false, 10, 1, 100'000, "GB"}));
 
-  struct Row {
+  const struct {
     std::int64_t bytes;
     std::int64_t gigabytes;
-  };
-  const Row rows[] = {{10 * gigabyte, 10},
-                      {2'499'999'999, 2},
-                      {2'500'000'000, 3},
-                      {499'999'999, 0},
-                      {-1, 0},
-                      {-2'500'000'000, -3},
-                      {std::numeric_limits<std::int64_t>::max(), 9'223'372'037}};
-  for (const Row& row : rows) {
+  } rows[] = {{2'499'999'999, 2},
+              {2'500'000'000, 3},
+              {-2'500'000'000, -3},
+              {std::numeric_limits<std::int64_t>::max(), 9'223'372'037}};
+  for (const auto& row : rows) {
     settings.sizeLimit = row.bytes;
-    EXPECT_EQ(sizeField(settings), (NumberField{true, row.gigabytes, 1, 100'000, "GB"}))
-        << row.bytes;
+    EXPECT_EQ(sizeField(settings), (NumberField{true, row.gigabytes, 1, 100'000, "GB"}));
   }
 }
 
-TEST(FolderDetail, SaysWhyTheSwitchCannotBeUsed) {
-  struct Row {
-    bool isReadable;
-    bool isProtectedRoot;
-    bool canSet;
-    std::optional<std::string_view> footer;
-  };
-  constexpr std::string_view unreadable =
-      "Tidemar can't read this folder. It may be on a drive that isn't connected.";
-  const Row rows[] = {
-      {true, false, true, std::nullopt},
-      {true, true, false,
-       "Tidemar doesn't clear system folders or your Desktop, Documents and home folder."},
-      {false, false, false, unreadable},
-      {false, true, false, unreadable},
-  };
-  for (const Row& row : rows) {
-    MainFolder folder;
-    folder.isReadable = row.isReadable;
-    folder.isProtectedRoot = row.isProtectedRoot;
-    EXPECT_EQ(canSetTemporary(folder), row.canSet);
-    EXPECT_EQ(temporaryFooter(folder), row.footer);
+TEST(FolderDetail, ExplainsWhatIsOnAndWhatCannotBe) {
+  const TemporarySettings byDisk = {std::nullopt, std::nullopt, true, true, Disposal::delete_};
+  TemporarySettings bySize;
+  bySize.sizeLimit = gigabyte;
+  EXPECT_EQ(rulesFooter(bySize), rulesFooter(byDisk)) << "both take the oldest items first";
+  EXPECT_EQ(rulesFooter(clearingOnRestart(noRules())), rulesFooter({})) << "both count the age";
+  EXPECT_NE(rulesFooter(bySize), rulesFooter({}));
+  EXPECT_EQ(rulesFooter(noRules()), "With no rule on, nothing is cleared.");
+  EXPECT_TRUE(disposalFooter(Disposal::delete_, "Bin").isWarning);
+  EXPECT_FALSE(disposalFooter(Disposal::bin, "Bin").isWarning);
+
+  for (const bool isReadable : {false, true}) {
+    for (const bool isProtectedRoot : {false, true}) {
+      MainFolder folder;
+      folder.isReadable = isReadable;
+      folder.isProtectedRoot = isProtectedRoot;
+      EXPECT_EQ(canSetTemporary(folder), isReadable && !isProtectedRoot);
+      EXPECT_EQ(temporaryFooter(folder).has_value(), !canSetTemporary(folder));
+    }
   }
-}
-
-TEST(FolderDetail, ExplainsTheRulesThatAreOn) {
-  constexpr std::string_view oldestFirst = "Size and disk space clear the oldest items first.";
-  constexpr std::string_view age =
-      "An item's age counts from when it was added or last changed, whichever is later.";
-  struct Row {
-    TemporarySettings settings;
-    std::string_view footer;
-  };
-  const Row rows[] = {
-      {{90, gigabyte, false, false, Disposal::bin}, oldestFirst},
-      {{std::nullopt, std::nullopt, true, true, Disposal::delete_}, oldestFirst},
-      {{90, std::nullopt, false, false, Disposal::bin}, age},
-      {{std::nullopt, std::nullopt, false, true, Disposal::bin}, age},
-      {noRules(), "With no rule on, nothing is cleared."},
-  };
-  for (const Row& row : rows)
-    EXPECT_EQ(rulesFooter(row.settings), row.footer);
-}
-
-TEST(FolderDetail, CallsTheBinByItsName) {
-  EXPECT_EQ(disposalText(Disposal::bin, "Trash"), "Move to Trash");
-  EXPECT_EQ(disposalText(Disposal::delete_, "Trash"), "Delete Permanently");
-  EXPECT_EQ(automaticTooltip("Trash"),
-            "Needs Delete Permanently: moving to the Trash frees no space.");
-  EXPECT_EQ(deleteConfirmationMessage("Trash"),
-            "They won't go to the Trash and can't be put back.");
-  EXPECT_EQ(disposalFooter(Disposal::bin, "Trash"),
-            (DisposalFooter{"You can put them back from Tidemar or the Trash.", false}));
-  EXPECT_EQ(disposalFooter(Disposal::delete_, "Trash"),
-            (DisposalFooter{"Frees the space now. Can't be put back.", true}));
-  EXPECT_FALSE(canSetAutomatic({}));
-  EXPECT_TRUE(canSetAutomatic(deleting()));
 }
 
 }  // namespace

@@ -13,8 +13,6 @@ namespace {
 using namespace testing;
 
 constexpr Date morning = utc(2026, 11, 16, 9, 30);
-constexpr bool undone = true;
-
 JournalEntry entry(std::optional<std::int64_t> id, std::int64_t folderID, Date performedAt,
                    Disposal disposal = Disposal::bin, bool isUndone = false) {
   JournalEntry result;
@@ -46,22 +44,16 @@ std::vector<std::string> drawn(const std::vector<JournalEntry>& journal) {
 TEST(RecentRuns, TellTheLastCleanings) {
   constexpr auto bin = Disposal::bin;
   constexpr auto delete_ = Disposal::delete_;
-  struct Row {
+  constexpr bool undone = true;
+  const struct {
     const char* name;
     std::vector<JournalEntry> journal;
     std::vector<std::string> runs;
-  };
-  const Row rows[] = {
+  } rows[] = {
       {"an empty journal", {}, {}},
-      {"one item",
-       {entry(7, 1, morning)},
-       {"1 item to the Trash | Downloads · 09:30 | 7 | Put 1 item back"}},
-      {"entries keep the journal's order",
-       {entry(9, 1, morning), entry(8, 1, morning)},
-       {"2 items to the Trash | Downloads · 09:30 | 9 8 | Put 2 items back"}},
-      {"deleted for good",
-       {entry(7, 1, morning, delete_)},
-       {"1 item deleted permanently | Downloads · 09:30 | 7 | "}},
+      {"entries keep the journal's order, and one without an id counts, too",
+       {entry(9, 1, morning), entry(std::nullopt, 1, morning), entry(8, 1, morning)},
+       {"3 items to the Trash | Downloads · 09:30 | 9 8 | Put 3 items back"}},
       {"one permanent entry makes the run permanent",
        {entry(9, 1, morning), entry(8, 1, morning, delete_)},
        {"2 items deleted permanently | Downloads · 09:30 | 9 8 | "}},
@@ -77,9 +69,6 @@ TEST(RecentRuns, TellTheLastCleanings) {
       {"a folder that is gone",
        {entry(7, 5, morning)},
        {"1 item to the Trash | Removed folder · 09:30 | 7 | Put 1 item back"}},
-      {"a name that isn't UTF-8",
-       {entry(7, 2, morning)},
-       {"1 item to the Trash | M\uFFFDll · 09:30 | 7 | Put 1 item back"}},
       {"two folders at one instant are two runs",
        {entry(9, 1, morning), entry(8, 2, morning)},
        {"1 item to the Trash | Downloads · 09:30 | 9 | Put 1 item back",
@@ -94,16 +83,13 @@ TEST(RecentRuns, TellTheLastCleanings) {
        {"1 item to the Trash | Downloads · 09:34 | 2 | Put 1 item back",
         "1 item to the Trash | Downloads · 09:33 | 4 | Put 1 item back",
         "1 item to the Trash | Downloads · 09:32 | 5 | Put 1 item back"}},
-      {"an entry without an id counts, but can't be named",
-       {entry(std::nullopt, 1, morning), entry(8, 1, morning)},
-       {"2 items to the Trash | Downloads · 09:30 | 8 | Put 2 items back"}},
       {"a run without any id gives no row and leaves its place empty",
        {entry(4, 1, morning + 180), entry(std::nullopt, 1, morning + 120),
         entry(2, 1, morning + 60), entry(1, 1, morning)},
        {"1 item to the Trash | Downloads · 09:33 | 4 | Put 1 item back",
         "1 item to the Trash | Downloads · 09:31 | 2 | Put 1 item back"}},
   };
-  for (const Row& row : rows) {
+  for (const auto& row : rows) {
     SCOPED_TRACE(row.name);
     EXPECT_EQ(drawn(row.journal), row.runs);
   }

@@ -26,10 +26,6 @@ struct GoingItem {
   Date date;
 };
 
-inline Item due(const std::string& name, std::int64_t size = 1000) {
-  return sampleItem(name, size);
-}
-
 inline GoingItem going(const std::string& name, Date date, std::int64_t size = 1000) {
   return {sampleItem(name, size), date};
 }
@@ -55,10 +51,10 @@ inline TemporarySettings clearingOnRestart(TemporarySettings settings = {}) {
 inline FolderStatus taggedStatus(const std::vector<Item>& dueNow,
                                  const std::vector<GoingItem>& upcoming,
                                  const std::vector<Item>& otherItems = {}) {
-  std::vector<Item> items;
-  const auto find = [&](const auto& list, const Item& item) {
+  const auto find = [](const auto& list, const Item& item) {
     return std::ranges::find(list, item.url, &Item::url);
   };
+  std::vector<Item> items;
   const auto add = [&](const Item& item) {
     if (find(items, item) == items.end()) items.push_back(item);
   };

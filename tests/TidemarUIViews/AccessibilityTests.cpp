@@ -2,6 +2,7 @@
 #include <QAbstractSpinBox>
 #include <QComboBox>
 #include <QLabel>
+#include <map>
 #include <set>
 
 #include <gtest/gtest.h>
@@ -18,33 +19,19 @@ namespace {
 
 /// Every visible control that can have the focus, as "role name".
 std::multiset<std::string> spokenControls(const QWidget& view) {
+  static const std::map<QAccessible::Role, const char*> roles = {
+      {QAccessible::PushButton, "button"}, {QAccessible::ButtonMenu, "button"},
+      {QAccessible::CheckBox, "box"},      {QAccessible::SpinBox, "number"},
+      {QAccessible::ComboBox, "picker"},   {QAccessible::List, "list"}};
   std::multiset<std::string> spoken;
   for (QWidget* widget : view.findChildren<QWidget*>()) {
     const bool takesFocus = widget->focusPolicy() & Qt::TabFocus;
     if (!widget->isVisible() || !takesFocus || widget->focusProxy() != nullptr) continue;
     QAccessibleInterface* interface = QAccessible::queryAccessibleInterface(widget);
-    std::string role = "other";
-    switch (interface->role()) {
-      case QAccessible::PushButton:
-      case QAccessible::ButtonMenu:
-        role = "button";
-        break;
-      case QAccessible::CheckBox:
-        role = interface->state().checked ? "checked box" : "box";
-        break;
-      case QAccessible::SpinBox:
-        role = "number";
-        break;
-      case QAccessible::ComboBox:
-        role = "picker";
-        break;
-      case QAccessible::List:
-        role = "list";
-        break;
-      default:
-        role = "role " + std::to_string(interface->role());
-    }
-    spoken.insert(role + " " + spokenName(*widget));
+    const auto role = roles.find(interface->role());
+    const char* name = role == roles.end() ? "other" : role->second;
+    spoken.insert((interface->state().checked ? "checked " : "") + std::string(name) + " " +
+                  spokenName(*widget));
   }
   return spoken;
 }
@@ -62,14 +49,23 @@ TEST(Accessibility, EveryControlHasARoleANameAndAState) {
           "checked box Not added or changed for", "number Not added or changed for",
           "box The folder is over", "number The folder is over", "box The disk is nearly full",
           "box The Mac restarts", "picker Move to Bin"}));
+}
 
+TEST(Accessibility, ASwitchOfTheSettingsAsksForTheOtherValue) {
   SettingsView settings;
+  std::vector<bool> asked;
+  settings.onToggleOpenAtLogin = [&](bool isOn) { asked.push_back(isOn); };
+  settings.onToggleShowInMenuBar = settings.onToggleOpenAtLogin;
   settings.setState(
       {.openAtLogin = false, .openAtLoginRequiresApproval = true, .showInMenuBar = true});
   present(settings, {420, 300});
   EXPECT_EQ(spokenControls(settings),
             (std::multiset<std::string>{"box Open at login", "button Open Login Items…",
                                         "checked box Show in menu bar", "button Set Up…"}));
+  QTest::keyClick(child<QCheckBox>(settings, "Open at login"), Qt::Key_Space);
+  QTest::keyClick(child<QCheckBox>(settings, "Show in menu bar"), Qt::Key_Return);
+  EXPECT_EQ(asked, (std::vector<bool>{true, false}));
+  EXPECT_FALSE(child<QCheckBox>(settings, "Open at login")->isChecked());
 }
 
 TEST(Accessibility, NoTextKeepsAnotherSystemsNames) {
@@ -110,20 +106,6 @@ TEST(Accessibility, AStepSaysWhetherItIsDone) {
   EXPECT_EQ(marks, (std::vector<std::string>{"Completed", "Completed", "Not completed"}));
   EXPECT_EQ(spokenControls(setup),
             (std::multiset<std::string>{"button Open Login Items…", "button Allow Notifications"}));
-}
-
-TEST(Accessibility, ASwitchOfTheSettingsAsksForTheOtherValue) {
-  SettingsView settings;
-  std::vector<bool> asked;
-  settings.onToggleOpenAtLogin = [&](bool isOn) { asked.push_back(isOn); };
-  settings.onToggleShowInMenuBar = settings.onToggleOpenAtLogin;
-  settings.setState(
-      {.openAtLogin = false, .openAtLoginRequiresApproval = false, .showInMenuBar = true});
-  present(settings, {420, 300});
-  QTest::keyClick(child<QCheckBox>(settings, "Open at login"), Qt::Key_Space);
-  QTest::keyClick(child<QCheckBox>(settings, "Show in menu bar"), Qt::Key_Return);
-  EXPECT_EQ(asked, (std::vector<bool>{true, false}));
-  EXPECT_FALSE(child<QCheckBox>(settings, "Open at login")->isChecked());
 }
 
 }  // namespace

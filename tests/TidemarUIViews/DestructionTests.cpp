@@ -1,4 +1,3 @@
-#include <QAccessible>
 #include <QComboBox>
 #include <QContextMenuEvent>
 #include <QMenu>
@@ -7,6 +6,7 @@
 #include <QTimer>
 #include <functional>
 #include <memory>
+#include <tuple>
 
 #include <gtest/gtest.h>
 
@@ -23,25 +23,6 @@
 namespace tidemar::testing {
 namespace {
 
-std::string spoken(const FolderSummary& summary) {
-  return summary.name;
-}
-std::string spoken(const RecentRun& run) {
-  return run.summary;
-}
-std::string spoken(const std::vector<FileURL>& items) {
-  return items.front().path();
-}
-std::string spoken(const TemporarySettings& settings) {
-  return std::to_string(settings.maxAgeDays.value_or(0));
-}
-std::string spoken(const std::optional<MainSelection>& selection) {
-  return std::to_string(selection->folderID.value_or(0));
-}
-std::string spoken(std::int64_t number) {
-  return std::to_string(number);
-}
-
 /// A closure that destroys its view, and goes on with all it was called with.
 struct Destroyer {
   QPointer<QWidget> view;
@@ -49,22 +30,32 @@ struct Destroyer {
 
   template <class... Arguments>
   void operator()(const Arguments&... arguments) const {
+    const std::tuple<Arguments...> before(arguments...);
     delete view;
     ++*calls;
-    EXPECT_TRUE((!spoken(arguments).empty() && ... && true));
+    EXPECT_TRUE(std::tie(arguments...) == before);
   }
 };
 
+/// What a user does, by which a closure of the view is called.
+template <class View>
 struct Way {
   const char* name;
-  std::function<void(QWidget& view)> go;
+  std::function<void(View& view)> go;
 };
 
-QPushButton* button(const QWidget& view, std::string_view text) {
-  for (QPushButton* candidate : childrenOf<QPushButton>(view)) {
-    if (candidate->text().toStdString() == text) return candidate;
-  }
-  return nullptr;
+template <class Widget>
+auto clicks(std::string_view name) {
+  return [name = std::string(name)](QWidget& view) { child<Widget>(view, name)->click(); };
+}
+
+template <class Widget>
+auto keys(Qt::Key key, const std::optional<std::string>& name = std::nullopt) {
+  return [=](QWidget& view) { QTest::keyClick(child<Widget>(view, name), key); };
+}
+
+void clickWithMouse(QWidget& widget, QPoint place = {}) {
+  QTest::mouseClick(&widget, Qt::LeftButton, {}, place);
 }
 
 void type(QWidget& view, Qt::Key last) {
@@ -74,275 +65,234 @@ void type(QWidget& view, Qt::Key last) {
   if (last != Qt::Key_5) QTest::keyClick(age, last);
 }
 
+/// Types a number, and then lets something else end the edit.
+auto typesAnd(const std::function<void(MainView& view)>& end) {
+  return [=](MainView& view) {
+    type(view, Qt::Key_5);
+    end(view);
+  };
+}
+
 void choose(QWidget& view, int index) {
   auto* picker = child<QComboBox>(view);
   picker->setCurrentIndex(index);
   emit picker->activated(index);
 }
 
+void chooseAndConfirmDeleting(QWidget& view) {
+  choose(view, 1);
+  clicks<QPushButton>(labels::deletePermanently)(*child<QMessageBox>(view));
+}
+
+QPoint centerOfRow(const Sidebar& sidebar, int row) {
+  return sidebar.visualRect(sidebar.model()->index(row, 0)).center();
+}
+
 QMenu* openContextMenu(QWidget& view) {
   auto* sidebar = child<Sidebar>(view);
-  const QPoint place = sidebar->visualRect(sidebar->model()->index(2, 0)).center();
+  const QPoint place = centerOfRow(*sidebar, 2);
   QContextMenuEvent event(QContextMenuEvent::Mouse, place, sidebar->mapToGlobal(place));
   QApplication::sendEvent(sidebar->viewport(), &event);
   return child<QMenu>(*sidebar);
 }
 
-/// Goes each way with a view of its own, whose closures all destroy it.
-void expectDestroyed(const std::vector<Way>& ways,
-                     const std::function<QWidget*(Destroyer& destroyer)>& make) {
-  for (const Way& way : ways) {
-    SCOPED_TRACE(way.name);
-    Destroyer destroyer;
-    const QPointer<QWidget> view = make(destroyer);
-    way.go(*view);
-    EXPECT_TRUE(QTest::qWaitFor([&] { return view.isNull(); }));
-    EXPECT_EQ(*destroyer.calls, 1);
-    delete view;
-  }
+/// The main window's content.
+struct SampleMainView : MainView {
+  SampleMainView() : MainView(viewFormats(), "Bin") {}
+};
+
+/// Shows the page of a folder.
+void prepare(MainView& view, const Destroyer& destroyer) {
+  view.onSelect = destroyer;
+  view.onAddFolder = destroyer;
+  view.onRemoveFolder = destroyer;
+  view.onSetTemporary = destroyer;
+  view.onChangeSettings = destroyer;
+  view.onPutBack = destroyer;
+  view.onShowInFinder = destroyer;
+  view.setState(shared(sampleState({sampleFolder(1), sampleFolder(2)})));
+  view.setSelection(MainSelection::folder(1));
+  present(view, {820, 900});
 }
 
-MainView* makeMainView(Destroyer& destroyer, Disposal disposal = Disposal::bin) {
-  auto* view = new MainView(viewFormats(), "Bin");
-  destroyer.view = view;
-  view->onSelect = destroyer;
-  view->onAddFolder = destroyer;
-  view->onRemoveFolder = destroyer;
-  view->onSetTemporary = [destroyer](std::int64_t id, bool) { destroyer(id); };
-  view->onChangeSettings = destroyer;
-  view->onPutBack = destroyer;
-  view->onShowInFinder = destroyer;
-  TemporarySettings settings;
-  settings.disposal = disposal;
-  view->setState(shared(sampleState({sampleFolder(1, settings), sampleFolder(2)})));
-  view->setSelection(MainSelection::folder(1));
-  present(*view, {820, 900});
-  return view;
+void prepare(MenuBarView& view, const Destroyer& destroyer) {
+  view.onTurnOnFinderExtension = destroyer;
+  view.onSelectFolder = destroyer;
+  view.onUndo = destroyer;
+  view.onShowInFinder = destroyer;
+  view.onOpen = destroyer;
+  view.onQuit = destroyer;
+  MenuBarState state = sampleState({sampleFolder(1)}).overview;
+  state.isFinderExtensionOff = true;
+  view.setState(shared(state));
+  present(view, view.sizeHint());
+}
+
+void prepare(SettingsView& view, const Destroyer& destroyer) {
+  view.onToggleOpenAtLogin = destroyer;
+  view.onToggleShowInMenuBar = destroyer;
+  view.onOpenLoginItemsSettings = destroyer;
+  view.onOpenSetup = destroyer;
+  view.setState({.openAtLoginRequiresApproval = true});
+  present(view, {420, 400});
+}
+
+void prepare(SetupView& view, const Destroyer& destroyer) {
+  view.onOpenExtensionManagement = destroyer;
+  view.onToggleOpenAtLogin = destroyer;
+  view.onOpenLoginItemsSettings = destroyer;
+  view.onRequestNotifications = destroyer;
+  present(view, {420, 500});
+}
+
+/// Goes each way with a view of its own, whose closures all destroy it; after that it is destroyed
+/// in any case. So many closures are called.
+template <class View>
+void expectCalls(int calls, const std::vector<Way<View>>& ways) {
+  for (const Way<View>& way : ways) {
+    SCOPED_TRACE(way.name);
+    const QPointer<View> view = new View;
+    const Destroyer destroyer{view.data()};
+    prepare(*view, destroyer);
+    way.go(*view);
+    if (calls > 0) {
+      EXPECT_TRUE(QTest::qWaitFor([&] { return view.isNull(); }));
+    }
+    delete view;
+    QApplication::processEvents();
+    EXPECT_EQ(*destroyer.calls, calls);
+  }
 }
 
 TEST(Destruction, AClosureOfTheMainWindowMayDestroyIt) {
-  const auto main = [](QWidget& view) -> MainView& { return dynamic_cast<MainView&>(view); };
-  expectDestroyed(
-      {
-          {"the sidebar by mouse",
-           [](QWidget& view) {
-             auto* sidebar = child<Sidebar>(view);
-             QTest::mouseClick(sidebar->viewport(), Qt::LeftButton, {},
-                               sidebar->visualRect(sidebar->model()->index(0, 0)).center());
-           }},
-          {"the sidebar by keyboard",
-           [](QWidget& view) { QTest::keyClick(child<Sidebar>(view), Qt::Key_Down); }},
-          {"a row's menu, to show",
-           [](QWidget& view) { openContextMenu(view)->actions()[0]->trigger(); }},
-          {"a row's menu, to remove",
-           [](QWidget& view) {
-             QMenu* menu = openContextMenu(view);
-             menu->setActiveAction(menu->actions()[1]);
-             QTest::keyClick(menu, Qt::Key_Return);
-           }},
-          {"plus",
-           [](QWidget& view) {
-             QTest::mouseClick(child<QToolButton>(view, std::string(labels::addAFolder)),
-                               Qt::LeftButton);
-           }},
-          {"minus",
-           [](QWidget& view) {
-             child<QToolButton>(view, std::string(labels::removeFromTidemar))->click();
-           }},
-          {"the switch",
-           [](QWidget& view) { QTest::keyClick(child<Switch>(view), Qt::Key_Space); }},
-          {"the switch by an assistive tool", [](QWidget& view) { child<Switch>(view)->toggle(); }},
-          {"the folder in the file manager",
-           [](QWidget& view) { button(view, labels::showInFinder({}))->click(); }},
-          {"items in the file manager",
-           [](QWidget& view) {
-             QTest::keyClick(child<MenuRow>(*child<FolderDetailView>(view)), Qt::Key_Return);
-           }},
-          {"putting back",
-           [main](QWidget& view) {
-             main(view).setSelection(MainSelection::overview());
-             button(view, labels::putBack)->click();
-           }},
-          {"a rule",
-           [](QWidget& view) {
-             QTest::mouseClick(child<QCheckBox>(view, labels::restartRule({})), Qt::LeftButton, {},
-                               {10, 10});
-           }},
-          {"a number by Return", [](QWidget& view) { type(view, Qt::Key_Return); }},
-          {"a number by leaving it", [](QWidget& view) { type(view, Qt::Key_Tab); }},
-          {"a number by waiting", [](QWidget& view) { type(view, Qt::Key_Up); }},
-          {"a number by another page",
-           [main](QWidget& view) {
-             type(view, Qt::Key_5);
-             main(view).setSelection(MainSelection::folder(2));
-           }},
-          {"a number whose folder goes",
-           [main](QWidget& view) {
-             type(view, Qt::Key_5);
-             main(view).setState(shared(sampleState({})));
-           }},
-          {"a number whose folder is made plain",
-           [main](QWidget& view) {
-             type(view, Qt::Key_5);
-             MainFolder plain = sampleFolder(1);
-             plain.isTemporary = false;
-             main(view).setState(shared(sampleState({plain})));
-           }},
-          {"a number by closing",
-           [](QWidget& view) {
-             type(view, Qt::Key_5);
-             view.close();
-           }},
-          {"a number by hiding",
-           [](QWidget& view) {
-             type(view, Qt::Key_5);
-             view.hide();
-           }},
-          {"deleting, confirmed",
-           [](QWidget& view) {
-             choose(view, 1);
-             button(*child<QMessageBox>(view), labels::deletePermanently)->click();
-           }},
-          {"deleting, confirmed, and another page",
-           [main](QWidget& view) {
-             choose(view, 1);
-             button(*child<QMessageBox>(view), labels::deletePermanently)->click();
-             main(view).setSelection(MainSelection::overview());
-           }},
-      },
-      [](Destroyer& destroyer) { return makeMainView(destroyer); });
-  expectDestroyed({{"going over to the Bin", [](QWidget& view) { choose(view, 0); }}},
-                  [](Destroyer& destroyer) { return makeMainView(destroyer, Disposal::delete_); });
+  const std::vector<Way<SampleMainView>> ways = {
+      {"the sidebar by mouse",
+       [](QWidget& view) {
+         auto* sidebar = child<Sidebar>(view);
+         clickWithMouse(*sidebar->viewport(), centerOfRow(*sidebar, 0));
+       }},
+      {"the sidebar by keyboard", keys<Sidebar>(Qt::Key_Down)},
+      {"a row's menu, to show",
+       [](QWidget& view) { openContextMenu(view)->actions()[0]->trigger(); }},
+      {"a row's menu, to remove",
+       [](QWidget& view) {
+         QMenu* menu = openContextMenu(view);
+         menu->setActiveAction(menu->actions()[1]);
+         QTest::keyClick(menu, Qt::Key_Return);
+       }},
+      {"plus",
+       [](QWidget& view) {
+         clickWithMouse(*child<QToolButton>(view, std::string(labels::addAFolder)));
+       }},
+      {"minus", clicks<QToolButton>(labels::removeFromTidemar)},
+      {"the switch", keys<Switch>(Qt::Key_Space)},
+      {"the switch by an assistive tool", [](QWidget& view) { child<Switch>(view)->toggle(); }},
+      {"the folder in the file manager", clicks<QPushButton>(labels::showInFinder({}))},
+      {"items in the file manager",
+       [](QWidget& view) { keys<MenuRow>(Qt::Key_Return)(*child<FolderDetailView>(view)); }},
+      {"putting back",
+       [](MainView& view) {
+         view.setSelection(MainSelection::overview());
+         clicks<QPushButton>("Put 2 items back")(view);
+       }},
+      {"a rule",
+       [](QWidget& view) {
+         clickWithMouse(*child<QCheckBox>(view, labels::restartRule({})), {10, 10});
+       }},
+      {"a number by Return", [](QWidget& view) { type(view, Qt::Key_Return); }},
+      {"a number by leaving it", [](QWidget& view) { type(view, Qt::Key_Tab); }},
+      {"a number by waiting", [](QWidget& view) { type(view, Qt::Key_Up); }},
+      {"a number by another page",
+       typesAnd([](MainView& view) { view.setSelection(MainSelection::folder(2)); })},
+      {"a number whose folder goes",
+       typesAnd([](MainView& view) { view.setState(shared(sampleState({}))); })},
+      {"a number whose folder is made plain", typesAnd([](MainView& view) {
+         MainFolder plain = sampleFolder(1);
+         plain.isTemporary = false;
+         view.setState(shared(sampleState({plain})));
+       })},
+      {"a number by closing", typesAnd([](MainView& view) { view.close(); })},
+      {"a number by hiding", typesAnd([](MainView& view) { view.hide(); })},
+      {"deleting, confirmed", chooseAndConfirmDeleting},
+      {"deleting, confirmed, and another page",
+       [](MainView& view) {
+         chooseAndConfirmDeleting(view);
+         view.setSelection(MainSelection::overview());
+       }},
+      {"going over to the Bin",
+       [](MainView& view) {
+         TemporarySettings deleting;
+         deleting.disposal = Disposal::delete_;
+         view.setState(shared(sampleState({sampleFolder(1, deleting)})));
+         choose(view, 0);
+       }},
+  };
+  expectCalls(1, ways);
 }
 
 TEST(Destruction, AClosureOfTheOtherScreensMayDestroyThem) {
-  expectDestroyed(
-      {
-          {"the extension", [](QWidget& view) { button(view, labels::turnOn)->click(); }},
-          {"items in the file manager",
-           [](QWidget& view) { child<MenuRow>(view, "Now, 2 items · 1 MB, a, b")->click(); }},
-          {"a folder",
-           [](QWidget& view) {
-             QTest::keyClick(child<MenuRow>(view, "folder 1, Nothing to clear"), Qt::Key_Return);
-           }},
-          {"putting back", [](QWidget& view) { button(view, labels::putBack)->click(); }},
-          {"opening",
-           [](QWidget& view) {
-             QTest::mouseClick(child<MenuRow>(view, std::string(labels::openTidemar)),
-                               Qt::LeftButton);
-           }},
-          {"quitting",
-           [](QWidget& view) { child<MenuRow>(view, "Quit Tidemar, Ctrl+Q")->click(); }},
-      },
-      [](Destroyer& destroyer) {
-        auto* view = new MenuBarView;
-        destroyer.view = view;
-        view->onTurnOnFinderExtension = destroyer;
-        view->onSelectFolder = destroyer;
-        view->onUndo = destroyer;
-        view->onShowInFinder = destroyer;
-        view->onOpen = destroyer;
-        view->onQuit = destroyer;
-        MenuBarState state = sampleState({sampleFolder(1)}).overview;
-        state.isFinderExtensionOff = true;
-        view->setState(shared(state));
-        present(*view, view->sizeHint());
-        return view;
-      });
-  expectDestroyed(
-      {
-          {"login",
-           [](QWidget& view) {
-             child<QCheckBox>(view, std::string(labels::openAtLogin))->click();
-           }},
-          {"approval", [](QWidget& view) { button(view, labels::openLoginItems)->click(); }},
-          {"menu bar",
-           [](QWidget& view) {
-             child<QCheckBox>(view, std::string(labels::showInMenuBar))->click();
-           }},
-          {"setup", [](QWidget& view) { button(view, labels::setUp)->click(); }},
-      },
-      [](Destroyer& destroyer) {
-        auto* view = new SettingsView;
-        destroyer.view = view;
-        view->onToggleOpenAtLogin = [destroyer](bool) { destroyer(); };
-        view->onToggleShowInMenuBar = view->onToggleOpenAtLogin;
-        view->onOpenLoginItemsSettings = destroyer;
-        view->onOpenSetup = destroyer;
-        view->setState({.openAtLoginRequiresApproval = true});
-        present(*view, {420, 400});
-        return view;
-      });
-  for (const bool needsApproval : {false, true}) {
-    std::vector<Way> ways;
-    for (const char* offer : {"Open Extension Settings…", "Allow Notifications",
-                              needsApproval ? "Open Login Items…" : "Enable at Login"})
-      ways.push_back({offer, [offer](QWidget& view) { button(view, offer)->click(); }});
-    expectDestroyed(ways, [needsApproval](Destroyer& destroyer) {
-      auto* view = new SetupView;
-      destroyer.view = view;
-      view->onOpenExtensionManagement = destroyer;
-      view->onToggleOpenAtLogin = [destroyer](bool) { destroyer(); };
-      view->onOpenLoginItemsSettings = destroyer;
-      view->onRequestNotifications = destroyer;
-      view->setState({.isOpenAtLoginRequiresApproval = needsApproval});
-      present(*view, {420, 500});
-      return view;
-    });
-  }
+  const std::vector<Way<MenuBarView>> ofPopover = {
+      {"the extension", clicks<QPushButton>(labels::turnOn)},
+      {"items in the file manager", clicks<MenuRow>("Now, 2 items · 1 MB, a, b")},
+      {"a folder", keys<MenuRow>(Qt::Key_Return, "folder 1, Nothing to clear")},
+      {"putting back", clicks<QPushButton>("Put 2 items back")},
+      {"opening",
+       [](QWidget& view) {
+         clickWithMouse(*child<MenuRow>(view, std::string(labels::openTidemar)));
+       }},
+      {"quitting", clicks<MenuRow>("Quit Tidemar, Ctrl+Q")},
+  };
+  expectCalls(1, ofPopover);
+
+  const std::vector<Way<SettingsView>> ofSettings = {
+      {"login", clicks<QCheckBox>(labels::openAtLogin)},
+      {"approval", clicks<QPushButton>(labels::openLoginItems)},
+      {"menu bar", clicks<QCheckBox>(labels::showInMenuBar)},
+      {"setup", clicks<QPushButton>(labels::setUp)},
+  };
+  expectCalls(1, ofSettings);
+
+  const std::vector<Way<SetupView>> ofSetup = {
+      {"extension", clicks<QPushButton>("Open Extension Settings…")},
+      {"notifications", clicks<QPushButton>("Allow Notifications")},
+      {"login", clicks<QPushButton>("Enable at Login")},
+      {"approval",
+       [](SetupView& view) {
+         view.setState({.isOpenAtLoginRequiresApproval = true});
+         clicks<QPushButton>(labels::openLoginItems)(view);
+       }},
+  };
+  expectCalls(1, ofSetup);
 }
 
 TEST(Destruction, AViewThatIsDestroyedInTheMidstOfAnythingCallsNoClosure) {
   QAction quit(QStringLiteral("Quit"));
-  const std::vector<Way> ways = {
+  const std::vector<Way<SampleMainView>> ways = {
       {"a number is typed", [](QWidget& view) { type(view, Qt::Key_6); }},
       {"a number is stepped", [](QWidget& view) { type(view, Qt::Key_Up); }},
-      {"the window was left",
-       [](QWidget& view) {
-         type(view, Qt::Key_6);
-         QApplication::setActiveWindow(nullptr);
-       }},
-      {"the window was hidden",
-       [](QWidget& view) {
-         type(view, Qt::Key_6);
-         view.hide();
-       }},
+      {"the window was left", typesAnd([](QWidget&) { QApplication::setActiveWindow(nullptr); })},
+      {"the window was hidden", typesAnd([](QWidget& view) { view.hide(); })},
       {"the menu of a row is open", [](QWidget& view) { openContextMenu(view); }},
       {"an entry of that menu was chosen",
        [](QWidget& view) { openContextMenu(view)->actions()[1]->trigger(); }},
       {"the question is open", [](QWidget& view) { choose(view, 1); }},
-      {"the question was answered",
-       [](QWidget& view) {
-         choose(view, 1);
-         button(*child<QMessageBox>(view), labels::deletePermanently)->click();
-       }},
-      {"a row was chosen",
-       [](QWidget& view) { QTest::keyClick(child<Sidebar>(view), Qt::Key_Down); }},
+      {"the question was answered", chooseAndConfirmDeleting},
+      {"a row was chosen", keys<Sidebar>(Qt::Key_Down)},
       {"the picker is open", [](QWidget& view) { child<QComboBox>(view)->showPopup(); }},
       {"the menu of the window is open, and goes with it",
-       [&quit](QWidget& view) {
-         dynamic_cast<MainView&>(view).setMenuActions({&quit});
+       [&quit](MainView& view) {
+         view.setMenuActions({&quit});
          QTimer::singleShot(0, &view, [&view] { delete &view; });
-         child<QToolButton>(view, std::string(labels::menu))->click();
+         clicks<QToolButton>(labels::menu)(view);
        }},
-      {"the menu of a number is open, and goes with it",
-       [](QWidget& view) {
+      {"the menu of a number is open, and goes with it", typesAnd([](QWidget& view) {
          auto* age = child<NumberFieldView>(view);
-         type(view, Qt::Key_6);
          QTimer::singleShot(0, &view, [&view] { delete &view; });
          QContextMenuEvent event(QContextMenuEvent::Keyboard, {}, age->mapToGlobal(QPoint()));
          QApplication::sendEvent(age, &event);
-       }},
+       })},
   };
-  for (const Way& way : ways) {
-    SCOPED_TRACE(way.name);
-    Destroyer destroyer;
-    const QPointer<QWidget> view = makeMainView(destroyer);
-    way.go(*view);
-    delete view;
-    QApplication::processEvents();
-    EXPECT_EQ(*destroyer.calls, 0);
-  }
+  expectCalls(0, ways);
 }
 
 }  // namespace

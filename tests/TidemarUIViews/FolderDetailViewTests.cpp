@@ -15,29 +15,48 @@ namespace {
 
 constexpr std::int64_t gigabyte = 1'000'000'000;
 
+TemporarySettings settingsOf(std::optional<std::int64_t> days,
+                             std::optional<std::int64_t> sizeLimit = std::nullopt) {
+  TemporarySettings settings;
+  settings.maxAgeDays = days;
+  settings.sizeLimit = sizeLimit;
+  return settings;
+}
+
 class FolderDetailViewTest : public ::testing::Test {
  protected:
   FolderDetailViewTest() {
     view.onSetTemporary = [this](std::int64_t, bool isTemporary) { requested = isTemporary; };
     view.onChangeSettings = [this](std::int64_t id, const TemporarySettings& shown,
                                    const TemporarySettings& wanted) {
-      changedID = id;
+      EXPECT_EQ(id, 1);
       shownAtEdit = shown;
       changes.push_back(wanted);
     };
-    view.setFolder(shared(sampleFolder()));
+    show(settingsOf(90));
     present(view, {600, 900});
   }
 
-  NumberFieldView* number(std::string_view label) {
-    return child<NumberFieldView>(view, std::string(label));
+  void show(const TemporarySettings& settings) {
+    view.setFolder(shared(sampleFolder(1, settings)));
+  }
+
+  void showAnotherFolder() { view.setFolder(shared(sampleFolder(2))); }
+
+  NumberFieldView& number(std::string_view label) {
+    return *child<NumberFieldView>(view, std::string(label));
+  }
+
+  void press(NumberFieldView& field, std::initializer_list<Qt::Key> keys) {
+    field.setFocus();
+    for (const Qt::Key key : keys)
+      QTest::keyClick(&field, key);
   }
 
   void type(NumberFieldView& field, const char* text) {
     field.setFocus();
     field.selectAll();
     QTest::keyClicks(&field, text);
-    QTest::keyClick(&field, Qt::Key_Return);
   }
 
   void choose(int index) {
@@ -47,19 +66,10 @@ class FolderDetailViewTest : public ::testing::Test {
     QApplication::processEvents();
   }
 
-  void answer(std::string_view button) {
-    auto* question = child<QMessageBox>(view);
-    ASSERT_NE(question, nullptr);
-    for (QAbstractButton* candidate : question->buttons()) {
-      if (candidate->text().toStdString() == button) candidate->click();
-    }
-    QApplication::processEvents();
-    QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-  }
-
   FolderDetailView view{viewFormats(), "Bin"};
+  NumberFieldView& age = number(labels::ageRule);
+  NumberFieldView& size = number(labels::sizeRule);
   std::optional<bool> requested;
-  std::int64_t changedID = 0;
   TemporarySettings shownAtEdit;
   std::vector<TemporarySettings> changes;
 };
@@ -77,135 +87,120 @@ TEST_F(FolderDetailViewTest, TheSwitchAsksAndShowsWhatTheFolderSays) {
     EXPECT_EQ(requested, false);
     EXPECT_TRUE(temporary->isChecked()) << "it is still on, whatever was clicked";
   }
-  MainFolder plain = sampleFolder();
-  plain.isTemporary = false;
-  view.setFolder(shared(plain));
-  EXPECT_FALSE(temporary->isChecked());
-  EXPECT_FALSE(child<QComboBox>(view)->isVisible());
-}
-
-TEST_F(FolderDetailViewTest, TheSwitchIsDisabledWhereTheFolderCannotBeCleared) {
-  auto* temporary = child<Switch>(view, "Temporary");
   MainFolder folder = sampleFolder();
-  folder.isReadable = false;
+  folder.isTemporary = false;
   view.setFolder(shared(folder));
-  EXPECT_FALSE(temporary->isEnabled());
-  folder.isReadable = true;
+  EXPECT_FALSE(temporary->isChecked());
+  EXPECT_TRUE(temporary->isEnabled());
+  EXPECT_FALSE(child<QComboBox>(view)->isVisible());
   folder.isProtectedRoot = true;
   view.setFolder(shared(folder));
   EXPECT_FALSE(temporary->isEnabled());
 }
 
-TEST_F(FolderDetailViewTest, NumbersAreBroughtWithinTheirBounds) {
-  TemporarySettings settings;
-  settings.sizeLimit = 10 * gigabyte;
-  view.setFolder(shared(sampleFolder(1, settings)));
-  struct Row {
-    const char* name;
-    std::string_view label;
+TEST_F(FolderDetailViewTest, NumbersAreReadAsTypedAndBroughtWithinTheirBounds) {
+  const struct {
+    NumberFieldView& field;
     const char* typed;
     std::int64_t days;
-    std::int64_t size;
+    std::int64_t gigabytes;
+  } rows[] = {
+      {age, "30", 30, 10},
+      {age, "1,200", 1200, 10},
+      {age, "4000", 3650, 10},
+      {size, "0", 90, 1},
+      {size, "99999999999999999999999", 90, 100'000},
   };
-  const Row rows[] = {
-      {"no days are one", labels::ageRule, "0", 1, 10 * gigabyte},
-      {"days within the bounds", labels::ageRule, "30", 30, 10 * gigabyte},
-      {"4000 days are 3650", labels::ageRule, "4000", 3650, 10 * gigabyte},
-      {"grouped digits", labels::ageRule, "1,200", 1200, 10 * gigabyte},
-      {"no gigabyte is one", labels::sizeRule, "0", 90, gigabyte},
-      {"200000 GB are 100000", labels::sizeRule, "200000", 90, 100'000 * gigabyte},
-      {"more digits than a number has", labels::sizeRule, "99999999999999999999999", 90,
-       100'000 * gigabyte},
-  };
-  for (const Row& row : rows) {
-    SCOPED_TRACE(row.name);
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.typed);
     changes.clear();
-    type(*number(row.label), row.typed);
-    ASSERT_EQ(changes.size(), 1U);
-    EXPECT_EQ(changes[0].maxAgeDays, row.days);
-    EXPECT_EQ(changes[0].sizeLimit, row.size);
-    EXPECT_EQ(changes[0].disposal, settings.disposal);
-    view.setFolder(shared(sampleFolder(2, settings)));
-    view.setFolder(shared(sampleFolder(1, settings)));
+    show(settingsOf(90, 10 * gigabyte));
+    type(row.field, row.typed);
+    press(row.field, {Qt::Key_Return});
+    EXPECT_EQ(changes, std::vector{settingsOf(row.days, row.gigabytes * gigabyte)});
+    showAnotherFolder();
+  }
+}
+
+TEST_F(FolderDetailViewTest, AnEditIsHandedOutOnceAsThatOfItsFolder) {
+  const struct {
+    const char* title;
+    std::initializer_list<Qt::Key> keys;
+    std::optional<std::int64_t> days;
+  } rows[] = {
+      {"steps, once they stop", {Qt::Key_Up, Qt::Key_Up, Qt::Key_Up}, 93},
+      {"a typed number that ends by another folder", {Qt::Key_5}, 905},
+      {"Return hands it out at once", {Qt::Key_5, Qt::Key_Return}, 905},
+      {"Escape takes it back", {Qt::Key_5, Qt::Key_Escape, Qt::Key_Return}, std::nullopt},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.title);
+    changes.clear();
+    show(settingsOf(90));
+    press(age, row.keys);
+    EXPECT_EQ(changes.empty(), row.keys.end()[-1] != Qt::Key_Return || !row.days);
+    showAnotherFolder();
+    EXPECT_EQ(age.text(), "90");
+    EXPECT_EQ(changes,
+              row.days ? std::vector{settingsOf(*row.days)} : std::vector<TemporarySettings>());
   }
 }
 
 TEST_F(FolderDetailViewTest, WhatEndsWhereItBeganIsNotWritten) {
-  TemporarySettings settings;
-  settings.sizeLimit = 2'500'000'000;
-  view.setFolder(shared(sampleFolder(1, settings)));
-  NumberFieldView* size = number(labels::sizeRule);
-  ASSERT_EQ(size->text(), "3") << "shown rounded";
-  size->setFocus();
-  QTest::keyClick(size, Qt::Key_Tab);
-  QTest::keyClick(size, Qt::Key_Return);
+  show(settingsOf(90, 2'500'000'000));
+  ASSERT_EQ(size.text(), "3") << "shown rounded";
+  press(size, {Qt::Key_Tab, Qt::Key_Return});
   for (const char* typed : {"soon", "", "2.5", "3"}) {
     SCOPED_TRACE(typed);
-    type(*size, typed);
-    EXPECT_EQ(size->text(), "3");
+    type(size, typed);
+    press(size, {Qt::Key_Return});
+    EXPECT_EQ(size.text(), "3");
   }
-  QTest::keyClick(size, Qt::Key_Up);
-  QTest::keyClick(size, Qt::Key_Down);
-  view.setFolder(shared(sampleFolder(2)));
+  press(size, {Qt::Key_Up, Qt::Key_Down});
+  showAnotherFolder();
   EXPECT_TRUE(changes.empty());
 }
 
 TEST_F(FolderDetailViewTest, AnEditSaysWhatWasSeenWhenItBegan) {
-  NumberFieldView* age = number(labels::ageRule);
-  age->setFocus();
-  age->selectAll();
-  QTest::keyClicks(age, "12");
-  TemporarySettings later;
-  later.maxAgeDays = 30;
+  type(age, "12");
+  TemporarySettings later = settingsOf(30);
   later.emptyOnRestart = true;
-  view.setFolder(shared(sampleFolder(1, later)));
-  QTest::keyClick(age, Qt::Key_Return);
-  TemporarySettings wanted;
-  wanted.maxAgeDays = 12;
-  EXPECT_EQ(shownAtEdit, TemporarySettings());
-  EXPECT_EQ(changes, std::vector{wanted});
+  show(later);
+  press(age, {Qt::Key_Return});
+  EXPECT_EQ(shownAtEdit, settingsOf(90));
+  EXPECT_EQ(changes, std::vector{settingsOf(12)});
 
   // The edit that follows, before the folder comes back with the first one, is made on that one.
-  QTest::keyClick(age, Qt::Key_Up);
-  QTest::keyClick(age, Qt::Key_Return);
-  EXPECT_EQ(shownAtEdit, wanted);
-  EXPECT_EQ(changes.back().maxAgeDays, 13);
+  press(age, {Qt::Key_Up, Qt::Key_Return});
+  EXPECT_EQ(shownAtEdit, settingsOf(12));
+  EXPECT_EQ(changes.back(), settingsOf(13));
 
   // What couldn't be stored goes back, though the folder is the same as before.
-  view.setFolder(shared(sampleFolder(1, later)));
-  EXPECT_EQ(age->text(), "30");
+  show(later);
+  EXPECT_EQ(age.text(), "30");
 }
 
 TEST_F(FolderDetailViewTest, ARuleThatGoesOffTakesTheEditOfItsNumberAlong) {
-  TemporarySettings off;
-  off.maxAgeDays = std::nullopt;
-  NumberFieldView* age = number(labels::ageRule);
   for (const Qt::Key key : {Qt::Key_5, Qt::Key_Up}) {
-    view.setFolder(shared(sampleFolder()));
-    age->setFocus();
-    QTest::keyClick(age, key);
-    view.setFolder(shared(sampleFolder(1, off)));
-    age->finishEdit();
-    view.setFolder(shared(sampleFolder(2)));
+    show(settingsOf(90));
+    press(age, {key});
+    show(settingsOf(std::nullopt));
+    age.finishEdit();
+    showAnotherFolder();
     EXPECT_TRUE(changes.empty());
   }
 }
 
 TEST_F(FolderDetailViewTest, ANumberComesBeforeTheClickThatEndsItsEdit) {
-  NumberFieldView* age = number(labels::ageRule);
-  age->setFocus();
-  QTest::keyClick(age, Qt::Key_5);
+  press(age, {Qt::Key_5});
   child<QCheckBox>(view, std::string(labels::ageRule))->setFocus();
   QTest::keyClick(QApplication::focusWidget(), Qt::Key_Space);
   QApplication::processEvents();
-  ASSERT_EQ(changes.size(), 2U);
-  EXPECT_EQ(changes[0].maxAgeDays, 905);
-  EXPECT_EQ(changes[1].maxAgeDays, std::nullopt);
+  EXPECT_EQ(changes, (std::vector{settingsOf(905), settingsOf(std::nullopt)}));
 }
 
 TEST_F(FolderDetailViewTest, AssistiveToolsReadAndSetTheNumber) {
-  NumberFieldView* age = number(labels::ageRule);
-  QAccessibleValueInterface* value = QAccessible::queryAccessibleInterface(age)->valueInterface();
+  QAccessibleValueInterface* value = QAccessible::queryAccessibleInterface(&age)->valueInterface();
   ASSERT_NE(value, nullptr);
   EXPECT_EQ(value->currentValue().toLongLong(), 90);
   EXPECT_EQ(value->minimumValue().toLongLong(), 1);
@@ -213,97 +208,58 @@ TEST_F(FolderDetailViewTest, AssistiveToolsReadAndSetTheNumber) {
   EXPECT_EQ(value->minimumStepSize().toLongLong(), 1);
   value->setCurrentValue(4000);
   EXPECT_EQ(value->currentValue().toLongLong(), 3650);
+  QAccessible::queryAccessibleInterface(&size)->valueInterface()->setCurrentValue(5);
   view.finishEdits();
-  ASSERT_EQ(changes.size(), 1U);
-  EXPECT_EQ(changes[0].maxAgeDays, 3650);
-  QAccessible::queryAccessibleInterface(number(labels::sizeRule))
-      ->valueInterface()
-      ->setCurrentValue(5);
-  view.finishEdits();
-  EXPECT_EQ(changes.size(), 1U) << "its rule is off";
+  EXPECT_EQ(changes, std::vector{settingsOf(3650)}) << "the rule of the size is off";
 }
 
-TEST_F(FolderDetailViewTest, AnEditEndsAsTheEditOfItsOwnFolder) {
-  NumberFieldView* age = number(labels::ageRule);
-  age->setFocus();
-  age->selectAll();
-  QTest::keyClicks(age, "12");
-  view.setFolder(shared(sampleFolder(2)));
-  ASSERT_EQ(changes.size(), 1U);
-  EXPECT_EQ(changedID, 1);
-  EXPECT_EQ(changes[0].maxAgeDays, 12);
-  EXPECT_EQ(age->text(), "90");
-}
-
-TEST_F(FolderDetailViewTest, StepsAreHandedOutOnceTheyStop) {
-  NumberFieldView* age = number(labels::ageRule);
-  age->setFocus();
-  for (int step = 0; step < 3; ++step)
-    QTest::keyClick(age, Qt::Key_Up);
-  EXPECT_EQ(age->text(), "93");
-  EXPECT_TRUE(changes.empty());
-  QTest::keyClick(age, Qt::Key_Return);
-  ASSERT_EQ(changes.size(), 1U);
-  EXPECT_EQ(changes[0].maxAgeDays, 93);
-}
-
-TEST_F(FolderDetailViewTest, EscapeTakesATypedNumberBack) {
-  NumberFieldView* age = number(labels::ageRule);
-  age->setFocus();
-  QTest::keyClicks(age, "5");
-  QTest::keyClick(age, Qt::Key_Escape);
-  QTest::keyClick(age, Qt::Key_Return);
-  EXPECT_EQ(age->text(), "90");
-  EXPECT_TRUE(changes.empty());
-}
-
-TEST_F(FolderDetailViewTest, DeletingIsConfirmedFirst) {
-  auto* picker = child<QComboBox>(view);
-  for (const std::string_view button : {labels::cancel, labels::deletePermanently}) {
-    SCOPED_TRACE(button);
+TEST_F(FolderDetailViewTest, NothingButItsButtonConfirmsDeleting) {
+  const auto press = [this](const char* name) {
+    return [this, name] { child<QPushButton>(*child<QMessageBox>(view), name)->click(); };
+  };
+  const auto type = [this](Qt::Key key) {
+    return [this, key] { QTest::keyClick(child<QMessageBox>(view), key); };
+  };
+  const struct {
+    const char* name;
+    std::function<void()> end;
+    bool isConfirmed;
+  } rows[] = {
+      {"Cancel", press("Cancel"), false},
+      {"Return", type(Qt::Key_Return), false},
+      {"Escape", type(Qt::Key_Escape), false},
+      {"another folder", [this] { showAnotherFolder(); }, false},
+      {"its button", press("Delete Permanently"), true},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.name);
+    show(settingsOf(90));
     choose(1);
-    EXPECT_EQ(picker->currentIndex(), 0) << "the stored value stands while the question is open";
+    ASSERT_NE(child<QMessageBox>(view), nullptr);
+    EXPECT_EQ(child<QComboBox>(view)->currentIndex(), 0) << "the stored value stands";
     EXPECT_TRUE(changes.empty());
-    answer(button);
-    EXPECT_EQ(picker->currentIndex(), 0);
-    EXPECT_EQ(changes.empty(), button == labels::cancel);
-  }
-  ASSERT_EQ(changes.size(), 1U);
-  TemporarySettings expected;
-  expected.disposal = Disposal::delete_;
-  EXPECT_EQ(changes[0], expected);
-}
-
-TEST_F(FolderDetailViewTest, NeitherReturnNorEscapeDeletes) {
-  for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Escape}) {
-    choose(1);
-    QTest::keyClick(child<QMessageBox>(view), key);
+    row.end();
+    QApplication::processEvents();
     QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     EXPECT_EQ(child<QMessageBox>(view), nullptr);
+    EXPECT_EQ(child<QComboBox>(view)->currentIndex(), 0);
+    EXPECT_EQ(changes.empty(), !row.isConfirmed);
   }
-  EXPECT_TRUE(changes.empty());
-}
-
-TEST_F(FolderDetailViewTest, TheQuestionGoesWithTheFolderThatItIsAbout) {
-  choose(1);
-  view.setFolder(shared(sampleFolder(2)));
-  QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-  EXPECT_EQ(child<QMessageBox>(view), nullptr);
-  EXPECT_TRUE(changes.empty());
+  TemporarySettings expected = settingsOf(90);
+  expected.disposal = Disposal::delete_;
+  EXPECT_EQ(changes, std::vector{expected});
 }
 
 TEST_F(FolderDetailViewTest, GoingOverToTheBinHappensAtOnceAndEndsTheLowDiskRule) {
-  TemporarySettings settings;
+  TemporarySettings settings = settingsOf(90);
   settings.disposal = Disposal::delete_;
   settings.automatic = true;
-  view.setFolder(shared(sampleFolder(1, settings)));
+  show(settings);
   auto* automatic = child<QCheckBox>(view, std::string(labels::automaticRule));
   EXPECT_TRUE(automatic->isEnabled());
   choose(0);
-  ASSERT_EQ(changes.size(), 1U);
-  EXPECT_EQ(changes[0].disposal, Disposal::bin);
-  EXPECT_FALSE(changes[0].automatic);
-  view.setFolder(shared(sampleFolder(1, changes[0])));
+  EXPECT_EQ(changes, std::vector{settingsOf(90)});
+  show(settingsOf(90));
   EXPECT_FALSE(automatic->isEnabled());
   EXPECT_FALSE(automatic->parentWidget()->toolTip().isEmpty());
 }

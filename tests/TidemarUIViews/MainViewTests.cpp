@@ -29,19 +29,18 @@ class MainViewTest : public ::testing::Test {
 };
 
 TEST_F(MainViewTest, WhatIsNoFolderShowsTheOverview) {
-  struct Row {
+  const struct {
     const char* name;
     std::optional<MainSelection> selection;
     bool isOverview;
     bool canRemove;
-  };
-  const Row rows[] = {
+  } rows[] = {
       {"a folder", MainSelection::folder(2), false, true},
       {"no selection", std::nullopt, true, false},
       {"the overview", MainSelection::overview(), true, false},
       {"a folder that is gone", MainSelection::folder(9), true, true},
   };
-  for (const Row& row : rows) {
+  for (const auto& row : rows) {
     SCOPED_TRACE(row.name);
     view.setSelection(row.selection);
     EXPECT_EQ(showsOverview(), row.isOverview);

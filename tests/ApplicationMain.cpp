@@ -1,3 +1,5 @@
+// The main function of the tests that need an application of the toolkit.
+
 #include <QApplication>
 
 #include <gtest/gtest.h>
