@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <atomic>
+#include <functional>
 #include <thread>
 
 #include <gtest/gtest.h>
@@ -100,6 +101,33 @@ TEST(Store, foldersComeInTheOrderInWhichTheyWereAdded) {
   store.update(late);
   EXPECT_EQ(store.folders(), (std::vector{early, twin, late}));
   EXPECT_EQ(store.folder("/early"), early);
+}
+
+TEST_F(StoreOnFile, thePlacesHaveAnotherVersionAfterEachChangeOfThem) {
+  const Folder folder = store.insert(folderAt("/a", 1));
+  const struct {
+    const char* name;
+    std::function<void()> write;
+    bool changes;
+  } rows[] = {
+      {"a run", [&] { store.change(folder.id, [](Folder& row) { row.lastRunAt = Date{2}; }); },
+       false},
+      {"a row that comes", [&] { store.insert(folderAt("/b", 2)); }, true},
+      {"one that comes among those known",
+       [&] { store.insert(folderAt("/c", 3), store.folders()); }, true},
+      {"another path", [&] { store.change(folder.id, [](Folder& row) { row.path = "/d"; }); },
+       true},
+      {"another bookmark",
+       [&] { store.change(folder.id, [](Folder& row) { row.bookmark = "x"; }); }, true},
+      {"all fields", [&] { store.update(folder); }, true},
+      {"another program's write", [&] { run("UPDATE folder SET path = '/e'"); }, true},
+      {"a row that goes", [&] { store.deleteFolder(*folder.id); }, true},
+  };
+  for (const auto& row : rows) {
+    const Store::PlacesVersion before = store.placesVersion();
+    row.write();
+    EXPECT_EQ(store.placesVersion() != before, row.changes) << row.name;
+  }
 }
 
 TEST(Store, aPathIsFoundByItsExactBytesAlone) {
