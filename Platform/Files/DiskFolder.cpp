@@ -42,8 +42,9 @@ bool isLeft(std::string_view name) {
 
 }  // namespace
 
-DiskFolder::DiskFolder(FileDescriptor directory, FileURL url)
-    : _directory(std::move(directory)), _url(std::move(url)) {}
+DiskFolder::DiskFolder(FileDescriptor directory, FileURL url,
+                       std::shared_ptr<MountTableReader> mounts)
+    : _directory(std::move(directory)), _url(std::move(url)), _mounts(std::move(mounts)) {}
 
 std::string DiskFolder::bookmarkData() const {
   return makeBookmark(_directory.get(), _url);
@@ -57,20 +58,28 @@ bool DiskFolder::isOneOf(std::span<const FileURL> places) const {
   const EntryValues values = valuesOf(_directory, _url);
   const DirectoryIdentity own = identityOf(values);
   const bool isMountRoot = (values.stx_attributes & STATX_ATTR_MOUNT_ROOT) != 0;
-  const std::vector<Mount>& mounts = _mounts.mounts();
-  const AnsweringPaths paths(mounts, _url);
+  auto& [mounts, paths] = surroundings();
   return std::ranges::any_of(places, [&](const FileURL& place) {
+    const std::string path = place.path();
     bool isMountPoint = false;
-    for (const Mount& mount : mounts) {
-      if (mount.mountPoint != place.path()) continue;
+    for (const Mount& mount : *mounts) {
+      if (mount.mountPoint != path) continue;
       if (isMountRoot && mount.id == own.mount) return true;
       isMountPoint = true;
     }
-    const FileDescriptor directory = isMountPoint ? FileDescriptor() : paths.open(place);
-    if (!directory) return false;
-    const DirectoryIdentity identity = identityOf(valuesOf(directory, place));
-    return identity.device == own.device && identity.inode == own.inode;
+    if (isMountPoint) return false;
+    const std::optional<DirectoryIdentity> there = paths.identityAt(place);
+    return there && there->device == own.device && there->inode == own.inode;
   });
+}
+
+DiskFolder::Surroundings& DiskFolder::surroundings() const {
+  if (!_surroundings) {
+    Mounts mounts = _mounts->mounts();
+    AnsweringPaths paths(*mounts, _url);
+    _surroundings.emplace(std::move(mounts), std::move(paths));
+  }
+  return *_surroundings;
 }
 
 VolumeCapacity DiskFolder::volumeCapacity() const {
@@ -85,8 +94,8 @@ void DiskFolder::setTagNames(std::span<const std::string> tags) {
   writeTagNames(_directory.get(), _url, tags);
 }
 
-void DiskFolder::setOtherFolders(std::vector<KnownFolder> others) {
-  _others = std::move(others);
+void DiskFolder::setKnownFolders(std::shared_ptr<const KnownFolders> known) {
+  _known = std::move(known);
 }
 
 void DiskFolder::giveBackTaken() {
@@ -178,16 +187,13 @@ std::unique_ptr<BinnedItem> DiskFolder::binnedItem(const FileURL& place, std::st
 const KeptDirectories& DiskFolder::kept() {
   if (_kept) return *_kept;
   _kept.emplace();
-  _kept->fixedPlaces = identitiesOfFixedPlaces(_mounts.mounts(), _url);
-  const std::string inside = _url.path() + "/";
-  for (const KnownFolder& other : _others) {
-    if (const auto remembered = decodeBookmark(other.bookmark))
-      _kept->knownFolders.insert(remembered->directory.inode);
-    // Another directory may have come to lie at its place, which its row will find there.
+  _kept->fixedPlaces = identitiesOfFixedPlaces(surroundings().paths);
+  _kept->rememberedInodes = std::shared_ptr<const InodeSet>(_known, &_known->inodes());
+  // Another directory may have come to lie at the place of one, which its row will find there.
+  for (const KnownFolder& folder : _known->inside(_url)) {
     EntryValues values{};
-    if (other.path.starts_with(inside) &&
-        readEntryValues(AT_FDCWD, other.path.c_str(), values) == 0)
-      _kept->knownFolders.insert(values.stx_ino);
+    if (readEntryValues(AT_FDCWD, folder.path.c_str(), values) == 0)
+      _kept->inodesAtPlaces.insert(values.stx_ino);
   }
   return *_kept;
 }
@@ -206,7 +212,7 @@ FileURL DiskFolder::placeOf(const ItemState& item) {
 bool DiskFolder::isMountedBelow(std::string_view name) const {
   const std::string inside = currentURL().appendingPathComponent(name).path() + "/";
   return std::ranges::any_of(
-      _mounts.mounts(), [&](const Mount& mount) { return mount.mountPoint.starts_with(inside); });
+      *_mounts->mounts(), [&](const Mount& mount) { return mount.mountPoint.starts_with(inside); });
 }
 
 bool DiskFolder::isHidden(std::string_view name) {

@@ -122,7 +122,7 @@ TEST(MountTableReader, ReadsAgainOnlyWhenTheMountsHaveChanged) {
   if (!drive.isMounted()) GTEST_SKIP() << drive.reason();
   MountTableReader reader;
   const auto isListed = [&] {
-    return std::ranges::count(reader.mounts(), drive.url().path(), &Mount::mountPoint) == 1;
+    return std::ranges::count(*reader.mounts(), drive.url().path(), &Mount::mountPoint) == 1;
   };
   const auto withoutReading = [](const auto& body) { withFailingSystemCall(SYS_lseek, EIO, body); };
 

@@ -217,7 +217,8 @@ TEST(Inventory, givesNoDateToWhatIsOrHoldsAnotherTemporaryFolder) {
     if (row.isTagged) files.tags(row.known) = {std::string(TemporaryTag::name)};
     const auto folder = files.openFolder(FileURL("/f"));
     const std::string bookmark = files.openFolder(FileURL(row.known))->bookmarkData();
-    folder->setOtherFolders({{row.isFound ? bookmark : "0#/", row.known}});
+    folder->setKnownFolders(std::make_shared<KnownFolders>(
+        std::vector<KnownFolder>{{row.isFound ? bookmark : "0#/", row.known}}));
     EXPECT_EQ(text(Inventory::items(*folder)), row.expected) << row.known;
     EXPECT_EQ(itemNamed("d", *folder)->freshness, Inventory::items(*folder)[0].freshness);
   }

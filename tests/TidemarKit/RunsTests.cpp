@@ -104,6 +104,17 @@ TEST_F(Runs, aStatusReadsInItsOrderAndChangesNothing) {
   EXPECT_EQ(row(folder), folder);
 }
 
+TEST_F(Runs, theNextReadingSeesWhatBecameKnownOrWasForgotten) {
+  files.draw("/f/c/inner/ @103");
+  const auto due = [&] { return namesOf(engine.status(*folder.id, now).dueNow); };
+  EXPECT_EQ(due(), "a b c d e");
+  const Folder inner = engine.addFolder(FileURL("/f/c/inner"), added);
+  files.tags("/f/c/inner") = {std::string(TemporaryTag::name)};
+  EXPECT_EQ(due(), "a b d e") << "it holds a Temporary folder";
+  engine.store().deleteFolder(*inner.id);
+  EXPECT_EQ(due(), "a b c d e");
+}
+
 TEST_F(Runs, theFactsOfTheMomentReachThePlan) {
   useSettings({std::nullopt, std::nullopt, true, false, Disposal::delete_});
   files.capacity = {97, 1000};

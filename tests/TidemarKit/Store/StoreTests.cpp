@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <functional>
 
 #include <gtest/gtest.h>
 #include <sqlite3.h>
@@ -102,6 +103,33 @@ TEST(Store, foldersComeInTheOrderInWhichTheyWereAddedAndByTheExactBytesOfTheirPa
   EXPECT_EQ(store.folder(std::string("/Late\0", 6)), std::nullopt);
   EXPECT_EQ(store.folder(99), std::nullopt);
   EXPECT_EQ(store.journalEntry(99), std::nullopt);
+}
+
+TEST_F(StoreOnFile, thePlacesHaveAnotherVersionAfterEachChangeOfThem) {
+  const Folder folder = store.insert(folderAt("/a", 1));
+  const struct {
+    const char* name;
+    std::function<void()> write;
+    bool changes;
+  } rows[] = {
+      {"a run", [&] { store.change(folder.id, [](Folder& row) { row.lastRunAt = Date{2}; }); },
+       false},
+      {"a row that comes", [&] { store.insert(folderAt("/b", 2)); }, true},
+      {"one that comes among those known",
+       [&] { store.insert(folderAt("/c", 3), store.folders()); }, true},
+      {"another path", [&] { store.change(folder.id, [](Folder& row) { row.path = "/d"; }); },
+       true},
+      {"another bookmark",
+       [&] { store.change(folder.id, [](Folder& row) { row.bookmark = "x"; }); }, true},
+      {"all fields", [&] { store.update(folder); }, true},
+      {"another program's write", [&] { run("UPDATE folder SET path = '/e'"); }, true},
+      {"a row that goes", [&] { store.deleteFolder(*folder.id); }, true},
+  };
+  for (const auto& row : rows) {
+    const Store::PlacesVersion before = store.placesVersion();
+    row.write();
+    EXPECT_EQ(store.placesVersion() != before, row.changes) << row.name;
+  }
 }
 
 TEST(Store, theJournalComesNewestFirstFromTheGivenInstantOn) {
