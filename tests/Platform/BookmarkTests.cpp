@@ -1,7 +1,6 @@
 #include <cerrno>
 #include <cstdio>
 #include <filesystem>
-#include <functional>
 #include <string>
 
 #include <fcntl.h>

@@ -1,11 +1,8 @@
 #include <algorithm>
-#include <atomic>
 #include <cstdint>
 #include <optional>
 #include <set>
 #include <string>
-#include <thread>
-#include <vector>
 
 #include <gtest/gtest.h>
 #include <unistd.h>
@@ -77,29 +74,6 @@ TEST_F(KeptBootTime, ReplacesWhatIsNoRecordAndTouchesNothingElse) {
   if (chown(_file.path().c_str(), 12345, 12345) == 0) {
     EXPECT_EQ(readBootTime(), _real) << "another user's";
   }
-}
-
-TEST_F(KeptBootTime, IsNeverSeenHalfWrittenByAnotherReader) {
-  const auto writeAnew = [&] {
-    for (int i = 0; i < 500; ++i) {
-      unlink(_file.path().c_str());
-      EXPECT_EQ(readBootTime(), _real);
-    }
-  };
-  std::atomic<bool> isOver = false;
-  std::thread first(writeAnew);
-  std::thread second(writeAnew);
-  std::thread reader([&] {
-    while (!isOver) {
-      const auto text = WholeFile::read(_file);
-      EXPECT_EQ(text.value_or(_record), _record);
-    }
-  });
-  first.join();
-  second.join();
-  isOver = true;
-  reader.join();
-  EXPECT_LE(namesIn(_directory.url()).size(), 1U) << "no temporary file is left";
 }
 
 TEST(BootTime, StandsInItsOwnLine) {

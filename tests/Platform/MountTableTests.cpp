@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <cerrno>
 #include <set>
 #include <string>
 #include <utility>

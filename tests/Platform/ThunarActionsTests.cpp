@@ -5,7 +5,6 @@
 
 #include "Platform/Extension/ThunarActions.h"
 #include "Platform/Extension/ThunarMenuEntry.h"
-#include "Platform/PlatformError.h"
 #include "support/FileExpectations.h"
 #include "support/ScopedEnvironment.h"
 #include "support/TemporaryTree.h"
