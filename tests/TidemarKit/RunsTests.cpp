@@ -146,6 +146,14 @@ TEST_F(Runs, theJournalTellsAllOfWhatWent) {
   expectEnded(result);
 }
 
+TEST_F(Runs, anItemThatHoldsAnotherTemporaryFolderStays) {
+  files.draw("/f/c/inner/ @103");
+  temporaryFolder("/f/c/inner", {});
+  const RunResult result = run();
+  EXPECT_EQ(names(result.journal), "a b d e");
+  expectEnded(result);
+}
+
 TEST_F(Runs, deletedItemsHaveNoPlaceInTheBin) {
   useSettings({0, std::nullopt, false, false, Disposal::delete_});
   const RunResult result = run();
