@@ -7,12 +7,10 @@ import contextlib
 import os
 import sqlite3
 
-from machine.canary import FAR_FUTURE, File, World, as_user
+from machine.canary import FAR_FUTURE, FEW_KEPT, SMALL, File, World, as_user
 from machine.report import Report
 
-DUE = {"file": File(), "tree": {"a": File(), "inner": {"b": File(), "c": File()}}, "other": File(),
-       "last": {"a": File()}}
-KEPT = {".hidden item": File(), "fresh": File(fresh=True)}
+DUE = SMALL | {"other": File(), "last": {"a": File()}}
 # Someone else's patience with the database would else last as long as it does for users.
 IN_A_HURRY = {"action": "count"}
 
@@ -21,20 +19,20 @@ def left(world):
     return {name for name in os.listdir(world.folder) if name in DUE}
 
 
-def gone_since(world, before):
-    """No more may go than the item that was in hand. What is in hand has left its place, too."""
-    gone = before - left(world)
-    return [f"went all the same: {sorted(gone)}"] if len(gone) > 1 else []
-
-
 class Other:
-    """Acts once; `settle` brings back what the checks need, `problems` tells what else is wrong."""
+    """Acts once; `settle` brings back what the checks need. What stops the run lets no more go after it than the one
+    item that was in hand: what is in hand has left its place, too."""
 
     in_hand = 1
     also_at = ()
+    stops_the_run = False
 
     def __init__(self, world):
         self.world = world
+
+    def meet(self):
+        self.before = left(self.world)
+        self.act()
 
     def act(self):
         pass
@@ -43,7 +41,8 @@ class Other:
         pass
 
     def problems(self):
-        return []
+        gone = self.before - left(self.world)
+        return [f"went all the same: {sorted(gone)}"] if self.stops_the_run and len(gone) > 1 else []
 
 
 class Reads(Other):
@@ -70,8 +69,9 @@ class PutsBack(Other):
 
 
 class TakesTheTagOff(Other):
+    stops_the_run = True
+
     def act(self):
-        self.before = left(self.world)
         with as_user():
             self.tag = os.getxattr(self.world.folder, "user.xdg.tags")
             os.removexattr(self.world.folder, "user.xdg.tags")
@@ -80,21 +80,15 @@ class TakesTheTagOff(Other):
         with as_user():
             os.setxattr(self.world.folder, "user.xdg.tags", self.tag)
 
-    def problems(self):
-        return gone_since(self.world, self.before)
-
 
 class Forgets(Other):
     """The journal goes with the folder, so its items are without a row ever after."""
 
+    stops_the_run = True
     in_hand = len(DUE)
 
     def act(self):
-        self.before = left(self.world)
         self.world.drive(("forget", 1), **IN_A_HURRY)
-
-    def problems(self):
-        return gone_since(self.world, self.before)
 
 
 class MovesTheFolder(Other):
@@ -115,17 +109,15 @@ class MovesTheFolder(Other):
 class BinsTheFolder(MovesTheFolder):
     """As a file manager does. What lies in the Bin isn't cleared."""
 
+    stops_the_run = True
+
     def act(self):
-        self.before = left(self.world)
         files = os.path.join(self.world.trash, "files")
         self.place = os.path.join(files, "Temporary")
         with as_user():
             for name in ("files", "info"):
                 os.makedirs(os.path.join(self.world.trash, name), mode=0o700, exist_ok=True)
             os.rename(self.world.folder, self.place)
-
-    def problems(self):
-        return gone_since(self.world, self.before)
 
 
 class TakesTheRightsAway(Other):
@@ -144,7 +136,6 @@ class HoldsTheDatabase(Other):
     """For as long as the run lasts."""
 
     def act(self):
-        self.before = left(self.world)
         self.connection = sqlite3.connect(self.world.database, isolation_level=None, timeout=0)
         with contextlib.suppress(sqlite3.OperationalError):
             self.connection.execute("BEGIN EXCLUSIVE")
@@ -156,16 +147,14 @@ class HoldsTheDatabase(Other):
 class PutsTheDatabaseAside(Other):
     """And brings it back later. Until then nothing may go but for what is in hand."""
 
+    stops_the_run = True
+
     def act(self):
-        self.before = left(self.world)
         self.aside = self.world.database + ".aside"
         os.rename(self.world.database, self.aside)
 
     def settle(self):
         os.rename(self.aside, self.world.database)
-
-    def problems(self):
-        return gone_since(self.world, self.before)
 
 
 class PutsAnotherInItsPlace(PutsTheDatabaseAside):
@@ -182,24 +171,22 @@ OTHERS = (Reads, Runs, PutsBack, TakesTheTagOff, Forgets, MovesTheFolder, BinsTh
 def met(world, kind, number):
     world.reset()
     other = kind(world)
-    calls = []
 
-    def act(call):
-        calls.append(f"{kind.__name__} at {call.function} {call.path}")
-        other.act()
+    def act(_):
+        other.meet()
         return "go"
 
     result = world.run(act=act, at=number)
     problems = result.problems
-    if calls:
+    if result.calls:
         other.settle()
         problems += other.problems()
     again = world.start_again()
     problems += again.problems + world.check(in_hand=other.in_hand, may_wait=True, also_at=other.also_at)
-    return calls * bool(problems) + problems
+    return result.disturbed * bool(problems) + problems
 
 
-def both_at_once(world):
+def three_at_once(world):
     world.reset()
     with concurrent.futures.ThreadPoolExecutor() as pool:
         results = [run.result() for run in [pool.submit(world.run) for _ in range(3)]]
@@ -211,16 +198,13 @@ def both_at_once(world):
 def main():
     report = Report(__doc__)
     for disposal in ("bin", "delete"):
-        with World(report.tools, disposal, DUE, KEPT) as world:
-            count = len(world.run(action="trace").calls)
+        with World(report.tools, disposal, DUE, FEW_KEPT) as world:
+            count = len(world.calls(disposal))
             for kind in OTHERS:
                 for number in report.some(range(1, count + 1), 3):
-                    label = f"{disposal}, {kind.__name__} at {number}"
-                    if report.wants(label):
-                        report.case(label, met(world, kind, number))
+                    report.check(f"{disposal}, {kind.__name__} at {number}", met, world, kind, number)
             for number in range(report.count(200, 3)):
-                if report.wants(f"{disposal}, three at once, {number}"):
-                    report.case(f"{disposal}, three at once, {number}", both_at_once(world))
+                report.check(f"{disposal}, three at once, {number}", three_at_once, world)
     report.end()
 
 

@@ -7,10 +7,9 @@ import itertools
 import os
 
 from machine import fuse, mounts
-from machine.canary import FAR_FUTURE, File, World, as_user
+from machine.canary import File, World, as_user, contents
 from machine.driver import ORDINARY_USER
 from machine.report import Report
-from machine.swap import contents
 
 DUE = {"file": File(), "tree": {"a": File()}}
 DEPTHS = range(6)
