@@ -134,13 +134,18 @@ def as_user():
         os.setegid(0)
 
 
+def own(path):
+    """Makes it that user's."""
+    if os.getuid() == 0:
+        os.chown(path, ORDINARY_USER, ORDINARY_USER)
+
+
 class World:
     """Lies in a directory, by default a temporary one; the folder may lie on a drive of its own."""
 
     def __init__(self, tools, disposal, due=None, kept=None, directory=None, drive=None):
         self.root = os.path.realpath(tempfile.mkdtemp(prefix="tidemar-torture-", dir=directory))
-        if os.getuid() == 0:
-            os.chown(self.root, ORDINARY_USER, ORDINARY_USER)
+        own(self.root)
         self.disposal = disposal
         self.due = DUE if due is None else due
         self.kept = KEPT if kept is None else kept
