@@ -15,174 +15,130 @@ DUE = SMALL | {"other": File(), "last": {"a": File()}}
 IN_A_HURRY = {"action": "count"}
 
 
+# Someone else acts up to the yield, and behind it brings back what the checks need.
+
+
+@contextlib.contextmanager
+def Reads(world):
+    """Must not take what the run has in its hand for what a killed one had left."""
+    world.drive(("status", 1, FAR_FUTURE), **IN_A_HURRY)
+    yield
+
+
+@contextlib.contextmanager
+def Runs(world):
+    world.run(**IN_A_HURRY)
+    yield
+
+
+@contextlib.contextmanager
+def PutsBack(world):
+    world.undo(**IN_A_HURRY)
+    yield
+
+
+@contextlib.contextmanager
+def TakesTheTagOff(world):
+    with as_user():
+        tag = os.getxattr(world.folder, "user.xdg.tags")
+        os.removexattr(world.folder, "user.xdg.tags")
+    yield
+    with as_user():
+        os.setxattr(world.folder, "user.xdg.tags", tag)
+
+
+@contextlib.contextmanager
+def Forgets(world):
+    world.drive(("forget", 1), **IN_A_HURRY)
+    yield
+
+
+@contextlib.contextmanager
+def MovesTheFolder(world, place=None):
+    """The run may go on with it, wherever it lies."""
+    place = place or elsewhere(world)
+    with as_user():
+        os.makedirs(os.path.dirname(place), mode=0o700, exist_ok=True)
+        os.rename(world.folder, place)
+    yield
+    with as_user():
+        os.rename(place, world.folder)
+        world.follow_again()
+
+
+def elsewhere(world):
+    return os.path.join(world.home, "Elsewhere")
+
+
+def BinsTheFolder(world):
+    """As a file manager does. What lies in the Bin isn't cleared."""
+    with as_user():
+        os.makedirs(os.path.join(world.trash, "info"), mode=0o700, exist_ok=True)
+    return MovesTheFolder(world, os.path.join(world.trash, "files", "Temporary"))
+
+
+@contextlib.contextmanager
+def TakesTheRightsAway(world):
+    """To write in the folder."""
+    with as_user():
+        os.chmod(world.folder, 0o500)
+    yield
+    with as_user():
+        os.chmod(world.folder, 0o700)
+
+
+@contextlib.contextmanager
+def HoldsTheDatabase(world):
+    """For as long as the run lasts."""
+    with contextlib.closing(sqlite3.connect(world.database, isolation_level=None, timeout=0)) as connection:
+        with contextlib.suppress(sqlite3.OperationalError):
+            connection.execute("BEGIN EXCLUSIVE")
+        yield
+
+
+@contextlib.contextmanager
+def PutsTheDatabaseAside(world, replacement=False):
+    """And brings it back later."""
+    os.rename(world.database, world.database + ".aside")
+    if replacement:
+        with as_user(), open(world.database, "w"):
+            pass
+    yield
+    os.rename(world.database + ".aside", world.database)
+
+
+def PutsAnotherInItsPlace(world):
+    return PutsTheDatabaseAside(world, replacement=True)
+
+
+# By how many items may lack their row afterwards. The journal goes with a folder that is forgotten.
+OTHERS = {Reads: 0, Runs: 0, PutsBack: 0, TakesTheTagOff: 1, Forgets: len(DUE), MovesTheFolder: 1, BinsTheFolder: 1,
+          TakesTheRightsAway: 1, HoldsTheDatabase: 1, PutsTheDatabaseAside: 1, PutsAnotherInItsPlace: 1}
+# After these no more may go than the one item that was in hand: what is in hand has left its place, too.
+STOPPING = (TakesTheTagOff, Forgets, BinsTheFolder, PutsTheDatabaseAside, PutsAnotherInItsPlace)
+
+
 def left(world):
     return {name for name in os.listdir(world.folder) if name in DUE}
 
 
-class Other:
-    """Acts once; `settle` brings back what the checks need. What stops the run lets no more go after it than the one
-    item that was in hand: what is in hand has left its place, too."""
-
-    in_hand = 1
-    also_at = ()
-    stops_the_run = False
-
-    def __init__(self, world):
-        self.world = world
-
-    def meet(self):
-        self.before = left(self.world)
-        self.act()
-
-    def act(self):
-        pass
-
-    def settle(self):
-        pass
-
-    def problems(self):
-        gone = self.before - left(self.world)
-        return [f"went all the same: {sorted(gone)}"] if self.stops_the_run and len(gone) > 1 else []
-
-
-class Reads(Other):
-    """Must not take what the run has in its hand for what a killed one had left."""
-
-    in_hand = 0
-
-    def act(self):
-        self.world.drive(("status", 1, FAR_FUTURE), **IN_A_HURRY)
-
-
-class Runs(Other):
-    in_hand = 0
-
-    def act(self):
-        self.world.run(**IN_A_HURRY)
-
-
-class PutsBack(Other):
-    in_hand = 0
-
-    def act(self):
-        self.world.undo(**IN_A_HURRY)
-
-
-class TakesTheTagOff(Other):
-    stops_the_run = True
-
-    def act(self):
-        with as_user():
-            self.tag = os.getxattr(self.world.folder, "user.xdg.tags")
-            os.removexattr(self.world.folder, "user.xdg.tags")
-
-    def settle(self):
-        with as_user():
-            os.setxattr(self.world.folder, "user.xdg.tags", self.tag)
-
-
-class Forgets(Other):
-    """The journal goes with the folder, so its items are without a row ever after."""
-
-    stops_the_run = True
-    in_hand = len(DUE)
-
-    def act(self):
-        self.world.drive(("forget", 1), **IN_A_HURRY)
-
-
-class MovesTheFolder(Other):
-    """The run may go on with it, wherever it lies."""
-
-    def act(self):
-        self.place = os.path.join(self.world.home, "Elsewhere")
-        with as_user():
-            os.rename(self.world.folder, self.place)
-        self.also_at = (self.place,)
-
-    def settle(self):
-        with as_user():
-            os.rename(self.place, self.world.folder)
-            self.world.follow_again()
-
-
-class BinsTheFolder(MovesTheFolder):
-    """As a file manager does. What lies in the Bin isn't cleared."""
-
-    stops_the_run = True
-
-    def act(self):
-        files = os.path.join(self.world.trash, "files")
-        self.place = os.path.join(files, "Temporary")
-        with as_user():
-            for name in ("files", "info"):
-                os.makedirs(os.path.join(self.world.trash, name), mode=0o700, exist_ok=True)
-            os.rename(self.world.folder, self.place)
-
-
-class TakesTheRightsAway(Other):
-    """To write in the folder."""
-
-    def act(self):
-        with as_user():
-            os.chmod(self.world.folder, 0o500)
-
-    def settle(self):
-        with as_user():
-            os.chmod(self.world.folder, 0o700)
-
-
-class HoldsTheDatabase(Other):
-    """For as long as the run lasts."""
-
-    def act(self):
-        self.connection = sqlite3.connect(self.world.database, isolation_level=None, timeout=0)
-        with contextlib.suppress(sqlite3.OperationalError):
-            self.connection.execute("BEGIN EXCLUSIVE")
-
-    def settle(self):
-        self.connection.close()
-
-
-class PutsTheDatabaseAside(Other):
-    """And brings it back later. Until then nothing may go but for what is in hand."""
-
-    stops_the_run = True
-
-    def act(self):
-        self.aside = self.world.database + ".aside"
-        os.rename(self.world.database, self.aside)
-
-    def settle(self):
-        os.rename(self.aside, self.world.database)
-
-
-class PutsAnotherInItsPlace(PutsTheDatabaseAside):
-    def act(self):
-        super().act()
-        with as_user(), open(self.world.database, "w"):
-            pass
-
-
-OTHERS = (Reads, Runs, PutsBack, TakesTheTagOff, Forgets, MovesTheFolder, BinsTheFolder,
-          TakesTheRightsAway, HoldsTheDatabase, PutsTheDatabaseAside, PutsAnotherInItsPlace)
-
-
 def met(world, kind, number):
     world.reset()
-    other = kind(world)
+    before = set()
+    with contextlib.ExitStack() as stack:
+        def act(_):
+            before.update(left(world))
+            stack.enter_context(kind(world))
+            return "go"
 
-    def act(_):
-        other.meet()
-        return "go"
-
-    result = world.run(act=act, at=number)
+        result = world.run(act=act, at=number)
+    gone = before - left(world)
     problems = result.problems
-    if result.calls:
-        other.settle()
-        problems += other.problems()
+    if kind in STOPPING and len(gone) > 1:
+        problems += [f"went all the same: {sorted(gone)}"]
     again = world.start_again()
-    problems += again.problems + world.check(in_hand=other.in_hand, may_wait=True, also_at=other.also_at)
+    also_at = (elsewhere(world),) if kind is MovesTheFolder and before else ()
+    problems += again.problems + world.check(in_hand=OTHERS[kind], may_wait=True, also_at=also_at)
     return result.disturbed * bool(problems) + problems
 
 
