@@ -26,12 +26,12 @@ std::string DiskFileManager::canonicalPath(const FileURL& url) const {
 std::unique_ptr<OpenFolder> DiskFileManager::openFolder(const FileURL& url) const {
   FileDescriptor directory = openDirectoryAt(url, "open");
   FileURL place = pathOfDescriptor(directory.get(), url, "open");
-  return std::make_unique<DiskFolder>(std::move(directory), std::move(place));
+  return opened(std::move(directory), std::move(place));
 }
 
 OpenedBookmark DiskFileManager::openBookmark(std::string_view bookmark) const {
   BookmarkedDirectory found = tidemar::openBookmark(bookmark);
-  return {.folder = std::make_unique<DiskFolder>(std::move(found.directory), std::move(found.url)),
+  return {.folder = opened(std::move(found.directory), std::move(found.url)),
           .isStale = found.isStale,
           .isReplacement = found.isReplacement};
 }
@@ -41,7 +41,7 @@ VolumeCapacity DiskFileManager::volumeCapacity(const FileURL& url) const {
 }
 
 std::vector<FileURL> DiskFileManager::mountedVolumeURLs() const {
-  return readMountedVolumeURLs();
+  return volumeURLs(*_mounts->mounts());
 }
 
 FileURL DiskFileManager::homeDirectoryForCurrentUser() const {
@@ -54,6 +54,10 @@ std::vector<FileURL> DiskFileManager::systemDirectoryURLs() const {
 
 Date DiskFileManager::bootTime() const {
   return readBootTime();
+}
+
+std::unique_ptr<OpenFolder> DiskFileManager::opened(FileDescriptor directory, FileURL url) const {
+  return std::make_unique<DiskFolder>(std::move(directory), std::move(url), _mounts);
 }
 
 }  // namespace tidemar

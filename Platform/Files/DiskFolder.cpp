@@ -42,8 +42,9 @@ bool isLeft(std::string_view name) {
 
 }  // namespace
 
-DiskFolder::DiskFolder(FileDescriptor directory, FileURL url)
-    : _directory(std::move(directory)), _url(std::move(url)) {}
+DiskFolder::DiskFolder(FileDescriptor directory, FileURL url,
+                       std::shared_ptr<MountTableReader> mounts)
+    : _directory(std::move(directory)), _url(std::move(url)), _mounts(std::move(mounts)) {}
 
 std::string DiskFolder::bookmarkData() const {
   return makeBookmark(_directory.get(), _url);
@@ -57,20 +58,28 @@ bool DiskFolder::isOneOf(std::span<const FileURL> places) const {
   const EntryValues values = valuesOf(_directory, _url);
   const DirectoryIdentity own = identityOf(values);
   const bool isMountRoot = (values.stx_attributes & STATX_ATTR_MOUNT_ROOT) != 0;
-  const std::vector<Mount>& mounts = _mounts.mounts();
-  const AnsweringPaths paths(mounts, _url);
+  auto& [mounts, paths] = surroundings();
   return std::ranges::any_of(places, [&](const FileURL& place) {
+    const std::string path = place.path();
     bool isMountPoint = false;
-    for (const Mount& mount : mounts) {
-      if (mount.mountPoint != place.path()) continue;
+    for (const Mount& mount : *mounts) {
+      if (mount.mountPoint != path) continue;
       if (isMountRoot && mount.id == own.mount) return true;
       isMountPoint = true;
     }
-    const FileDescriptor directory = isMountPoint ? FileDescriptor() : paths.open(place);
-    if (!directory) return false;
-    const DirectoryIdentity identity = identityOf(valuesOf(directory, place));
-    return identity.device == own.device && identity.inode == own.inode;
+    if (isMountPoint) return false;
+    const std::optional<DirectoryIdentity> there = paths.identityAt(place);
+    return there && there->device == own.device && there->inode == own.inode;
   });
+}
+
+DiskFolder::Surroundings& DiskFolder::surroundings() const {
+  if (!_surroundings) {
+    Mounts mounts = _mounts->mounts();
+    AnsweringPaths paths(*mounts, _url);
+    _surroundings.emplace(std::move(mounts), std::move(paths));
+  }
+  return *_surroundings;
 }
 
 VolumeCapacity DiskFolder::volumeCapacity() const {
@@ -85,8 +94,8 @@ void DiskFolder::setTagNames(std::span<const std::string> tags) {
   writeTagNames(_directory.get(), _url, tags);
 }
 
-void DiskFolder::setOtherFolders(std::vector<KnownFolder> others) {
-  _others = std::move(others);
+void DiskFolder::setKnownFolders(std::shared_ptr<const KnownFolders> known) {
+  _known = std::move(known);
 }
 
 void DiskFolder::giveBackTaken() {
@@ -108,7 +117,7 @@ bool DiskFolder::giveBack(const std::vector<std::string>& left) {
   bool hasComeBack = false;
   for (const std::string& name : left) {
     if (PrivateDirectory::isName(name, PrivateDirectory::Kind::taken)) {
-      hasComeBack = giveBackLeft(_directory.get(), name) || hasComeBack;
+      hasComeBack = giveBackLeft(_directory.get(), name, _directory.get()) || hasComeBack;
     } else {
       sweepLeftCopy(_directory.get(), name);
     }
@@ -134,14 +143,15 @@ ItemState DiskFolder::look(std::string_view name, Disposal disposal, TreeVisitor
   if (!isEntryName(name)) throw PlatformError(readOperation, url, EINVAL);
   if (!_looks) _looks.emplace(_directory.get(), _url, kept(), HiddenNames::told);
   const bool isHiddenName = isHidden(name);
-  const EntryValues folder = valuesOf(_directory, _url);
+  // Rights that change during a run make a rename fail, which leaves the item as it was.
+  if (!_holder) _holder = holderOf(_directory.get(), valuesOf(_directory, _url));
 
   for (int waits = 0;; ++waits) {
-    Obstacles obstacles(_directory.get(), folder, disposal);
+    Obstacles obstacles(*_holder, disposal);
     ItemState item = _looks->readOne(std::string(name), isHiddenName, &visitor, &obstacles);
     int code = obstacles.code();
     if (code == 0 && !item.tree.isComplete && isMountedBelow(name)) code = EXDEV;
-    if (code != 0) item.obstacle = obstacleError(disposal, url, code);
+    if (code != 0) item.obstacle = obstacleError(operationOf(disposal), url, code);
     // Another change within the same step of the clock would leave no trace.
     const Timestamp now = clockOfFiles();
     if (item.obstacle || item.latestChange < now) return item;
@@ -177,16 +187,13 @@ std::unique_ptr<BinnedItem> DiskFolder::binnedItem(const FileURL& place, std::st
 const KeptDirectories& DiskFolder::kept() {
   if (_kept) return *_kept;
   _kept.emplace();
-  _kept->fixedPlaces = identitiesOfFixedPlaces(_mounts.mounts(), _url);
-  const std::string inside = _url.path() + "/";
-  for (const KnownFolder& other : _others) {
-    if (const auto remembered = decodeBookmark(other.bookmark))
-      _kept->knownFolders.insert(remembered->directory.inode);
-    // Another directory may have come to lie at its place, which its row will find there.
+  _kept->fixedPlaces = identitiesOfFixedPlaces(surroundings().paths);
+  _kept->rememberedInodes = std::shared_ptr<const InodeSet>(_known, &_known->inodes());
+  // Another directory may have come to lie at the place of one, which its row will find there.
+  for (const KnownFolder& folder : _known->inside(_url)) {
     EntryValues values{};
-    if (other.path.starts_with(inside) &&
-        readEntryValues(AT_FDCWD, other.path.c_str(), values) == 0)
-      _kept->knownFolders.insert(values.stx_ino);
+    if (readEntryValues(AT_FDCWD, folder.path.c_str(), values) == 0)
+      _kept->inodesAtPlaces.insert(values.stx_ino);
   }
   return *_kept;
 }
@@ -196,14 +203,16 @@ FileURL DiskFolder::currentURL() const {
 }
 
 /// Where an item lies now. Throws where that is in a Bin, or nowhere any more.
-FileURL DiskFolder::placeOf(const ItemState& item) const {
-  return placeOutsideTrash(_directory.get(), _url).appendingPathComponent(item.name);
+FileURL DiskFolder::placeOf(const ItemState& item) {
+  // A folder that was moved or deleted has another path than the one that was looked at.
+  if (!_place || currentURL() != *_place) _place = placeOutsideTrash(_directory.get(), _url);
+  return _place->appendingPathComponent(item.name);
 }
 
 bool DiskFolder::isMountedBelow(std::string_view name) const {
   const std::string inside = currentURL().appendingPathComponent(name).path() + "/";
   return std::ranges::any_of(
-      _mounts.mounts(), [&](const Mount& mount) { return mount.mountPoint.starts_with(inside); });
+      *_mounts->mounts(), [&](const Mount& mount) { return mount.mountPoint.starts_with(inside); });
 }
 
 bool DiskFolder::isHidden(std::string_view name) {

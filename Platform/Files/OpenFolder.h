@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "Platform/Files/ItemState.h"
+#include "Platform/Files/KnownFolders.h"
 #include "Platform/Files/ResourceValues.h"
 #include "Platform/PlatformError.h"
 #include "TidemarCore/Disposal.h"
@@ -45,12 +46,6 @@ class TreeVisitor {
 struct VolumeCapacity {
   std::optional<std::int64_t> available;  ///< What an ordinary user may still write.
   std::optional<std::int64_t> total;
-};
-
-/// A folder that the program knows beside the opened one.
-struct KnownFolder {
-  std::string bookmark;
-  std::string path;
 };
 
 /// The item was no longer what had been looked at, and is left alone.
@@ -108,9 +103,9 @@ class OpenFolder {
 
   // Reading.
 
-  /// Which folders `knownFolder` is to be called for. A folder that lies in this one need not be
-  /// found by its bookmark.
-  virtual void setOtherFolders(std::vector<KnownFolder> others) = 0;
+  /// Which folders `knownFolder` is to be called for; this one may be among them. A folder that
+  /// lies in this one need not be found by its bookmark.
+  virtual void setKnownFolders(std::shared_ptr<const KnownFolders> known) = 0;
 
   /// Lays back what runs that were killed had taken, each item under its name, or beside it where
   /// that is taken.

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <vector>
@@ -31,8 +32,8 @@ struct ResolvedFolder {
 ///
 /// All operations are synchronous on the caller's thread. The engine has no clock, and no memory
 /// but for the rows of removals that couldn't be written yet: all else it knows between two calls
-/// lies in the store and on the disk. It does not keep two runs of one folder apart; the second
-/// would book what is gone under its failures.
+/// lies in the store and on the disk, or is what the store still says. It does not keep two runs of
+/// one folder apart; the second would book what is gone under its failures.
 ///
 /// Besides `Failure`, operations throw what comes from below as it came: `PlatformError`,
 /// `System::Failure` and `DatabaseError`. A change of the disk comes first and its record after it,
@@ -104,11 +105,17 @@ class Engine {
   void settleLedger();
   std::optional<Folder> folderLivingAt(const OpenFolder& place, const std::vector<Folder>& known);
   std::vector<Folder> otherFolders(const Folder& folder) const;
+  std::shared_ptr<const KnownFolders> knownFolders();
 
   std::unique_ptr<Store> _store;
   RemovalLedger _ledger;
   const FileManager& _fileManager;
   Logger _logger;
+
+  // Made again once a row has come, gone or moved: a cycle over many folders asks for it each time.
+  std::mutex _knownMutex;
+  Store::PlacesVersion _knownVersion;
+  std::shared_ptr<const KnownFolders> _known;
 };
 
 }  // namespace tidemar

@@ -107,6 +107,20 @@ std::vector<Folder> Engine::otherFolders(const Folder& folder) const {
   return others;
 }
 
+/// Never older than the rows were when this was called.
+std::shared_ptr<const KnownFolders> Engine::knownFolders() {
+  const std::lock_guard lock(_knownMutex);
+  // Asked before the rows are read: what changes in between is seen by the next call.
+  const Store::PlacesVersion version = _store->placesVersion();
+  if (_known && version == _knownVersion) return _known;
+  std::vector<KnownFolder> folders;
+  for (Folder& folder : _store->folders())
+    folders.push_back({std::move(folder.bookmark), std::move(folder.path)});
+  _known = std::make_shared<const KnownFolders>(std::move(folders));
+  _knownVersion = version;
+  return _known;
+}
+
 ResolvedFolder Engine::resolvedFolder(std::int64_t id) {
   const std::optional<Folder> folder = _store->folder(id);
   if (!folder) throw Failure(Failure::FolderNotFound{id});

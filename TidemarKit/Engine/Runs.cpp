@@ -72,10 +72,7 @@ void Engine::settleLedger() {
 
 Engine::Reading Engine::read(std::int64_t folderID, Date now) {
   auto [folder, place] = resolvedFolder(folderID);
-  std::vector<KnownFolder> others;
-  for (Folder& other : otherFolders(folder))
-    others.push_back({std::move(other.bookmark), std::move(other.path)});
-  place->setOtherFolders(std::move(others));
+  place->setKnownFolders(knownFolders());
 
   const bool isTagged = TemporaryTag::holdsName(TemporaryTag::tags(*place));
   const System::Capacity capacity = System::capacity(*place);

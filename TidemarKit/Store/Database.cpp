@@ -155,6 +155,12 @@ void Database::execute(const std::string& sql) {
   }
 }
 
+std::int64_t Database::otherConnectionsVersion() {
+  Statement question = statement("PRAGMA data_version");
+  question.step();
+  return question.row().integer(0);
+}
+
 std::int64_t Database::lastInsertedRowID() const noexcept {
   return sqlite3_last_insert_rowid(_connection.get());
 }

@@ -48,6 +48,10 @@ class Database {
   /// Carries out statements that are needed once and have neither parameters nor rows.
   void execute(const std::string& sql);
 
+  /// A number that is another one after each write of another connection to the file, and that
+  /// writes of this one leave alone.
+  std::int64_t otherConnectionsVersion();
+
   std::int64_t lastInsertedRowID() const noexcept;
 
   /// The rows that the last insert, update or delete changed itself, without those that went by a

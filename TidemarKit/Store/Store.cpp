@@ -44,6 +44,12 @@ std::optional<FileURL> Store::directory() const {
   return FileURL(file).deletingLastPathComponent();
 }
 
+Store::PlacesVersion Store::placesVersion() const {
+  return database->read([&](Database& db) {
+    return PlacesVersion{.ours = _placesChanges, .others = db.otherConnectionsVersion()};
+  });
+}
+
 std::vector<Folder> Store::folders() const {
   return database->read([](Database& db) { return FolderRow::all(db); });
 }
@@ -69,7 +75,10 @@ std::vector<JournalEntry> Store::journalOfFolder(std::int64_t folderID) const {
 }
 
 Folder Store::insert(Folder folder) {
-  folder.id = database->write([&](Database& db) { return FolderRow::insert(db, folder); });
+  folder.id = database->write([&](Database& db) {
+    ++_placesChanges;
+    return FolderRow::insert(db, folder);
+  });
   return folder;
 }
 
@@ -79,6 +88,7 @@ std::optional<Folder> Store::insert(Folder folder, const std::vector<Folder>& kn
       return std::ranges::find(known, row.id, &Folder::id) != known.end();
     };
     if (!std::ranges::all_of(FolderRow::all(db), isKnown)) return std::nullopt;
+    ++_placesChanges;
     folder.id = FolderRow::insert(db, folder);
     return std::move(folder);
   });
@@ -107,6 +117,7 @@ void Store::record(JournalEntry& entry) {
 
 void Store::update(const Folder& folder) {
   database->write([&](Database& db) {
+    ++_placesChanges;
     if (!FolderRow::update(db, folder)) throw notFound("folder", folder.id);
   });
 }
@@ -120,14 +131,19 @@ Folder Store::change(std::optional<std::int64_t> folderID,
   return database->write([&](Database& db) {
     auto folder = folderID ? FolderRow::withID(db, *folderID) : std::nullopt;
     if (!folder) throw notFound("folder", folderID);
+    const Folder before = *folder;
     change(*folder);
+    if (folder->path != before.path || folder->bookmark != before.bookmark) ++_placesChanges;
     FolderRow::update(db, *folder);
     return *std::move(folder);
   });
 }
 
 bool Store::deleteFolder(std::int64_t id) {
-  return database->write([&](Database& db) { return FolderRow::remove(db, id); });
+  return database->write([&](Database& db) {
+    ++_placesChanges;
+    return FolderRow::remove(db, id);
+  });
 }
 
 }  // namespace tidemar

@@ -42,6 +42,16 @@ class Store {
   /// Where the file lies; none for a store in memory.
   std::optional<FileURL> directory() const;
 
+  /// Tells whether all folders are where they were: it becomes another one with every row that
+  /// comes, goes, or gets another path or bookmark, and with any write of another program.
+  struct PlacesVersion {
+    std::int64_t ours = 0;
+    std::int64_t others = 0;
+
+    friend bool operator==(const PlacesVersion&, const PlacesVersion&) = default;
+  };
+  PlacesVersion placesVersion() const;
+
   /// All folders in the order in which they were added.
   std::vector<Folder> folders() const;
 
@@ -90,6 +100,7 @@ class Store {
 
  private:
   std::unique_ptr<DatabaseQueue> database;
+  std::int64_t _placesChanges = 0;  ///< Changed and read by accesses to the database alone.
 };
 
 }  // namespace tidemar

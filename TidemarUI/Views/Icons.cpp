@@ -1,6 +1,7 @@
 #include "TidemarUI/Views/Icons.h"
 
 #include <QGuiApplication>
+#include <QHash>
 #include <QIconEngine>
 #include <QPainter>
 #include <QPalette>
@@ -19,9 +20,16 @@ static void loadTidemarIcons() {
 namespace tidemar::icons {
 namespace {
 
+/// One icon for each drawing: every other one would be rendered anew and kept in the toolkit's
+/// cache of pictures beside the first, as the toolkit's own icons of a theme are not.
 QIcon shipped(const QString& name) {
-  loadTidemarIcons();
-  return QIcon(QStringLiteral(":/tidemar/%1.svg").arg(name));
+  static QHash<QString, QIcon> icons;
+  QIcon& icon = icons[name];
+  if (icon.isNull()) {
+    loadTidemarIcons();
+    icon = QIcon(QStringLiteral(":/tidemar/%1.svg").arg(name));
+  }
+  return icon;
 }
 
 QIcon themed(const QString& themeName, const QString& shippedName) {

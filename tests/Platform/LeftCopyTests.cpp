@@ -169,7 +169,7 @@ TEST_F(KilledPutBack, LosesNothingWhenItIsKilledAtAnyPoint) {
     long call;
     int number;
     bool isInFolder = false;
-    bool isInBin = true;
+    bool isWholeInBin = true;
   } rows[] = {
       {"before the private directory", SYS_mkdirat, 1},
       {"before its place", SYS_mkdirat, 2},
@@ -178,8 +178,9 @@ TEST_F(KilledPutBack, LosesNothingWhenItIsKilledAtAnyPoint) {
       {"before the copy is on the disk", SYS_syncfs, 1},
       {"before the copy is in its place", SYS_renameat2, 2},
       {"before its name is on the disk", SYS_fsync, 1, true},
-      {"before the original goes", SYS_unlinkat, 1, true},
-      {"while the original goes", SYS_unlinkat, 3, true, false},
+      {"before the original is taken", SYS_renameat2, 3, true},
+      {"before the original goes", SYS_renameat2, 4, true},
+      {"while the original goes", SYS_unlinkat, 2, true, false},
   };
   // Whose parent dies becomes this process's child, so that its end can be seen.
   ASSERT_EQ(prctl(PR_SET_CHILD_SUBREAPER, 1), 0);
@@ -208,13 +209,17 @@ TEST_F(KilledPutBack, LosesNothingWhenItIsKilledAtAnyPoint) {
         EXPECT_TRUE(WIFSIGNALED(status)) << "it or its copying program came to its end";
     });
 
-    EXPECT_EQ(imageOf(place) == before, row.isInBin);
     listDirectory(folder(""));  // What opening it clears away is gone by then.
     EXPECT_EQ(namesIn(folder("")),
               row.isInFolder ? std::set<std::string>{"item"} : std::set<std::string>{});
+    // What was taken lies in the Bin again as soon as that is opened.
+    EXPECT_EQ(putBack(place), row.isInFolder ? EEXIST : 0);
+    EXPECT_EQ(imageOf(folder("item")), before);
+    EXPECT_EQ(exists(place), row.isInFolder);
     if (row.isInFolder) {
-      EXPECT_EQ(imageOf(folder("item")), before);
+      EXPECT_EQ(imageOf(place) == before, row.isWholeInBin);
     }
+    EXPECT_EQ(namesIn(bin("")), (std::set<std::string>{"files", "info"}));
     erase(place);
     erase(folder("item"));
   }

@@ -144,6 +144,7 @@ TEST_F(PutBackByCopy, TakesNothingOutOfTheBinThatIsNotWholeInTheFolder) {
   const std::pair<long, int> syncing = {SYS_syncfs, 1};
   const std::pair<long, int> placing = {SYS_renameat2, 2};
   const std::pair<long, int> placed = {SYS_fsync, 1};
+  const std::pair<long, int> taken = {SYS_renameat2, 4};
   enum class Folder { empty, other, hasCopy };
   const struct {
     const char* title;
@@ -190,6 +191,7 @@ TEST_F(PutBackByCopy, TakesNothingOutOfTheBinThatIsNotWholeInTheFolder) {
       {"the folder goes to the Bin late", ENOENT, placing, binFolder, Folder::hasCopy},
       {"written to late", ESTALE, placed, writing(file, "later"), Folder::hasCopy},
       {"a writer comes late", ETXTBSY, placed, openForWriting, Folder::hasCopy},
+      {"another is saved in its place", 0, taken, writing(place, "later"), Folder::hasCopy},
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.title);

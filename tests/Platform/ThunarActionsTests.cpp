@@ -24,21 +24,8 @@ const std::string foreignList =
 
 class ThunarOnFile : public ::testing::Test {
  protected:
-  ThunarOnFile() {
-    makeTree(directory.url(), R"(
-      .config/
-        Thunar/
-      system/
-        Thunar/
-    )");
-  }
+  ThunarOnFile() { makeTree(directory.url(), ".config/\n  Thunar/\nsystem/\n  Thunar/"); }
   std::set<std::string> files() const { return namesIn(directory.url(".config/Thunar")); }
-  static void replaceIn(const FileURL& file, std::string_view part, std::string_view by) {
-    std::string content = readFile(file);
-    const std::size_t at = content.find(part);
-    ASSERT_NE(at, std::string::npos) << content;
-    writeFile(file, content.replace(at, part.size(), by));
-  }
 
   TemporaryDirectory directory;
   ScopedHome home{directory.url()};
@@ -50,51 +37,43 @@ class ThunarOnFile : public ::testing::Test {
 };
 
 TEST_F(ThunarOnFile, whatTheUserHasIsThereMeanwhileAndByteForByteAfterwards) {
-  struct Row {
-    const char* name;
-    std::string content;
+  const std::string name = "app.quernly.tidemar.make-temporary";
+  const std::string ours = "<unique-id>" + name + "</unique-id>";
+  const std::string lists[] = {
+      foreignList,
+      "<actions>\n" + foreignAction + "</actions>",
+      "<?xml version=\"1.0\"?>\n  <actions>\n  " + foreignAction + "  </actions>\n\n",
+      "<actions>\r\n<action>\r\n</action>\r\n</actions>\r\n",
+      "<actions a='/>' />\n<!-- after -->",
+      "<!-- <actions> -->\n<actions><!-- </actions> \" -->\n</actions>\n<!-- </actions> -->",
+      "<!DOCTYPE actions [\n<!-- don't -->\n<!ELEMENT actions (action)+>\n"
+      "<!ENTITY e \"]>\">\n]>\n<actions>\n</actions>",
+      // Other actions, which speak of ours.
+      "<actions><action><name>Tidemar: Make Temporary…</name><unique-id>other</unique-id>"
+      "<command>tidemar-make-temporary %F</command></action>"
+      "<action><name>" +
+          name + "</name><description><![CDATA[" + ours +
+          "]]></description></action>"
+          "<!-- <action>" +
+          ours + "</action> --></actions>",
   };
-  const std::string head = "<?xml version=\"1.0\"?>\n";
-  const Row rows[] = {
-      {"a plain list", foreignList},
-      {"no line break at the end", "<actions>\n" + foreignAction + "</actions>"},
-      {"all in one line", "<actions><action><name>a</name></action></actions>"},
-      {"an indented end", head + "  <actions>\n  " + foreignAction + "  </actions>\n\n"},
-      {"line breaks of two bytes", "<actions>\r\n<action>\r\n</action>\r\n</actions>\r\n"},
-      {"an empty root", head + "<actions a='/>' />\n<!-- after -->"},
-      {"comments that look like lists",
-       "<!-- <actions> -->\n<actions><!-- </actions> \" -->\n</actions>\n<!-- </actions> -->"},
-      {"a document type that declares elements",
-       head +
-           "<!DOCTYPE actions [\n<!-- don't -->\n<!ELEMENT actions (action)+>\n"
-           "<!ENTITY e \"]>\">\n]>\n" +
-           "<actions>\n</actions>"},
-      {"other actions that speak of ours",
-       "<actions><action><name>Tidemar: Make Temporary…</name><unique-id>other</unique-id>"
-       "<command>tidemar-make-temporary %F</command></action>"
-       "<action><name>app.quernly.tidemar.make-temporary</name>"
-       "<description><![CDATA[<unique-id>app.quernly.tidemar.make-temporary</unique-id>]]>"
-       "</description></action>"
-       "<!-- <action><unique-id>app.quernly.tidemar.make-temporary</unique-id></action> -->"
-       "</actions>"},
-  };
-  for (const Row& row : rows) {
-    SCOPED_TRACE(row.name);
-    writeFile(file, row.content);
+  for (const std::string& list : lists) {
+    SCOPED_TRACE(list);
+    writeFile(file, list);
     chmod(file.path().c_str(), 0644);
     EXPECT_FALSE(entry.isInstalled());
     entry.install();
     EXPECT_TRUE(entry.isInstalled());
-    EXPECT_EQ(readFile(backup), row.content);
-    if (row.content.find("</actions>") != std::string::npos) {
-      EXPECT_EQ(ThunarActions::removingOurs(readFile(file)), row.content);
+    EXPECT_EQ(readFile(backup), list);
+    if (list.find("</actions>") != std::string::npos) {
+      EXPECT_EQ(ThunarActions::removingOurs(readFile(file)), list);
     }
     const std::string once = readFile(file);
     entry.install();
     EXPECT_EQ(readFile(file), once) << "switched on twice";
 
     entry.uninstall();
-    EXPECT_EQ(readFile(file), row.content);
+    EXPECT_EQ(readFile(file), list);
     EXPECT_EQ(files(), std::set<std::string>{"uca.xml"});
     struct stat values {};
     ASSERT_EQ(stat(file.path().c_str(), &values), 0);
@@ -103,13 +82,14 @@ TEST_F(ThunarOnFile, whatTheUserHasIsThereMeanwhileAndByteForByteAfterwards) {
 }
 
 TEST_F(ThunarOnFile, whatTheUserChangedMeanwhileStaysAndSoDoesTheOldFile) {
+  const auto renamed = [](std::string list) {
+    return list.replace(list.find("<name>Terminal"), 14, "<name>Console");
+  };
   writeFile(file, foreignList);
   entry.install();
-  replaceIn(file, "<name>Terminal</name>", "<name>Console</name>");
+  writeFile(file, renamed(readFile(file)));
   entry.uninstall();
-  std::string expected = foreignList;
-  expected.replace(expected.find("Terminal"), 8, "Console");
-  EXPECT_EQ(readFile(file), expected);
+  EXPECT_EQ(readFile(file), renamed(foreignList));
   EXPECT_EQ(readFile(backup), foreignList);
 }
 
@@ -150,19 +130,24 @@ TEST_F(ThunarOnFile, aUserWithoutAListKeepsTheActionsOfTheSystem) {
 TEST_F(ThunarOnFile, aListThatIsNotWellFormedIsRefusedAndLeftAlone) {
   const std::string ours =
       "<action><unique-id>app.quernly.tidemar.make-temporary</unique-id></action>";
-  for (const std::string& content :
-       {std::string(), std::string("text"), std::string("<actions>"),
-        std::string("<actions></action>"), std::string("<actions><action></actions>"),
-        "<other>" + ours + "</other>", "<actions>" + ours, "<actions>" + ours + "</actions> text",
-        "<actions>" + ours + "</actions><actions></actions>",
-        "<actions>" + ours + "<!-- </actions>", "<actions>" + ours + "<a b=\"></actions>",
-        "<actions>\xff" + ours + "</actions>"}) {
-    SCOPED_TRACE(content);
-    writeFile(file, content);
+  const std::string lists[] = {"",
+                               "text",
+                               "<actions></action>",
+                               "<actions><action></actions>",
+                               "<other>" + ours + "</other>",
+                               "<actions>" + ours,
+                               "<actions>" + ours + "</actions> text",
+                               "<actions>" + ours + "</actions><actions></actions>",
+                               "<actions>" + ours + "<!-- </actions>",
+                               "<actions>" + ours + "<a b=\"></actions>",
+                               "<actions>\xff" + ours + "</actions>"};
+  for (const std::string& list : lists) {
+    SCOPED_TRACE(list);
+    writeFile(file, list);
     EXPECT_FALSE(entry.isInstalled());
     for (const auto change : {&MenuEntry::install, &MenuEntry::uninstall}) {
       EXPECT_EQ(codeOf([&] { (entry.*change)(); }), EINVAL);
-      EXPECT_EQ(readFile(file), content);
+      EXPECT_EQ(readFile(file), list);
       EXPECT_EQ(files(), std::set<std::string>{"uca.xml"});
     }
   }

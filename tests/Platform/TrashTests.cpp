@@ -1,313 +1,309 @@
 #include <cerrno>
-#include <cstdlib>
 #include <ctime>
 #include <filesystem>
 #include <functional>
+#include <optional>
 #include <set>
 #include <string>
 #include <vector>
 
-#include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
-#include <unistd.h>
 
 #include "Platform/Files/Trash/PercentEncoding.h"
 #include "Platform/Files/Trash/TrashName.h"
+#include "Platform/Files/Trash/TrashRecord.h"
+#include "Platform/FolderAndBin.h"
 #include "support/FailingSystemCall.h"
-#include "support/FileExpectations.h"
 #include "support/FolderActions.h"
-#include "support/ScopedEnvironment.h"
-#include "support/TemporaryTree.h"
 
 namespace tidemar {
 namespace {
 
 using namespace testing;
+using Path = std::optional<std::string>;
 
-class TrashTest : public ::testing::Test {
+class TrashTest : public FolderAndBin {
  protected:
-  FileURL trash(const std::string& relative) const {
-    return FileURL(_home.path(".local/share/Trash/") + relative);
-  }
-  void expectEmptyTrash() const {
-    EXPECT_TRUE(namesIn(trash("files")).empty());
-    EXPECT_TRUE(namesIn(trash("info")).empty());
+  /// The code of the error that moving an item to the Bin ends in, 0 for none.
+  static int trashCode(const FileURL& item) {
+    return codeOf([&] { trashItem(item); });
   }
 
-  TemporaryDirectory _home;
-  ScopedHome _environment{_home.url()};
+  static unsigned modeOf(const FileURL& url) {
+    struct stat values {};
+    EXPECT_EQ(lstat(url.path().c_str(), &values), 0) << url.path();
+    return values.st_mode & 07777U;
+  }
+
+  void expectEmptyTrash() const {
+    EXPECT_TRUE(namesIn(bin("files")).empty());
+    EXPECT_TRUE(namesIn(bin("info")).empty());
+  }
 };
 
 TEST_F(TrashTest, TakesAnItemWithARecordThatLeadsBack) {
-  const struct {
-    const char* title;
-    std::string name;
-    std::string encoded;
-  } rows[] = {
-      {"a plain name", "report.txt", "report.txt"},
-      {"blanks", "old report", "old%20report"},
-      {"a percent sign", "100%25", "100%2525"},
-      {"a hash", "a#b?c", "a%23b%3Fc"},
-      {"a newline", "a\nPath=b", "a%0APath%3Db"},
-      {"bytes that are no UTF-8", "caf\xE9", "caf%E9"},
-      {"UTF-8", "caf\xC3\xA9", "caf%C3%A9"},
-  };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.title);
-    const TemporaryDirectory folder;
-    const FileURL item = folder.url(row.name);
-    writeFile(item, "content");
-    const std::time_t before = std::time(nullptr);
-
-    const FileURL binned = trashItem(item);
-
-    EXPECT_EQ(binned, trash("files/" + row.name));
-    EXPECT_EQ(readFile(binned), "content");
-    EXPECT_FALSE(exists(item));
-    const FileURL record = trash("info/" + row.name + ".trashinfo");
-    const std::string text = readFile(record);
-    EXPECT_TRUE(text.starts_with("[Trash Info]\nPath=")) << text;
-    EXPECT_EQ(pathIn(record), folder.path() + "/" + row.encoded);
-    EXPECT_EQ(percentDecoded(pathIn(record)), item.path());
-
-    std::tm date{};
-    const std::size_t start = text.find("\nDeletionDate=") + 14;
-    ASSERT_NE(strptime(text.c_str() + start, "%Y-%m-%dT%H:%M:%S", &date), nullptr) << text;
-    date.tm_isdst = -1;
-    const std::time_t deleted = std::mktime(&date);
-    EXPECT_GE(deleted, before);
-    EXPECT_LE(deleted, std::time(nullptr));
-    struct stat values {};
-    ASSERT_EQ(lstat(record.path().c_str(), &values), 0);
-    EXPECT_EQ(values.st_mode & 0777U, 0600U);
-  }
-}
-
-TEST_F(TrashTest, WritesTheDateInLocalTime) {
   const ScopedEnvironment zone("TZ", "UTC-9");
-  tzset();
-  writeFile(_home.url("item"), "");
-  const std::time_t before = std::time(nullptr);
-  trashItem(_home.url("item"));
-  std::tm date{};
-  const std::string text = readFile(trash("info/item.trashinfo"));
-  strptime(text.c_str() + text.find("Date=") + 5, "%Y-%m-%dT%H:%M:%S", &date);
-  EXPECT_GE(timegm(&date) - before, 9 * 3600 - 1);
-}
+  const std::pair<std::string, std::string> rows[] = {
+      {"report.txt", "report.txt"}, {"old report", "old%20report"}, {"100%25", "100%2525"},
+      {"a#b?c", "a%23b%3Fc"},       {"a\nPath=b", "a%0APath%3Db"},  {"caf\xE9", "caf%E9"},
+      {"caf\xC3\xA9", "caf%C3%A9"},
+  };
+  for (const auto& [name, encoded] : rows) {
+    SCOPED_TRACE(encoded);
+    writeFile(folder(name), "content");
+    const std::time_t before = std::time(nullptr);
+    EXPECT_EQ(trashItem(folder(name)), bin("files/" + name));
+    EXPECT_EQ(readFile(bin("files/" + name)), "content");
+    EXPECT_FALSE(exists(folder(name)));
 
-TEST_F(TrashTest, TakesLinksAndTreesAsTheyAre) {
-  makeTree(_home.url(),
-           "target/\n  kept 1\nlink -> target\ndangling -> nowhere\ntree/\n  a/\n    b 3");
-  trashItem(_home.url("link"));
-  trashItem(_home.url("dangling"));
-  trashItem(_home.url("tree"));
-  EXPECT_TRUE(std::filesystem::is_symlink(trash("files/link").path()));
-  EXPECT_TRUE(std::filesystem::is_symlink(trash("files/dangling").path()));
-  EXPECT_EQ(readFile(trash("files/tree/a/b")), "xxx");
-  EXPECT_TRUE(exists(_home.url("target/kept")));
-}
-
-TEST_F(TrashTest, RecordsTheRealPlaceOfAnItemThatIsReachedThroughALink) {
-  makeTree(_home.url(), "real/\n  item\nlink -> real");
-  trashItem(_home.url("link/item"));
-  EXPECT_EQ(pathIn(trash("info/item.trashinfo")), _home.path("real/item"));
-}
-
-TEST_F(TrashTest, MakesItsDirectoriesForTheUserAlone) {
-  writeFile(_home.url("item"), "");
-  trashItem(_home.url("item"));
-  for (const char* name : {"", "files", "info"}) {
-    struct stat values {};
-    ASSERT_EQ(lstat(trash(name).path().c_str(), &values), 0);
-    EXPECT_EQ(values.st_mode & 07777U, 0700U) << name;
+    const FileURL record = bin("info/" + name + ".trashinfo");
+    EXPECT_EQ(modeOf(record), 0600U);
+    const std::string text = readFile(record);
+    const std::string start =
+        "[Trash Info]\nPath=" + _folder.path() + "/" + encoded + "\nDeletionDate=";
+    ASSERT_TRUE(text.starts_with(start)) << text;
+    std::tm date{};
+    EXPECT_STREQ(strptime(text.c_str() + start.size(), "%Y-%m-%dT%H:%M:%S", &date), "\n");
+    constexpr std::time_t east = 9 * 3600;
+    EXPECT_GE(timegm(&date), before + east) << "local time";
+    EXPECT_LE(timegm(&date), std::time(nullptr) + east);
   }
+}
+
+TEST_F(TrashTest, TakesLinksAndTreesAsTheyAreIntoDirectoriesForTheUserAlone) {
+  makeTree(folder(""),
+           "kept/\n  file 1\nlink -> kept\ndangling -> nowhere\ntree/\n  a/\n    b 3\nitem 1");
+  makeTree(_home.url(), "way -> folder");
+  for (const char* name : {"link", "dangling", "tree"})
+    trashItem(folder(name));
+  EXPECT_TRUE(std::filesystem::is_symlink(bin("files/link").path()));
+  EXPECT_TRUE(std::filesystem::is_symlink(bin("files/dangling").path()));
+  EXPECT_EQ(readFile(bin("files/tree/a/b")), "xxx");
+  EXPECT_TRUE(exists(folder("kept/file")));
+  for (const char* name : {"", "files", "info"})
+    EXPECT_EQ(modeOf(bin(name)), 0700U) << name;
+
+  trashItem(home("way/item"));
+  EXPECT_EQ(pathIn(bin("info/item.trashinfo")), folder("item").path());
 }
 
 TEST_F(TrashTest, ReplacesNothingThatLiesThere) {
-  makeTree(_home.url(), R"(
-    .local/
-      share/
-        Trash/
-          files/
-            orphan.txt 5
-          info/
-            stray.txt.trashinfo 7
-    orphan.txt 1
-    stray.txt 1
-    twice.txt 1
-  )");
-  EXPECT_EQ(trashItem(_home.url("orphan.txt")), trash("files/orphan.2.txt"));
-  EXPECT_EQ(readFile(trash("files/orphan.txt")), "xxxxx") << "an item without a record is kept";
-  EXPECT_FALSE(exists(trash("info/orphan.txt.trashinfo"))) << "and gets no record of another's";
+  const auto takeAll = [&] {
+    makeTree(folder(""), "orphan.txt 1\nstray.txt 1\ntwice.txt 1\nempty/\n  inner 2\nlink -> kept");
+    std::filesystem::create_directories(bin("files/empty").path());
+    std::filesystem::create_directories(bin("info").path());
+    makeTree(bin("files"), "orphan.txt 5");
+    makeTree(bin("info"), "stray.txt.trashinfo 7");
 
-  EXPECT_EQ(trashItem(_home.url("stray.txt")), trash("files/stray.2.txt"));
-  EXPECT_EQ(readFile(trash("info/stray.txt.trashinfo")), "xxxxxxx");
-
-  EXPECT_EQ(trashItem(_home.url("twice.txt")), trash("files/twice.txt"));
-  writeFile(_home.url("twice.txt"), "second");
-  EXPECT_EQ(trashItem(_home.url("twice.txt")), trash("files/twice.2.txt"));
+    EXPECT_EQ(trashItem(folder("orphan.txt")), bin("files/orphan.2.txt"));
+    EXPECT_EQ(readFile(bin("files/orphan.txt")), "xxxxx") << "an item without a record is kept";
+    EXPECT_FALSE(exists(bin("info/orphan.txt.trashinfo"))) << "and gets no record of another's";
+    EXPECT_EQ(trashItem(folder("stray.txt")), bin("files/stray.2.txt"));
+    EXPECT_EQ(readFile(bin("info/stray.txt.trashinfo")), "xxxxxxx");
+    EXPECT_EQ(trashItem(folder("twice.txt")), bin("files/twice.txt"));
+    writeFile(folder("twice.txt"), "second");
+    EXPECT_EQ(trashItem(folder("twice.txt")), bin("files/twice.2.txt"));
+    EXPECT_EQ(trashItem(folder("empty")), bin("files/empty.2"));
+    EXPECT_TRUE(namesIn(bin("files/empty")).empty());
+    EXPECT_EQ(readFile(bin("files/empty.2/inner")), "xx");
+    EXPECT_EQ(trashItem(folder("link")), bin("files/link"));
+    EXPECT_TRUE(std::filesystem::is_symlink(bin("files/link").path()));
+    EXPECT_TRUE(namesIn(folder("")).empty());
+    erase(bin(""));
+  };
+  takeAll();
+  withFailingSystemCall(SYS_renameat2, EINVAL, takeAll);  // It can't refuse to replace.
 }
 
-TEST_F(TrashTest, FindsANameForTheHundredthOfOneName) {
+TEST_F(TrashTest, FindsANameForTheHundredthOfOneNameAndForOneWithoutRoomForItsRecord) {
   std::set<FileURL> places;
   for (int i = 0; i < 100; ++i) {
-    writeFile(_home.url("same"), "");
-    places.insert(trashItem(_home.url("same")));
+    writeFile(folder("same"), "");
+    places.insert(trashItem(folder("same")));
   }
   EXPECT_EQ(places.size(), 100U);
-  EXPECT_EQ(namesIn(trash("files")).size(), 100U);
-  EXPECT_EQ(namesIn(trash("info")).size(), 100U);
-}
+  EXPECT_EQ(namesIn(bin("files")).size(), 100U);
+  EXPECT_EQ(namesIn(bin("info")).size(), 100U);
 
-TEST_F(TrashTest, CutsANameThatLeavesNoRoomForItsRecord) {
   for (const std::string& name :
        {std::string(250, 'n'), std::string(240, 'n') + ".longer", std::string(255, 'n')}) {
     for (int i = 0; i < 2; ++i) {
-      writeFile(_home.url(name), "content");
-      const FileURL binned = trashItem(_home.url(name));
+      writeFile(folder(name), "content");
+      const FileURL binned = trashItem(folder(name));
       EXPECT_EQ(readFile(binned), "content");
-      const std::string binnedName(binned.lastPathComponent());
-      EXPECT_TRUE(exists(trash("info/" + binnedName + ".trashinfo")));
-      EXPECT_EQ(pathIn(trash("info/" + binnedName + ".trashinfo")), _home.path(name));
+      const std::string record = std::string(binned.lastPathComponent()) + ".trashinfo";
+      EXPECT_EQ(pathIn(bin("info/" + record)), folder(name).path());
     }
   }
 }
 
 TEST(TrashName, KeepsEndingsAndWholeCharacters) {
+  const std::string sixty(60, 'a');
   const struct {
-    const char* title;
     std::string name;
     unsigned attempt;
-    std::size_t limit;
     std::string expected;
   } rows[] = {
-      {"fits", "a.txt", 0, 245, "a.txt"},
-      {"second with an ending", "a.tar.gz", 1, 245, "a.tar.2.gz"},
-      {"second without an ending", "a", 1, 245, "a.2"},
-      {"a hidden name is no ending", ".profile", 2, 245, ".profile.3"},
-      {"the ending outlives the cut", std::string(100, 'a') + ".txt", 1, 64,
-       std::string(58, 'a') + ".2.txt"},
-      {"two-byte character at the cut", std::string(63, 'a') + "\xC3\xA9", 0, 64,
-       std::string(63, 'a')},
-      {"three-byte character at the cut", std::string(62, 'a') + "\xE2\x82\xAC", 0, 64,
-       std::string(62, 'a')},
-      {"four-byte character at the cut", std::string(61, 'a') + "\xF0\x9F\x8C\x8A", 0, 64,
-       std::string(61, 'a')},
-      {"character that just fits", std::string(62, 'a') + "\xC3\xA9z", 0, 64,
-       std::string(62, 'a') + "\xC3\xA9"},
-      {"bytes that are no UTF-8", std::string(80, '\x80'), 0, 64, std::string(64, '\x80')},
+      {"a.txt", 0, "a.txt"},
+      {"a.tar.gz", 1, "a.tar.2.gz"},
+      {"a", 1, "a.2"},
+      {".profile", 2, ".profile.3"},
+      {sixty + "aaaaa.txt", 1, sixty.substr(2) + ".2.txt"},
+      {sixty + "aaa\xC3\xA9", 0, sixty + "aaa"},
+      {sixty + "aa\xE2\x82\xAC", 0, sixty + "aa"},
+      {sixty + "a\xF0\x9F\x8C\x8A", 0, sixty + "a"},
+      {sixty + "aa\xC3\xA9z", 0, sixty + "aa\xC3\xA9"},
+      {std::string(80, '\x80'), 0, std::string(64, '\x80')},
   };
-  for (const auto& row : rows) {
-    EXPECT_EQ(trashName(row.name, row.attempt, row.limit), row.expected) << row.title;
-  }
+  for (const auto& row : rows)
+    EXPECT_EQ(trashName(row.name, row.attempt, 64), row.expected);
 }
 
 TEST_F(TrashTest, RefusesATrashThatIsNotTheUsersOwn) {
-  const struct {
-    const char* title;
-    std::function<void(const FileURL& data)> arrange;
-    int code;
-  } rows[] = {
-      {"the Trash is a link",
-       [](const FileURL& data) { makeTree(data, "elsewhere/\nTrash -> elsewhere"); }, ELOOP},
-      {"the Trash is a link to nothing",
-       [](const FileURL& data) { makeTree(data, "Trash -> nowhere"); }, ELOOP},
-      {"its files are a link",
-       [](const FileURL& data) { makeTree(data, "Trash/\n  files -> ../elsewhere\nelsewhere/"); },
-       ELOOP},
-      {"its records are a link",
-       [](const FileURL& data) { makeTree(data, "Trash/\n  info -> ../elsewhere\nelsewhere/"); },
-       ELOOP},
-      {"the Trash is a file", [](const FileURL& data) { makeTree(data, "Trash 4"); }, ENOTDIR},
-      {"the Trash belongs to someone else",
-       [](const FileURL& data) {
-         makeTree(data, "Trash/");
-         ASSERT_EQ(chown((data.path() + "/Trash").c_str(), 12345, 12345), 0);
-       },
-       EPERM},
-      {"its files belong to someone else",
-       [](const FileURL& data) {
-         makeTree(data, "Trash/\n  files/");
-         ASSERT_EQ(chown((data.path() + "/Trash/files").c_str(), 12345, 12345), 0);
-       },
-       EPERM},
-  };
   if (geteuid() != 0) GTEST_SKIP() << "only root can give a Trash to someone else";
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.title);
-    const TemporaryDirectory home;
-    const ScopedHome environment(home.url());
-    makeTree(home.url(), ".local/\n  share/\nitem 3");
-    row.arrange(home.url(".local/share"));
-    EXPECT_EQ(codeOf([&] { trashItem(home.url("item")); }), row.code);
-    EXPECT_EQ(readFile(home.url("item")), "xxx");
-    EXPECT_TRUE(namesIn(home.url(".local/share/elsewhere")).empty());
+  const std::pair<const char*, int> rows[] = {
+      {"ln -s elsewhere Trash", ELOOP},
+      {"ln -s nowhere Trash", ELOOP},
+      {"mkdir Trash; ln -s ../elsewhere Trash/files", ELOOP},
+      {"mkdir Trash; ln -s ../elsewhere Trash/info", ELOOP},
+      {"touch Trash", ENOTDIR},
+      {"mkdir Trash; chown 12345 Trash", EPERM},
+      {"mkdir -p Trash/files; chown 12345 Trash/files", EPERM},
+  };
+  makeTree(_home.url(), ".local/\n  share/\n    elsewhere/");
+  makeTree(folder(""), "item 3");
+  for (const auto& [command, code] : rows) {
+    SCOPED_TRACE(command);
+    erase(bin(""));
+    runCommand("cd '" + home(".local/share").path() + "' && { " + command + "; }");
+    EXPECT_EQ(trashCode(folder("item")), code);
+    EXPECT_EQ(readFile(folder("item")), "xxx");
+    EXPECT_TRUE(namesIn(home(".local/share/elsewhere")).empty());
   }
-}
-
-TEST_F(TrashTest, RefusesWhatIsNoItem) {
-  makeTree(_home.url(), "folder/");
-  EXPECT_EQ(codeOf([&] { trashItem(_home.url("missing")); }), ENOENT);
-  EXPECT_NE(codeOf([&] { trashItem(FileURL(_home.path("folder/.."))); }), 0);
-  EXPECT_NE(codeOf([&] { trashItem(FileURL("/")); }), 0);
-  EXPECT_NE(codeOf([&] { trashItem(FileURL()); }), 0);
-  EXPECT_TRUE(exists(_home.url("folder")));
-}
-
-TEST_F(TrashTest, RefusesADirectoryThatHoldsTheTrashItself) {
-  EXPECT_EQ(codeOf([&] { trashItem(_home.url(".local")); }), ENOENT);
-  makeTree(_home.url(), ".local/\n  kept 1");
-  EXPECT_EQ(codeOf([&] { trashItem(_home.url(".local")); }), EBUSY);
-  EXPECT_TRUE(exists(_home.url(".local/kept")));
-  expectEmptyTrash();
 }
 
 TEST_F(TrashTest, LeavesNoRecordOfAnItemThatStayed) {
-  writeFile(_home.url("item"), "content");
+  writeFile(folder("item"), "content");
   for (const int code : {EACCES, EXDEV, EIO}) {
-    withFailingSystemCall(SYS_renameat2, code,
-                          [&] { EXPECT_EQ(codeOf([&] { trashItem(_home.url("item")); }), code); });
-    EXPECT_EQ(readFile(_home.url("item")), "content");
+    withFailingSystemCall(SYS_renameat2, code, [&] { EXPECT_EQ(trashCode(folder("item")), code); });
     expectEmptyTrash();
+  }
+  withFailingSystemCall(SYS_renameat2, EINVAL, [&] {
+    withFailingSystemCall(SYS_linkat, EPERM, [&] { EXPECT_EQ(trashCode(folder("item")), EPERM); });
+  });
+  EXPECT_EQ(readFile(folder("item")), "content");
+  expectEmptyTrash();
+
+  EXPECT_EQ(trashCode(home(".local")), EBUSY) << "it holds the Bin itself";
+  EXPECT_TRUE(exists(bin("files")));
+  expectEmptyTrash();
+}
+
+TEST_F(TrashTest, OfADriveLiesAtItsTopWithPathsFromThereAndInNobodyElsesHands) {
+  if (!mountDrive(TestFileSystem::Type::tmpfs)) GTEST_SKIP() << _drive->reason();
+  const std::string own = ".Trash-" + user;
+  const std::string shared = ".Trash/" + user;
+  const std::string sticky = "mkdir .Trash; chmod 1777 .Trash";
+  const struct {
+    std::string command;
+    std::string trash;  ///< The one that is used, if any.
+    int code = 0;
+  } rows[] = {
+      {"true", own},
+      {sticky, shared},
+      {"mkdir .Trash; chmod 777 .Trash", own},
+      {"chmod 1777 other; ln -s other .Trash", own},
+      {sticky + "; ln -s ../other " + shared, own},
+      {sticky + "; mkdir " + shared + "; chown 12345 " + shared, own},
+      {"ln -s other " + own, "", ELOOP},
+      {"mkdir " + own + "; chown 12345 " + own, "", EPERM},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.command);
+    for (const std::string& name : namesIn(drive("")))
+      erase(drive(name));
+    makeTree(drive(""), "folder/\nother/");
+    runCommand("cd '" + drive("").path() + "' && { " + row.command + "; }");
+    makeTree(folder(""), "\"a b\" 3");
+    EXPECT_EQ(trashCode(folder("a b")), row.code);
+    if (row.trash.empty()) {
+      EXPECT_EQ(readFile(folder("a b")), "xxx");
+      EXPECT_TRUE(namesIn(drive(own)).empty());
+    } else {
+      EXPECT_EQ(readFile(drive(row.trash + "/files/a b")), "xxx");
+      EXPECT_EQ(pathIn(drive(row.trash + "/info/a b.trashinfo")), "folder/a%20b");
+      EXPECT_EQ(modeOf(drive(row.trash)), 0700U);
+    }
+    EXPECT_TRUE(namesIn(drive("other")).empty());
+    EXPECT_FALSE(exists(home(".local"))) << "the home Trash has no part in this";
   }
 }
 
-TEST_F(TrashTest, ReplacesNothingWhereTheFileSystemCanNotRefuseIt) {
-  makeTree(_home.url(), R"(
-    .local/
-      share/
-        Trash/
-          files/
-            orphan 5
-            empty/
-          info/
-    orphan 1
-    empty/
-      inner 2
-    link -> orphan
-  )");
-  withFailingSystemCall(SYS_renameat2, EINVAL, [&] {
-    EXPECT_EQ(trashItem(_home.url("link")), trash("files/link"));
-    EXPECT_EQ(trashItem(_home.url("orphan")), trash("files/orphan.2"));
-    EXPECT_EQ(trashItem(_home.url("empty")), trash("files/empty.2"));
-  });
-  EXPECT_TRUE(std::filesystem::is_symlink(trash("files/link").path()));
-  EXPECT_EQ(readFile(trash("files/orphan")), "xxxxx");
-  EXPECT_TRUE(namesIn(trash("files/empty")).empty());
-  EXPECT_EQ(readFile(trash("files/empty.2/inner")), "xx");
-  EXPECT_FALSE(exists(_home.url("orphan")));
-  EXPECT_FALSE(exists(_home.url("empty")));
+TEST_F(TrashTest, RefusesATrashThatIsALinkToAnotherDrive) {
+  if (!mountDrive(TestFileSystem::Type::tmpfs)) GTEST_SKIP() << _drive->reason();
+  makeTree(_home.url(), ".local/\n  share/\n    Trash -> " + drive("").path() + "\nitem 3");
+  EXPECT_EQ(trashCode(home("item")), ELOOP);
+  EXPECT_EQ(namesIn(drive("")), std::set<std::string>{"folder"});
 }
 
-TEST_F(TrashTest, LeavesAnItemThatCanNotBeUnlinkedAlone) {
-  writeFile(_home.url("item"), "content");
-  withFailingSystemCall(SYS_renameat2, EINVAL, [&] {
-    withFailingSystemCall(SYS_linkat, EPERM,
-                          [&] { EXPECT_EQ(codeOf([&] { trashItem(_home.url("item")); }), EPERM); });
-  });
-  EXPECT_EQ(readFile(_home.url("item")), "content");
+TEST_F(TrashTest, LeavesTheItemWhereNoRoomIsLeftForItsRecord) {
+  if (!mountDrive(TestFileSystem::Type::tmpfs, "size=64k")) GTEST_SKIP() << _drive->reason();
+  makeTree(folder(""), "item 3");
+  EXPECT_ANY_THROW(writeFile(drive("filler"), std::string(1 << 20, 'x')));
+  EXPECT_EQ(trashCode(folder("item")), ENOSPC);
+  EXPECT_EQ(readFile(folder("item")), "xxx");
+  EXPECT_TRUE(namesIn(drive(".Trash-" + user + "/info")).empty());
+  EXPECT_TRUE(namesIn(drive(".Trash-" + user + "/files")).empty());
+}
+
+TEST_F(TrashTest, UsesTheMountsOwnTrashWhereTheHomesIsOnTheSameDeviceButOutOfReach) {
+  makeTree(_home.url(), "source/\n  item 3\nplace/");
+  const BindMount mount(home("source"), home("place"));
+  if (!mount.isMounted()) GTEST_SKIP() << mount.reason();
+  EXPECT_EQ(trashItem(home("place/item")), home("place/.Trash-" + user + "/files/item"));
   expectEmptyTrash();
+}
+
+TEST(TrashRecord, HoldsThePathThatWasWritten) {
+  for (const std::string path :
+       {"/home/u/a b%25#?\n[x]", "relative/caf\xE9", "..a/b../...", "\x01\xFF", " /", "Path="}) {
+    const std::string record = trashRecordText(path, 1763763095);
+    EXPECT_EQ(pathInTrashRecord(record), path);
+    for (std::size_t size = 0; size < record.size(); ++size)
+      EXPECT_EQ(pathInTrashRecord(record.substr(0, size)), Path()) << "cut short at " << size;
+  }
+}
+
+TEST(TrashRecord, HoldsAPathAloneWhereItIsWellFormed) {
+  const std::string date = "DeletionDate=2025-11-21T22:11:35\n";
+  const struct {
+    std::string text;
+    Path path = {};
+  } rows[] = {
+      {"[Trash Info]\n" + date + "Path=/a\n", "/a"},
+      {"[Trash Info]\nPath=/a\nPath=/b\n" + date, "/a"},
+      {"[Trash Info]\n# Path\nXPath=/b\n\n Path=/c\nPath=/a\n" + date + "[Next]\nPath=/b\n", "/a"},
+      {"[Trash Info]\nPath=/%c3%a9\n" + date, "/\xC3\xA9"},
+      {"[Trash Info]\nPath=/a!$&'()*+,:;=@\n" + date, "/a!$&'()*+,:;=@"},
+      {""},
+      {"[Other]\n[Trash Info]\nPath=/a\n" + date},
+      {"[Trash Info] \nPath=/a\n" + date},
+      {"[Trash Info]\r\nPath=/a\r\n" + date},
+      {"[Trash Info]\n" + date + "[Next]\nPath=/a\n"},
+      {"[Trash Info]\nPath=/a\n[Next]\n" + date},
+      {"[Trash Info]\nPath=/a\n"},
+      {"[Trash Info]\nPath=/a\nDeletionDate=2025-11-21\n"},
+      {"[Trash Info]\nPath=\n" + date},
+      {"[Trash Info]\nPath=/a%2\n" + date},
+      {"[Trash Info]\nPath=/a b\n" + date},
+      {"[Trash Info]\nPath=/caf\xE9\n" + date},
+      {"[Trash Info]\nPath=/a%00b\n" + date},
+      {"[Trash Info]\nPath=a/../../b\n" + date},
+      {"[Trash Info]\nPath=/a/%2E%2e\n" + date},
+  };
+  for (const auto& row : rows)
+    EXPECT_EQ(pathInTrashRecord(row.text), row.path) << row.text;
 }
 
 }  // namespace

@@ -1,7 +1,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <functional>
-#include <map>
+#include <set>
 #include <string>
 #include <system_error>
 #include <utility>
@@ -26,27 +26,25 @@ namespace {
 
 using namespace testing;
 
-/// Writes down a walk: an entry a line, indented by its depth, "?" behind a hidden one.
+/// Writes down the paths of what a walk meets, "?" behind a hidden one.
 class WalkRecorder : public WalkHandler {
  public:
   void entry(const WalkedEntry& entry) override {
-    EXPECT_LE(entry.depth, _depth + 1) << entry.name << " came before the directory it lies in";
-    _depth = entry.depth;
-    ++count;
-    deepest = std::max(deepest, entry.depth);
-    lines.push_back(std::string(2 * (entry.depth - 1), ' ') + entry.name +
-                    (entry.isHidden ? "?" : ""));
+    ASSERT_LE(entry.depth, _way.size() + 1) << entry.name << " came before its directory";
+    _way.resize(entry.depth);
+    _way[entry.depth - 1] = (entry.depth > 1 ? _way[entry.depth - 2] + "/" : "") + entry.name;
+    paths.insert(_way.back() + (entry.isHidden ? "?" : ""));
   }
   void failed(int code) override { failures.push_back(code); }
 
-  std::vector<std::string> lines;
+  std::multiset<std::string> paths;
   std::vector<int> failures;
-  std::size_t count = 0;
-  std::size_t deepest = 0;
 
  private:
-  std::size_t _depth = 0;
+  std::vector<std::string> _way;
 };
+
+using Paths = std::multiset<std::string>;
 
 void walk(const FileURL& url, WalkHandler& handler) {
   FileDescriptor root = openDirectoryAt(url, "read");
@@ -61,18 +59,15 @@ WalkRecorder walk(const FileURL& url) {
   return recorder;
 }
 
-std::vector<std::string> sorted(std::vector<std::string> lines) {
-  std::ranges::sort(lines);
-  return lines;
-}
-
-TEST(TreeWalk, MeetsEveryEntryOnceAndEntersNoLink) {
+TEST(TreeWalk, MeetsEveryEntryOnceBehindItsDirectoryAndEntersNoLink) {
   TemporaryDirectory directory;
   makeTree(directory.url(), R"(
     root/
       a/
         deep/
           "line\nbreak \xff"
+        deeper/
+          x
       .git/
         config
       loop -> ../root
@@ -81,48 +76,17 @@ TEST(TreeWalk, MeetsEveryEntryOnceAndEntersNoLink) {
     outside/
       never)");
   const WalkRecorder recorder = walk(directory.url("root"));
-  EXPECT_EQ(sorted(recorder.lines), sorted({"a", "  deep", "    line\nbreak \xff", ".git?",
-                                            "  config", "loop", "pipe", "file"}));
+  EXPECT_EQ(recorder.paths, (Paths{"a", "a/deep", "a/deep/line\nbreak \xff", "a/deeper",
+                                   "a/deeper/x", ".git?", ".git/config", "loop", "pipe", "file"}));
   EXPECT_TRUE(recorder.failures.empty());
-}
-
-TEST(TreeWalk, EverythingInADirectoryFollowsItBeforeAnythingElse) {
-  TemporaryDirectory directory;
-  makeTree(directory.url(), R"(
-    r/
-      a/
-        a1/
-          x
-        a2/
-          x
-      b/
-        b1/
-          x)");
-  const WalkRecorder recorder = walk(directory.url("r"));
-  std::vector<std::string> path;
-  std::map<std::string, std::string> parentOf;
-  for (const std::string& line : recorder.lines) {
-    const std::size_t depth = line.find_first_not_of(' ') / 2;
-    path.resize(depth);
-    if (depth > 0) parentOf[line.substr(depth * 2)] = path.back();
-    path.push_back(line.substr(depth * 2));
-  }
-  EXPECT_EQ(parentOf["a1"], "a");
-  EXPECT_EQ(parentOf["a2"], "a");
-  EXPECT_EQ(parentOf["b1"], "b");
 }
 
 TEST(TreeWalk, TheHiddenFileHidesExactNamesOfItsOwnDirectoryAlone) {
   TemporaryDirectory directory;
-  makeTree(directory.url(), R"(
-    r/
-      secret
-      secrets
-      sub/
-        secret)");
+  makeTree(directory.url(), "r/\n  secret\n  secrets\n  sub/\n    secret");
   writeFile(directory.url("r/.hidden"), "secret\n\nsub\n");
-  EXPECT_EQ(sorted(walk(directory.url("r")).lines),
-            sorted({".hidden?", "secret?", "secrets", "sub?", "  secret"}));
+  EXPECT_EQ(walk(directory.url("r")).paths,
+            (Paths{".hidden?", "secret?", "secrets", "sub?", "sub/secret"}));
 
   for (const ListedEntry& entry : listDirectory(directory.url("r"))) {
     const auto name = std::string(entry.url.lastPathComponent());
@@ -136,11 +100,11 @@ TEST(TreeWalk, AHiddenFileBehindManyEntriesStillCounts) {
   for (int i = 0; i < 3000; ++i)
     writeFile(directory.url("some-longer-name-" + std::to_string(i)), "");
   writeFile(directory.url(".hidden"), "some-longer-name-1234\n");
-  std::vector<std::string> hidden;
+  Paths hidden;
   for (const ListedEntry& entry : listDirectory(directory.url())) {
-    if (*entry.values.isHidden) hidden.emplace_back(entry.url.lastPathComponent());
+    if (*entry.values.isHidden) hidden.emplace(entry.url.lastPathComponent());
   }
-  EXPECT_EQ(sorted(hidden), sorted({".hidden", "some-longer-name-1234"}));
+  EXPECT_EQ(hidden, (Paths{".hidden", "some-longer-name-1234"}));
 }
 
 TEST(HiddenListReader, ReadsAFileAgainOnlyWhenItHasChanged) {
@@ -162,7 +126,7 @@ TEST(HiddenListReader, ReadsAFileAgainOnlyWhenItHasChanged) {
   });
 }
 
-TEST(TreeWalk, AHiddenFileThatIsNoPlainFileIsNeverOpened) {
+TEST(TreeWalk, AHiddenFileThatIsNoPlainFileIsNeverOpenedAndOneTooLargeFails) {
   TemporaryDirectory directory;
   makeTree(directory.url(), R"(
     fifo/
@@ -171,33 +135,25 @@ TEST(TreeWalk, AHiddenFileThatIsNoPlainFileIsNeverOpened) {
     link/
       .hidden -> ../list
       a
-    list)");
+    list
+    large/
+      .hidden 1048577
+      a)");
   writeFile(directory.url("list"), "a\n");
-  for (const char* name : {"fifo", "link"}) {
-    EXPECT_EQ(sorted(walk(directory.url(name)).lines), sorted({".hidden?", "a"})) << name;
-  }
-}
-
-TEST(TreeWalk, AHiddenFileTooLargeToReadMakesTheListingFail) {
-  TemporaryDirectory directory;
-  makeTree(directory.url(), "r/\n  .hidden 1048577\n  a");
-  EXPECT_EQ(walk(directory.url("r")).failures, std::vector{EFBIG});
-  EXPECT_THROW(listDirectory(directory.url("r")), PlatformError);
-  EXPECT_THROW(readResourceValues(directory.url("r/a")), PlatformError);
+  for (const char* name : {"fifo", "link"})
+    EXPECT_EQ(walk(directory.url(name)).paths, (Paths{".hidden?", "a"})) << name;
+  EXPECT_EQ(walk(directory.url("large")).failures, std::vector{EFBIG});
+  EXPECT_THROW(listDirectory(directory.url("large")), PlatformError);
+  EXPECT_THROW(readResourceValues(directory.url("large/a")), PlatformError);
 }
 
 TEST(TreeWalk, AnUnreadablePartIsAFailureAndTheRestIsRead) {
   TemporaryDirectory directory;
-  makeTree(directory.url(), R"(
-    r/
-      locked/
-        never
-      open/
-        seen)");
+  makeTree(directory.url(), "r/\n  locked/\n    never\n  open/\n    seen");
   chmod(directory.path("r/locked").c_str(), 0);
   asOrdinaryUser(directory.url(), [&] {
     const WalkRecorder recorder = walk(directory.url("r"));
-    EXPECT_EQ(sorted(recorder.lines), sorted({"locked", "open", "  seen"}));
+    EXPECT_EQ(recorder.paths, (Paths{"locked", "open", "open/seen"}));
     EXPECT_EQ(recorder.failures, std::vector{EACCES});
   });
   chmod(directory.path("r/locked").c_str(), 0700);
@@ -225,9 +181,13 @@ TEST(TreeWalk, ATreeTwentyThousandDeepIsReadAndDeletedWithFewDescriptorsAndLittl
   makeTree(directory.url(), "deep/");
   makeDeepTree(directory.url("deep"), depth - 1, std::string(200, 'd'));
   withSmallThread([&] {
-    const WalkRecorder recorder = walk(directory.url());
-    EXPECT_EQ(recorder.deepest, depth + 1U);
-    EXPECT_EQ(recorder.failures, std::vector<int>());
+    struct Depth : WalkHandler {
+      void entry(const WalkedEntry& entry) override { deepest = std::max(deepest, entry.depth); }
+      void failed(int code) override { ADD_FAILURE() << code; }
+      std::size_t deepest = 0;
+    } handler;
+    walk(directory.url(), handler);
+    EXPECT_EQ(handler.deepest, depth + 1U);
     removeItem(directory.url("deep"));
   });
   EXPECT_FALSE(exists(directory.url("deep")));
@@ -276,7 +236,7 @@ TEST(TreeWalk, ADirectoryMovedAwayDuringTheWalkIsAFailureAndNotAnotherTree) {
   };
   walk(directory.url("r"), mover);
   EXPECT_EQ(mover.failures.size(), 1U);
-  EXPECT_EQ(mover.count, 41U);
+  EXPECT_EQ(mover.paths.size(), 41U);
 }
 
 }  // namespace

@@ -13,7 +13,7 @@ using testing::item;
 using testing::namesOf;
 
 TemporarySettings age(std::optional<std::int64_t> days) {
-  return {days, 1, true, true, Disposal::delete_};
+  return {days, std::nullopt, false, false, Disposal::delete_};
 }
 
 TEST(Forecast, givesEveryDatedItemTheLastInstantAtWhichItStays) {
@@ -27,22 +27,15 @@ TEST(Forecast, givesEveryDatedItemTheLastInstantAtWhichItStays) {
   EXPECT_EQ(upcoming[1].date, Date{freshness + 30 * secondsPerDay});
   EXPECT_EQ(upcoming[1].item, &snapshot.items[0]);
 
-  TemporarySettings settings = age(30);
-  settings.sizeLimit.reset();
-  settings.emptyOnRestart = settings.automatic = false;
   RunConditions conditions{upcoming[1].date, 500, 1000, {}, {}};
-  EXPECT_EQ(namesOf(removalsDueNow(snapshot, settings, conditions)), "old");
+  EXPECT_EQ(namesOf(removalsDueNow(snapshot, age(30), conditions)), "old");
   conditions.now = conditions.now + 0.001;
-  EXPECT_EQ(namesOf(removalsDueNow(snapshot, settings, conditions)), "old new");
-}
+  EXPECT_EQ(namesOf(removalsDueNow(snapshot, age(30), conditions)), "old new");
 
-TEST(Forecast, isEmptyWhereNothingGoesByAge) {
-  FolderSnapshot snapshot{true, false, {{item("a", 1, 10)}}};
   EXPECT_TRUE(upcomingRemovals(snapshot, age(std::nullopt)).empty());
-  snapshot.isProtectedRoot = true;
-  EXPECT_TRUE(upcomingRemovals(snapshot, age(30)).empty());
-  snapshot = {false, false, snapshot.items};
-  EXPECT_TRUE(upcomingRemovals(snapshot, age(30)).empty());
+  for (const FolderSnapshot& other :
+       {FolderSnapshot{true, true, items}, FolderSnapshot{false, false, items}})
+    EXPECT_TRUE(upcomingRemovals(other, age(30)).empty());
 }
 
 TEST(Forecast, sortsItemsOfOneDateByNameAsPlanningDoes) {
@@ -53,13 +46,10 @@ TEST(Forecast, sortsItemsOfOneDateByNameAsPlanningDoes) {
   const std::vector<Upcoming> upcoming = upcomingRemovals(snapshot, age(0));
   EXPECT_EQ(namesOf(upcoming), "z a b e\u0301 \u00e9");
   EXPECT_EQ(namesOf(upcoming), namesOf(removalsDueNow(snapshot, age(0), conditions)));
-}
 
-TEST(Forecast, sortsByNameWhereAddingTheAgeMakesTwoDatesOne) {
-  // The two differ by less than a double can tell so far from zero.
-  const std::vector<Item> items = {item("b", 1.0), item("a", 1.0000000000000002)};
-  const FolderSnapshot snapshot{true, false, items};
-  EXPECT_EQ(namesOf(upcomingRemovals(snapshot, age(90))), "a b");
+  // These two differ by less than a double can tell so far from zero.
+  const FolderSnapshot close{true, false, {{item("b", 1.0), item("a", 1.0000000000000002)}}};
+  EXPECT_EQ(namesOf(upcomingRemovals(close, age(90))), "a b");
 }
 
 }  // namespace

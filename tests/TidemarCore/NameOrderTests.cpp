@@ -49,43 +49,29 @@ TEST(NameOrder, isAStrictTotalOrderByComposedScalarsThenBytes) {
   }
 }
 
-TEST(NameOrder, isTheOneThatSortsItemsOfEqualDate) {
+TEST(NameOrder, sortsItemsOfEqualDateWhateverDirectoryTheyLieIn) {
   struct Element {
     const Item* item;
     Date date;
   };
-  std::vector<Item> items;
-  for (const std::string& name : namesInOrder)
-    items.push_back(testing::item(name, 0));
-  const Item older = testing::item("zz", 0);
-  const Item newer = testing::item("!", 0);
+  std::vector<Item> items = {testing::item("zz", 0)};
+  for (std::size_t i = 0; i < namesInOrder.size(); ++i) {
+    const FileURL directory(i % 2 == 0 ? "/z" : "/a");
+    items.push_back({directory.appendingPathComponent(namesInOrder[i]), std::nullopt, 0});
+  }
+  items.push_back(testing::item("!", 0));
 
   std::vector<Element> elements;
-  elements.push_back({&newer, {8}});
   for (auto item = items.rbegin(); item != items.rend(); ++item)
     elements.push_back({&*item, {7}});
-  elements.push_back({&older, {6}});
+  elements.front().date = {8};
+  elements.back().date = {6};
   sortByDateThenName(elements, &Element::date);
-
-  ASSERT_EQ(elements.size(), items.size() + 2);
-  EXPECT_EQ(elements.front().item, &older);
-  EXPECT_EQ(elements.back().item, &newer);
-  for (std::size_t i = 0; i < items.size(); ++i) {
-    EXPECT_EQ(elements[i + 1].item, &items[i]) << i;
-    EXPECT_EQ(elements[i + 1].date, Date{7}) << i;
-  }
-}
-
-TEST(NameOrder, ofADirectoryIsThatOfItsLastComponentAlone) {
-  struct Element {
-    const Item* item;
-    Date date;
-  };
-  const Item a{FileURL("/z/a"), Date{0}, 0};
-  const Item b{FileURL("/a/b"), Date{0}, 0};
-  std::vector<Element> elements = {{&b, {0}}, {&a, {0}}};
-  sortByDateThenName(elements, &Element::date);
-  EXPECT_EQ(elements.front().item, &a);
+  ASSERT_EQ(elements.size(), items.size());
+  for (std::size_t i = 0; i < items.size(); ++i)
+    EXPECT_EQ(elements[i].item, &items[i]) << i;
+  EXPECT_EQ(elements.front().date, Date{6});
+  EXPECT_EQ(elements.back().date, Date{8});
 }
 
 }  // namespace

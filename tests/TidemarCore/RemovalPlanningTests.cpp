@@ -1,4 +1,5 @@
 #include <limits>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -14,45 +15,38 @@ using testing::item;
 
 constexpr std::int64_t most = std::numeric_limits<std::int64_t>::max();
 constexpr double now = 1'000'000'000;
-constexpr double day = 86400;
 
-/// Settings with no rule on.
-TemporarySettings off() {
-  return {std::nullopt, std::nullopt, false, false, Disposal::bin};
-}
-TemporarySettings age(std::int64_t days) {
-  TemporarySettings settings = off();
-  settings.maxAgeDays = days;
-  return settings;
-}
-TemporarySettings size(std::int64_t limit) {
-  TemporarySettings settings = off();
-  settings.sizeLimit = limit;
-  return settings;
-}
-TemporarySettings automatic(Disposal disposal = Disposal::delete_) {
-  TemporarySettings settings = off();
-  settings.automatic = true;
-  settings.disposal = disposal;
-  return settings;
-}
-TemporarySettings restart() {
-  TemporarySettings settings = off();
-  settings.emptyOnRestart = true;
-  return settings;
-}
-/// Every rule on, each of them hungry.
-TemporarySettings everything() {
-  return {0, 0, true, true, Disposal::delete_};
+/// Items as words "name@time/size", the time in seconds from now; without a time it has no date.
+std::vector<Item> items(const std::string& text) {
+  std::vector<Item> result;
+  std::istringstream words(text);
+  for (std::string word; words >> word;) {
+    const std::size_t at = word.find('@');
+    const std::size_t slash = word.find('/');
+    const std::int64_t size = slash == word.npos ? 0 : std::stoll(word.substr(slash + 1));
+    const auto date =
+        at == word.npos ? std::optional<double>() : now + std::stod(word.substr(at + 1));
+    result.push_back(item(word.substr(0, std::min(at, slash)), date, size));
+  }
+  return result;
 }
 
-/// A disk with room enough, started after the last run.
-RunConditions conditions(std::int64_t available = 500, std::int64_t total = 1000,
-                         double bootTime = now - 100, double lastRunAt = now - 200) {
-  return {Date{now}, available, total, Date{bootTime}, Date{lastRunAt}};
+/// Settings with these rules on and no other, as words "age=7 size=100 automatic restart bin".
+TemporarySettings rules(const std::string& text) {
+  TemporarySettings result{std::nullopt, std::nullopt, false, false, Disposal::delete_};
+  std::istringstream words(text);
+  for (std::string word; words >> word;) {
+    if (word.starts_with("age=")) result.maxAgeDays = std::stoll(word.substr(4));
+    if (word.starts_with("size=")) result.sizeLimit = std::stoll(word.substr(5));
+    if (word == "automatic") result.automatic = true;
+    if (word == "restart") result.emptyOnRestart = true;
+    if (word == "bin") result.disposal = Disposal::bin;
+  }
+  return result;
 }
 
-/// Each removal as its name and the first letters of its reasons: "a:as" went by age and size.
+/// Each removal as its name and the first letters of its reasons, with d for the disk: "a:as" went
+/// by age and size.
 std::string text(const std::vector<Removal>& removals) {
   std::string result;
   for (const Removal& removal : removals) {
@@ -68,154 +62,71 @@ std::string text(const std::vector<Removal>& removals) {
 
 struct Case {
   const char* name;
-  std::vector<Item> items;
-  TemporarySettings settings;
-  RunConditions conditions;
+  std::string items;
+  std::string rules;
   const char* expected;
+  std::int64_t available = 500;
+  std::int64_t total = 1000;
+  double lastRun = -200;  ///< In seconds from now, as the start, which was at -100.
 };
 
-TemporarySettings ageAndSize(std::int64_t days, std::int64_t limit) {
-  TemporarySettings settings = age(days);
-  settings.sizeLimit = limit;
-  return settings;
-}
+const std::string three = "c@-1/10 a@-3/10 b@-2/10";
+const std::string mostBytes = std::to_string(most);
 
-const std::vector<Item> threeOfTen = {item("c", now - 1, 10), item("a", now - 3, 10),
-                                      item("b", now - 2, 10)};
+const Case cases[] = {
+    {"with no rule on nothing goes", "a@-9e8/100", "", "", 0},
+    {"of an empty folder nothing goes", "", "age=0 size=0 automatic restart", ""},
 
-const std::vector<Case> cases = {
-    {"with no rule on nothing goes", {item("a", 0, 100)}, off(), conditions(0), ""},
-    {"of an empty folder nothing goes", {}, everything(), conditions(0), ""},
+    {"an item of exactly the age stays", "a@-604800", "age=7", ""},
+    {"an item older by a fraction of a second goes", "a@-604800.000001", "age=7", "a:a"},
+    {"at 0 days what is older than now goes", "now@0 before@-0.001 later@5", "age=0", "before:a"},
+    {"a negative age reaches into the future", "a@43200", "age=-1", "a:a"},
+    {"an age beyond all dates takes nothing", "a@-1e9", "age=" + mostBytes, ""},
+    {"an item without a date doesn't go by age", "a", "age=0", ""},
+    {"the oldest goes first", three, "age=0", "a:a b:a c:a"},
 
-    {"an item of exactly the age stays", {item("a", now - 7 * day)}, age(7), conditions(), ""},
-    {"an item older by a fraction of a second goes",
-     {item("a", now - 7 * day - 1e-6)},
-     age(7),
-     conditions(),
-     "a:a"},
-    {"at 0 days what is older than now goes",
-     {item("now", now), item("before", now - 0.001), item("later", now + 5)},
-     age(0),
-     conditions(),
-     "before:a"},
-    {"a negative age reaches into the future",
-     {item("a", now + day / 2)},
-     age(-1),
-     conditions(),
-     "a:a"},
-    {"an age beyond all dates takes nothing", {item("a", 0)}, age(most), conditions(), ""},
-    {"an item without a date doesn't go by age",
-     {item("a", std::nullopt)},
-     age(0),
-     conditions(),
-     ""},
-    {"the oldest goes first", threeOfTen, age(0), conditions(), "a:a b:a c:a"},
+    {"a folder at its limit loses nothing", three, "size=30", ""},
+    {"a folder one byte over loses its oldest item", three, "size=29", "a:s"},
+    {"reaching the limit exactly is enough", three, "size=10", "a:s b:s"},
+    {"of equal dates the first name goes", "b@-5/10 a@-5/10", "size=19", "a:s"},
+    {"an item of no size is taken on the way", "0@-3/0 a@-2/10 b@-1/10", "size=10", "0:s a:s"},
+    {"items without a date never go, however far over", "a/100 b/100", "size=1", ""},
+    {"one without a date pushes out the others", "x/99 b@-1/9 a@-2/9", "size=1", "a:s b:s"},
+    {"sizes beyond the range count as the end of it", "a@-2/" + mostBytes + " b@-1/" + mostBytes,
+     "size=" + std::to_string(most - 1), "a:s"},
+    {"the lowest limit takes everything", "a@-2/" + mostBytes + " b@-1/0",
+     "size=" + std::to_string(std::numeric_limits<std::int64_t>::min()), "a:s"},
 
-    {"a folder at its limit loses nothing", threeOfTen, size(30), conditions(), ""},
-    {"a folder one byte over loses its oldest item", threeOfTen, size(29), conditions(), "a:s"},
-    {"reaching the limit exactly is enough", threeOfTen, size(10), conditions(), "a:s b:s"},
-    {"of equal dates the first name goes",
-     {item("b", 5, 10), item("a", 5, 10)},
-     size(19),
-     conditions(),
-     "a:s"},
-    {"an item of no size is taken on the way",
-     {item("empty", 1, 0), item("a", 2, 10), item("b", 3, 10)},
-     size(10),
-     conditions(),
-     "empty:s a:s"},
-    {"items without a date never go, however far over",
-     {item("a", std::nullopt, 100), item("b", std::nullopt, 100)},
-     size(1),
-     conditions(),
-     ""},
-    {"a huge item without a date pushes out the dated ones",
-     {item("huge", std::nullopt, 1000), item("b", 2, 10), item("a", 1, 10)},
-     size(100),
-     conditions(),
-     "a:s b:s"},
-    {"sizes beyond the range count as the end of it",
-     {item("a", 1, most), item("b", 2, most)},
-     size(most - 1),
-     conditions(),
-     "a:s"},
-    {"the lowest limit there is takes everything",
-     {item("a", 1, most), item("b", 2, 0)},
-     size(std::numeric_limits<std::int64_t>::min()),
-     conditions(),
-     "a:s"},
+    {"a disk with exactly a tenth free is left alone", three, "automatic", "", 100},
+    {"a disk one byte short gets its tenth back", three, "automatic", "a:d", 99},
+    {"the tenth is rounded up", three, "automatic", "a:d", 100, 1001},
+    {"what was rounded up is enough", three, "automatic", "", 101, 1001},
+    {"a move to the Bin frees no disk", three, "automatic bin", "", 0},
+    {"a total at the end of the range", three, "automatic", "a:d b:d c:d", 0, most},
 
-    {"a disk with exactly a tenth free is left alone", threeOfTen, automatic(),
-     conditions(100, 1000), ""},
-    {"a disk one byte short gets its tenth back", threeOfTen, automatic(), conditions(99, 1000),
-     "a:d"},
-    {"the tenth is rounded up", threeOfTen, automatic(), conditions(100, 1001), "a:d"},
-    {"what was rounded up is enough", threeOfTen, automatic(), conditions(101, 1001), ""},
-    {"a move to the Bin frees no disk", threeOfTen, automatic(Disposal::bin), conditions(0, 1000),
-     ""},
-    {"a total at the end of the range is no trouble", threeOfTen, automatic(), conditions(0, most),
-     "a:d b:d c:d"},
+    {"what was there at the start goes, what came at it stays", "at@-100 a@-100.5 b@-99 c",
+     "restart", "a:e"},
+    {"without a restart since the last run nothing goes", "a@-200", "restart", "", 500, 1000, -99},
+    {"a run at the very start counts as after it", "a@-200", "restart", "", 500, 1000, -100},
 
-    {"without a restart since the last run nothing goes",
-     {item("a", 1)},
-     restart(),
-     conditions(500, 1000, now - 100, now - 99),
-     ""},
-    {"a run at the very start counts as after it",
-     {item("a", 1)},
-     restart(),
-     conditions(500, 1000, now - 100, now - 100),
-     ""},
-    {"what was there at the start goes, what came at it stays",
-     {item("at", now - 100), item("before", now - 100.5), item("after", now - 99),
-      item("undated", std::nullopt)},
-     restart(),
-     conditions(),
-     "before:e"},
-
-    {"each item carries every rule that reaches it",
-     {item("a", now - 9 * day, 10), item("b", now - 8 * day, 10), item("c", now - day, 10),
-      item("d", now, 10)},
-     ageAndSize(7, 10),
-     conditions(),
-     "a:as b:as c:s"},
-    {"all four rules can take one item",
-     {item("a", now - 101, 10)},
-     everything(),
-     conditions(99),
-     "a:asde"},
+    {"each item carries every rule that reaches it", "a@-777600/10 b@-691200/10 c@-86400/10 d@0/10",
+     "age=7 size=10", "a:as b:as c:s"},
+    {"all four rules can take one item", "a@-101/10", "age=0 size=0 automatic restart", "a:asde",
+     99},
 };
 
-TEST(RemovalPlanning, takesWhatTheRulesSay) {
+TEST(RemovalPlanning, takesWhatTheRulesSayAndNothingOfAPlainFolderOrAProtectedRoot) {
   for (const Case& c : cases) {
-    const FolderSnapshot snapshot{true, false, c.items};
-    EXPECT_EQ(text(removalsDueNow(snapshot, c.settings, c.conditions)), c.expected) << c.name;
+    SCOPED_TRACE(c.name);
+    const RunConditions conditions{Date{now}, c.available, c.total, Date{now - 100},
+                                   Date{now + c.lastRun}};
+    const FolderSnapshot snapshot{true, false, items(c.items)};
+    EXPECT_EQ(text(removalsDueNow(snapshot, rules(c.rules), conditions)), c.expected);
+    const FolderSnapshot untagged{false, false, snapshot.items};
+    EXPECT_EQ(text(removalsDueNow(untagged, rules(c.rules), conditions)), "");
+    const FolderSnapshot isProtected{true, true, snapshot.items};
+    EXPECT_EQ(text(removalsDueNow(isProtected, rules(c.rules), conditions)), "");
   }
-}
-
-TEST(RemovalPlanning, takesNothingFromAnUntaggedFolderOrAProtectedRoot) {
-  for (const Case& c : cases) {
-    for (const FolderSnapshot& snapshot :
-         {FolderSnapshot{false, false, c.items}, FolderSnapshot{true, true, c.items}}) {
-      EXPECT_EQ(text(removalsDueNow(snapshot, c.settings, c.conditions)), "") << c.name;
-    }
-  }
-}
-
-TEST(ItemsToFree, isTheSmallestNumberOfTheOldestThatSuffices) {
-  const std::vector<Item> items = {item("a", 1, 5), item("b", 2, 0), item("c", 3, 5)};
-  std::vector<DatedItem> list;
-  for (const Item& i : items)
-    list.push_back({&i, *i.freshness});
-  const std::vector<std::pair<std::int64_t, std::int64_t>> rows = {
-      {-1, 0}, {0, 0}, {1, 1}, {5, 1}, {6, 3}, {10, 3}, {11, 3}, {most, 3}};
-  for (const auto& [bytes, expected] : rows)
-    EXPECT_EQ(itemsToFree(bytes, list), expected) << bytes;
-  EXPECT_EQ(itemsToFree(1, {}), 0);
-
-  const Item nearlyAll = item("d", 4, most - 1);
-  const std::vector<DatedItem> beyondTheRange = {{&nearlyAll, {4}}, {&nearlyAll, {4}}};
-  EXPECT_EQ(itemsToFree(most, beyondTheRange), 2);
 }
 
 }  // namespace

@@ -9,6 +9,7 @@
 #include "TidemarKit/Engine/Engine.h"
 #include "TidemarKit/TemporaryTag.h"
 #include "support/FakeFileManager.h"
+#include "support/FileExpectations.h"
 
 namespace tidemar::testing {
 
@@ -19,17 +20,6 @@ Engine::Failure::Case failureOf(Operation operation) {
     operation();
   } catch (const Engine::Failure& failure) {
     return failure.failure();
-  }
-  throw std::logic_error("it didn't fail");
-}
-
-/// The code of the platform's error that `operation` ends in.
-template <class Operation>
-int codeOf(Operation operation) {
-  try {
-    operation();
-  } catch (const PlatformError& error) {
-    return error.code();
   }
   throw std::logic_error("it didn't fail");
 }

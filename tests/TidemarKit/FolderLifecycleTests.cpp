@@ -15,40 +15,30 @@ using testing::Lines;
 
 class FolderLifecycle : public ::testing::Test, public testing::EngineWorld {
  protected:
-  void SetUp() override {
-    files.draw(R"(
-      /f/
-      /g/
-      /link -> /f)");
-  }
+  void SetUp() override { files.draw("/f/\n/g/\n/link -> /f"); }
 
   const std::string tag{TemporaryTag::name};
   const TemporarySettings rules{7, 100, true, true, Disposal::delete_};
   const TemporarySettings noRules{std::nullopt, std::nullopt, false, false, Disposal::bin};
 };
 
-TEST_F(FolderLifecycle, anAddedFolderIsKnownAndNothingElse) {
-  const Folder folder = engine.addFolder(FileURL("/f"), added);
+TEST_F(FolderLifecycle, anAddedFolderIsKnownOnceByWhateverPathAndNothingElseHappens) {
+  Folder folder = engine.addFolder(FileURL("/link"), added);
   EXPECT_EQ(folder.path, "/f");
-  EXPECT_EQ(folder.settings, TemporarySettings());
+  EXPECT_EQ(folder.settings, (TemporarySettings{90, std::nullopt, false, false, Disposal::bin}));
   EXPECT_EQ(folder.createdAt, added);
   EXPECT_EQ(folder.lastRunAt, added);
   EXPECT_EQ(row(folder), folder);
-  EXPECT_EQ(engine.resolve(folder).place->url(), FileURL("/f"));
-  EXPECT_EQ(files.changes(), Lines{});
-}
-
-TEST_F(FolderLifecycle, aFolderAddedAgainIsTheSameByWhateverPath) {
-  Folder folder = engine.addFolder(FileURL("/link"), added);
-  EXPECT_EQ(folder.path, "/f");
   EXPECT_EQ(engine.resolve(folder).place->url(), FileURL("/f"))
       << "its bookmark is that of the folder";
+
   folder.settings = rules;
   engine.store().update(folder);
   for (const char* path : {"/f", "/link", "/f/"})
     EXPECT_EQ(engine.addFolder(FileURL(path), now), folder) << path;
   EXPECT_NE(engine.addFolder(FileURL("/g"), now).id, folder.id);
   EXPECT_EQ(engine.store().folders().size(), 2U);
+  EXPECT_EQ(files.changes(), Lines{});
 }
 
 TEST_F(FolderLifecycle, aFolderAddedTwiceAtOnceIsKnownOnce) {
@@ -90,17 +80,13 @@ TEST_F(FolderLifecycle, aFolderThatCannotBeReadIsNotAdded) {
   EXPECT_TRUE(engine.store().folders().empty());
 }
 
-TEST_F(FolderLifecycle, aFolderThatStayedIsNotWritten) {
-  const Folder folder = temporaryFolder("/f", rules);
-  EXPECT_EQ(engine.resolve(folder).folder, folder);
-  EXPECT_EQ(files.operations(), Lines{"resolve"});
-}
-
 TEST_F(FolderLifecycle, aFolderThatMovedKeepsItsRowAndRules) {
   const Folder folder = temporaryFolder("/f", rules);
+  EXPECT_EQ(engine.resolve(folder).folder, folder);
+  EXPECT_EQ(files.operations(), Lines{"resolve"}) << "one that stayed isn't written";
+
   files.rename("/f", "/elsewhere/new");
   const auto [moved, place] = engine.resolvedFolder(*folder.id);
-
   EXPECT_EQ(place->url(), FileURL("/elsewhere/new"));
   Folder expected = folder;
   expected.path = "/elsewhere/new";
@@ -108,14 +94,11 @@ TEST_F(FolderLifecycle, aFolderThatMovedKeepsItsRowAndRules) {
   EXPECT_EQ(moved, expected);
   EXPECT_NE(moved.bookmark, folder.bookmark);
   EXPECT_EQ(row(folder), moved);
-}
 
-TEST_F(FolderLifecycle, aStaleBookmarkIsRenewedEvenInPlace) {
-  const Folder folder = temporaryFolder("/f", rules);
   files.bookmarksAreStale = true;
-  const Folder renewed = engine.resolve(folder).folder;
-  EXPECT_EQ(renewed.path, "/f");
-  EXPECT_NE(renewed.bookmark, folder.bookmark);
+  const Folder renewed = engine.resolve(moved).folder;
+  EXPECT_EQ(renewed.path, "/elsewhere/new");
+  EXPECT_NE(renewed.bookmark, moved.bookmark) << "a stale one is renewed even in place";
   EXPECT_EQ(row(folder), renewed);
 }
 
@@ -170,32 +153,19 @@ TEST_F(FolderLifecycle, aLostFolderLeavesItsPlaceToTheKnownFolderThatTookIt) {
   EXPECT_EQ(engine.resolvedFolder(*gone.id).place->url(), FileURL("/new")) << "nobody else's";
 }
 
-TEST_F(FolderLifecycle, anUnknownFolderIsNotFound) {
-  EXPECT_EQ(failureOf([&] { engine.resolvedFolder(7); }),
-            Engine::Failure::Case(Engine::Failure::FolderNotFound{7}));
-}
-
 TEST_F(FolderLifecycle, turningTemporaryStartsTheRestartRuleAnewAndTurningPlainDoesNot) {
   const Folder folder = engine.addFolder(FileURL("/f"), added);
-  files.tags("/f") = {"Work"};
-  engine.setTemporary(folder, true, now);
-  Folder expected = folder;
-  expected.lastRunAt = now;
-  EXPECT_EQ(files.tags("/f"), (Lines{"Work", tag}));
-  EXPECT_EQ(row(folder), expected);
-
-  engine.setTemporary(expected, false, now + 100);
-  EXPECT_EQ(files.tags("/f"), Lines{"Work"});
-  EXPECT_EQ(row(folder), expected);
-}
-
-TEST_F(FolderLifecycle, turningTemporaryFollowsAMoveAndKeepsBothChanges) {
-  const Folder folder = engine.addFolder(FileURL("/f"), added);
   files.rename("/f", "/new");
+  files.tags("/new") = {"Work"};
   engine.setTemporary(folder, true, now);
-  EXPECT_EQ(files.tags("/new"), Lines{tag});
-  EXPECT_EQ(row(folder).path, "/new");
-  EXPECT_EQ(row(folder).lastRunAt, now);
+  EXPECT_EQ(files.tags("/new"), (Lines{"Work", tag}));
+  const Folder turned = row(folder);
+  EXPECT_EQ(turned.path, "/new") << "it was followed";
+  EXPECT_EQ(turned.lastRunAt, now);
+
+  engine.setTemporary(turned, false, now + 100);
+  EXPECT_EQ(files.tags("/new"), Lines{"Work"});
+  EXPECT_EQ(row(folder), turned);
 }
 
 TEST_F(FolderLifecycle, aTagThatCannotBeChangedLeavesTheRow) {
@@ -207,46 +177,35 @@ TEST_F(FolderLifecycle, aTagThatCannotBeChangedLeavesTheRow) {
   EXPECT_EQ(row(folder), folder);
 }
 
-class Forgetting : public FolderLifecycle {
- protected:
-  void SetUp() override {
-    FolderLifecycle::SetUp();
-    folder = temporaryFolder("/f", rules);
-    JournalEntry entry;
-    entry.folderID = *folder.id;
-    entry.name = "a";
-    entry.reasons = {Rule::age};
-    engine.store().insert(entry);
-  }
+TEST_F(FolderLifecycle, forgettingTakesTheTagTheRowAndTheJournalOrNothing) {
+  Folder folder = temporaryFolder("/f", rules);
+  JournalEntry entry;
+  entry.folderID = *folder.id;
+  entry.name = "a";
+  engine.store().insert(entry);
+  Folder neverStored = folder;
+  neverStored.id.reset();
+  EXPECT_THROW(engine.forget(neverStored), MissingValue);
+  EXPECT_EQ(files.operations(), Lines{});
 
-  Folder folder;
-};
-
-TEST_F(Forgetting, takesTheTagTheRowAndTheJournal) {
   files.tags("/f") = {tag, "Work"};
-  engine.forget(folder);
-  EXPECT_EQ(files.tags("/f"), Lines{"Work"});
-  EXPECT_TRUE(engine.store().folders().empty());
-  EXPECT_TRUE(engine.store().journalSince(Date{-1e9}).empty());
-}
-
-TEST_F(Forgetting, worksForAFolderThatIsGone) {
-  files.erase("/f");
-  engine.forget(folder);
-  EXPECT_TRUE(engine.store().folders().empty());
-}
-
-TEST_F(Forgetting, keepsTheRowWhereTheTagCannotBeTakenOff) {
   files.fail("setTags /f", EROFS);
   EXPECT_EQ(codeOf([&] { engine.forget(folder); }), EROFS);
   EXPECT_EQ(row(folder), folder);
   EXPECT_EQ(engine.store().journalOfFolder(*folder.id).size(), 1U);
-}
 
-TEST_F(Forgetting, ofAFolderThatWasNeverStoredTouchesNothing) {
-  folder.id.reset();
-  EXPECT_THROW(engine.forget(folder), MissingValue);
-  EXPECT_EQ(files.operations(), Lines{});
+  files.rename("/f", "/h");
+  engine.forget(folder);
+  EXPECT_EQ(files.tags("/h"), Lines{"Work"});
+  EXPECT_TRUE(engine.store().folders().empty());
+  EXPECT_TRUE(engine.store().journalSince(Date{-1e9}).empty());
+  EXPECT_EQ(failureOf([&] { engine.resolvedFolder(*folder.id); }),
+            Engine::Failure::Case(Engine::Failure::FolderNotFound{*folder.id}));
+
+  const Folder gone = temporaryFolder("/g", rules);
+  files.erase("/g");
+  engine.forget(gone);
+  EXPECT_TRUE(engine.store().folders().empty());
 }
 
 }  // namespace

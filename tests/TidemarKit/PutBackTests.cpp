@@ -45,24 +45,24 @@ struct BinnedItem : testing::EngineWorld {
 
  private:
   void draw() {
-    files.draw(R"(
-      /f/
-      /home/ada/Trash/
-        a.2 7 @100)");
+    files.draw("/f/\n/home/ada/Trash/\n  a.2 7 @100");
     folder = temporaryFolder("/f", {});
-    entry = engine.store().insert(JournalEntry{std::nullopt,
-                                               *folder.id,
-                                               Disposal::bin,
-                                               "a",
-                                               "/home/ada/Trash/a.2",
-                                               7,
-                                               {Rule::age},
-                                               added,
-                                               std::nullopt});
+    entry.folderID = *folder.id;
+    entry.name = "a";
+    entry.binnedPath = "/home/ada/Trash/a.2";
+    entry.size = 7;
+    entry.reasons = {Rule::age};
+    entry.performedAt = added;
+    entry = engine.store().insert(entry);
   }
 };
 
-class PutBack : public ::testing::Test, public BinnedItem {};
+class PutBack : public ::testing::Test, public BinnedItem {
+ protected:
+  Failure::Case failure() {
+    return failureOf([&] { undo(); });
+  }
+};
 
 TEST_F(PutBack, bringsTheItemHomeUnderItsOwnNameOnce) {
   undo();
@@ -71,46 +71,24 @@ TEST_F(PutBack, bringsTheItemHomeUnderItsOwnNameOnce) {
   expected.undoneAt = now;
   EXPECT_EQ(storedEntry(), expected);
   EXPECT_EQ(row(folder), folder) << "a put-back is no run";
-  EXPECT_EQ(failureOf([&] { undo(); }), Failure::Case(Failure::AlreadyUndone{}));
+  EXPECT_EQ(failure(), Failure::Case(Failure::AlreadyUndone{}));
+
+  engine.forget(folder);
+  EXPECT_EQ(failure(), Failure::Case(Failure::JournalEntryNotFound{*entry.id}));
 }
 
-TEST_F(PutBack, followsAFolderThatMoved) {
+TEST_F(PutBack, followsAFolderThatMovedAndKeepsANameThatIsNotUTF8) {
   files.rename("/f", "/new/place");
-  undo();
-  EXPECT_TRUE(files.exists("/new/place/a"));
-  EXPECT_EQ(row(folder).path, "/new/place");
-}
-
-TEST_F(PutBack, keepsANameThatIsNotUTF8) {
   files.rename("/home/ada/Trash/a.2", "/home/ada/Trash/\xff");
   entry.name = "\xfe ..";
   entry.binnedPath = "/home/ada/Trash/\xff";
   store(entry);
   undo();
-  EXPECT_TRUE(files.exists("/f/\xfe .."));
+  EXPECT_TRUE(files.exists("/new/place/\xfe .."));
+  EXPECT_EQ(row(folder).path, "/new/place");
 }
 
-TEST_F(PutBack, ofAnUnknownEntryIsNotFound) {
-  EXPECT_EQ(failureOf([&] { engine.undo(99, now); }),
-            Failure::Case(Failure::JournalEntryNotFound{99}));
-  engine.forget(folder);
-  EXPECT_EQ(failureOf([&] { undo(); }), Failure::Case(Failure::JournalEntryNotFound{*entry.id}));
-}
-
-TEST_F(PutBack, saysFirstThatItWasPutBackThenThatItWasDeletedAndLooksAtNoDisk) {
-  files.erase("/f");
-  entry.name = "..";
-  entry.binnedPath.reset();
-  entry.undoneAt = added;
-  store(entry);
-  EXPECT_EQ(failureOf([&] { undo(); }), Failure::Case(Failure::AlreadyUndone{}));
-  entry.undoneAt.reset();
-  store(entry);
-  EXPECT_EQ(failureOf([&] { undo(); }), Failure::Case(Failure::DeletedPermanently{}));
-  EXPECT_EQ(files.operations(), Lines{});
-}
-
-TEST_F(PutBack, goesNowhereButIntoTheFolder) {
+TEST_F(PutBack, looksAtNoDiskForAnEntryThatCannotComeBack) {
   for (const std::string& name :
        {std::string(".."), std::string("."), std::string(), std::string("a/b"), std::string("/etc"),
         std::string("../a"), std::string("a/"), std::string("a\0b", 3)}) {
@@ -118,60 +96,52 @@ TEST_F(PutBack, goesNowhereButIntoTheFolder) {
     store(entry);
     EXPECT_EQ(codeOf([&] { undo(); }), EINVAL) << ::testing::PrintToString(name);
   }
+  entry.binnedPath.reset();
+  store(entry);
+  EXPECT_EQ(failure(), Failure::Case(Failure::DeletedPermanently{}));
+  entry.undoneAt = added;
+  store(entry);
+  EXPECT_EQ(failure(), Failure::Case(Failure::AlreadyUndone{})) << "that is said first";
   EXPECT_EQ(files.operations(), Lines{});
 }
 
-TEST_F(PutBack, ofALostFolderWaitsForIt) {
-  files.erase("/f");
-  EXPECT_EQ(codeOf([&] { undo(); }), ENOENT);
-  expectUntouched();
-}
-
-TEST_F(PutBack, ofAnItemThatTheBinTellsOtherwiseOfIsGone) {
+TEST_F(PutBack, thatCannotBeDoneChangesNothingAndCanBeTriedAgain) {
+  const Failure::Case taken = Failure::OriginalPathTaken{"/f/a"};
+  const Failure::Case gone = Failure::GoneFromBin{"/home/ada/Trash/a.2"};
+  files.draw("/f/a -> /nowhere");
+  EXPECT_EQ(failure(), taken);
   files.binKnowsItsItems = false;
-  EXPECT_EQ(failureOf([&] { undo(); }), Failure::Case(Failure::GoneFromBin{"/home/ada/Trash/a.2"}));
-  expectUntouched();
-}
-
-TEST_F(PutBack, saysThatTheItemIsGoneBeforeThatItsPlaceIsTaken) {
-  files.draw("/f/a 1 @1");
-  EXPECT_EQ(failureOf([&] { undo(); }), Failure::Case(Failure::OriginalPathTaken{"/f/a"}));
+  EXPECT_EQ(failure(), gone) << "that is said first";
+  files.erase("/f/a");
+  EXPECT_EQ(failure(), gone);
+  files.binKnowsItsItems = true;
+  files.rename("/f", std::string(files.binPath) + "/f");
+  EXPECT_EQ(codeOf([&] { undo(); }), ENOENT) << "its folder is lost";
+  files.rename(std::string(files.binPath) + "/f", "/f");
   expectUntouched();
   EXPECT_TRUE(files.exists("/home/ada/Trash/a.2"));
-
-  files.erase("/home/ada/Trash/a.2");
-  EXPECT_EQ(failureOf([&] { undo(); }), Failure::Case(Failure::GoneFromBin{"/home/ada/Trash/a.2"}));
-  expectUntouched();
+  undo();
+  EXPECT_TRUE(files.exists("/f/a"));
 }
 
-TEST_F(PutBack, doesNotReplaceALinkThatLeadsNowhere) {
-  files.draw("/f/a -> /nowhere");
-  EXPECT_EQ(failureOf([&] { undo(); }), Failure::Case(Failure::OriginalPathTaken{"/f/a"}));
+TEST_F(PutBack, thatTheDiskRefusesLeavesItemAndEntry) {
+  files.before("move /home/ada/Trash/a.2 to /f/a", [&] { files.draw("/f/a 1 @1"); });
+  EXPECT_EQ(codeOf([&] { undo(); }), EEXIST) << "in the last moment";
   files.erase("/f/a");
-  EXPECT_NO_THROW(undo()) << "it can be tried again once the way is clear";
-}
-
-TEST_F(PutBack, thatTheDiskRefusesChangesNothing) {
   files.fail("binned /home/ada/Trash/a.2", EACCES);
   EXPECT_EQ(codeOf([&] { undo(); }), EACCES);
-  expectUntouched();
-}
-
-TEST_F(PutBack, meetsAFileThatAppearsInTheLastMoment) {
-  const std::string move = "move /home/ada/Trash/a.2 to /f/a";
-  files.before(move, [&] { files.draw("/f/a 1 @1"); });
-  EXPECT_EQ(codeOf([&] { undo(); }), EEXIST);
   EXPECT_EQ(storedEntry(), entry);
   EXPECT_TRUE(files.exists("/home/ada/Trash/a.2"));
 }
+
+const char* const refuseUpdates =
+    "CREATE TRIGGER refuse BEFORE UPDATE ON journalEntry BEGIN SELECT RAISE(ABORT, 'no'); END";
 
 TEST(PutBackOverAFailingDatabase, movesNothing) {
   const testing::TemporaryDirectory directory;
   const std::string database = directory.path("tidemar.sqlite");
   BinnedItem world(database);
-  testing::runSQL(database,
-                  "CREATE TRIGGER refuse BEFORE UPDATE ON journalEntry "
-                  "BEGIN SELECT RAISE(ABORT, 'no'); END");
+  testing::runSQL(database, refuseUpdates);
   EXPECT_THROW(world.undo(), DatabaseError);
   world.expectUntouched();
   testing::runSQL(database, "DROP TRIGGER refuse");
@@ -189,11 +159,8 @@ TEST(PutBackOverAFailingDatabase, keepsTheRowOfTheItemInHandAndMovesNoOther) {
   second.name = "b";
   second.binnedPath = "/home/ada/Trash/b";
   second = world.engine.store().insert(second);
-  world.files.before("move /home/ada/Trash/a.2 to /f/a", [&] {
-    testing::runSQL(database,
-                    "CREATE TRIGGER refuse BEFORE UPDATE ON journalEntry "
-                    "BEGIN SELECT RAISE(ABORT, 'no'); END");
-  });
+  world.files.before("move /home/ada/Trash/a.2 to /f/a",
+                     [&] { testing::runSQL(database, refuseUpdates); });
   EXPECT_THROW(world.undo(), DatabaseError);
   EXPECT_TRUE(world.files.exists("/f/a"));
   EXPECT_THROW(world.engine.undo(*second.id, world.now), DatabaseError);

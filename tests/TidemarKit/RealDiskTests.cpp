@@ -5,7 +5,6 @@
 
 #include "Platform/Files/DiskFileManager.h"
 #include "TidemarKit/Engine/Engine.h"
-#include "TidemarKit/TemporaryTag.h"
 #include "support/ScopedEnvironment.h"
 #include "support/SilentMount.h"
 #include "support/TemporaryTree.h"
@@ -130,19 +129,6 @@ TEST(RealDisk, ABindMountOfAPartIsNoRootAndCanBeCleared) {
   const Folder folder = world.temporaryFolder();
   EXPECT_EQ(world.run(folder).journal.size(), 1U);
   EXPECT_FALSE(exists(world.home.url("folder/old")));
-}
-
-TEST(RealDisk, TheTagStandsBesideForeignOnesByteForByte) {
-  RealWorld world;
-  makeTree(world.home.url(), "folder/");
-  const std::vector<std::string> foreign = {"Work", " Red", "", "parent/child", "\xff"};
-  world.disk.openFolder(world.folderURL)->setTagNames(foreign);
-  const Folder folder = world.temporaryFolder();
-  auto expected = foreign;
-  expected.emplace_back(TemporaryTag::name);
-  EXPECT_EQ(world.disk.openFolder(world.folderURL)->tagNames(), expected);
-  world.engine.setTemporary(folder, false, Date{0});
-  EXPECT_EQ(world.disk.openFolder(world.folderURL)->tagNames(), foreign);
 }
 
 TEST(RealDisk, ProtectedRootsAreTheHomeTheMountsAndWhatLinksLeadTo) {

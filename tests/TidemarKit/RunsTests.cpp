@@ -2,6 +2,7 @@
 #include <cerrno>
 #include <functional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -24,7 +25,6 @@ using testing::Lines;
 using testing::namesOf;
 
 constexpr TemporarySettings toBin{0, std::nullopt, false, false, Disposal::bin};
-constexpr TemporarySettings deleting{0, std::nullopt, false, false, Disposal::delete_};
 
 /// A Temporary folder of five items, "a" the oldest, all due by age, and one run of it.
 struct FiveItems : testing::EngineWorld {
@@ -104,6 +104,17 @@ TEST_F(Runs, aStatusReadsInItsOrderAndChangesNothing) {
   EXPECT_EQ(row(folder), folder);
 }
 
+TEST_F(Runs, theNextReadingSeesWhatBecameKnownOrWasForgotten) {
+  files.draw("/f/c/inner/ @103");
+  const auto due = [&] { return namesOf(engine.status(*folder.id, now).dueNow); };
+  EXPECT_EQ(due(), "a b c d e");
+  const Folder inner = engine.addFolder(FileURL("/f/c/inner"), added);
+  files.tags("/f/c/inner") = {std::string(TemporaryTag::name)};
+  EXPECT_EQ(due(), "a b d e") << "it holds a Temporary folder";
+  engine.store().deleteFolder(*inner.id);
+  EXPECT_EQ(due(), "a b c d e");
+}
+
 TEST_F(Runs, theFactsOfTheMomentReachThePlan) {
   useSettings({std::nullopt, std::nullopt, true, false, Disposal::delete_});
   files.capacity = {97, 1000};
@@ -131,37 +142,23 @@ TEST_F(Runs, eachItemIsCheckedJustBeforeItGoesOldestFirst) {
   expectEnded(result);
 }
 
-TEST_F(Runs, theJournalTellsAllOfWhatWentToTheBin) {
+TEST_F(Runs, theJournalTellsAllOfWhatWent) {
   files.draw("/home/ada/Trash/a");
-  TemporarySettings settings = toBin;
-  settings.sizeLimit = 14;
-  useSettings(settings);
+  useSettings({0, 14, false, false, Disposal::bin});
   const RunResult result = run();
-
   ASSERT_EQ(names(result.journal), "a b c d e");
-  EXPECT_EQ(result.journal[0], (JournalEntry{result.journal[0].id,
-                                             *folder.id,
-                                             Disposal::bin,
-                                             "a",
-                                             "/home/ada/Trash/a.2",
-                                             1,
-                                             {Rule::age, Rule::size},
-                                             now,
-                                             std::nullopt}));
-  EXPECT_EQ(result.journal[1], (JournalEntry{result.journal[1].id,
-                                             *folder.id,
-                                             Disposal::bin,
-                                             "b",
-                                             "/home/ada/Trash/b",
-                                             2,
-                                             {Rule::age},
-                                             now,
-                                             std::nullopt}));
+  const RuleSet reasons = {Rule::age, Rule::size};
+  const JournalEntry expected{result.journal[0].id,  *folder.id, Disposal::bin, "a",
+                              "/home/ada/Trash/a.2", 1,          reasons,       now,
+                              std::nullopt};
+  EXPECT_EQ(result.journal[0], expected);
+  EXPECT_EQ(result.journal[1].binnedPath, "/home/ada/Trash/b");
+  EXPECT_EQ(result.journal[1].reasons, RuleSet{Rule::age});
   expectEnded(result);
 }
 
 TEST_F(Runs, deletedItemsHaveNoPlaceInTheBin) {
-  useSettings(deleting);
+  useSettings({0, std::nullopt, false, false, Disposal::delete_});
   const RunResult result = run();
   EXPECT_EQ(files.changes(),
             (Lines{"remove /f/a", "remove /f/b", "remove /f/c", "remove /f/d", "remove /f/e"}));
@@ -172,40 +169,33 @@ TEST_F(Runs, deletedItemsHaveNoPlaceInTheBin) {
   expectEnded(result);
 }
 
+using Change = std::function<void(FiveItems&)>;
+
 TEST(RunsWithNothingToDo, areStillRuns) {
-  struct Case {
-    const char* name;
-    std::function<void(FiveItems&)> arrange;
-    const char* upcoming;
+  const auto set = [](const TemporarySettings& settings) -> Change {
+    return [=](FiveItems& w) { w.useSettings(settings); };
   };
-  for (const Case& c : {
-           Case{"nothing is due",
-                [](auto& w) {
-                  w.useSettings({90, std::nullopt, true, true, Disposal::bin});
-                },
-                "a b c d e"},
-           Case{"no rule is on",
-                [](auto& w) {
-                  w.useSettings({std::nullopt, std::nullopt, false, false, Disposal::bin});
-                },
-                ""},
-           Case{"the tag is gone", [](auto& w) { w.files.tags("/f") = {"tidemar: temporary"}; },
-                ""},
-           Case{"the folder is the root of a volume",
-                [](auto& w) { w.files.volumes = {FileURL("/f")}; }, ""},
-           Case{"the folder is a fixed place of this platform",
-                [](auto& w) { w.files.systemDirectories = {FileURL("/f")}; }, ""},
-           Case{"the folder is the home folder", [](auto& w) { w.files.home = FileURL("/f"); }, ""},
-       }) {
-    SCOPED_TRACE(c.name);
+  const struct {
+    const char* name;
+    Change arrange;
+    const char* upcoming = "";
+  } rows[] = {
+      {"nothing is due", set({90, std::nullopt, true, true, Disposal::bin}), "a b c d e"},
+      {"no rule is on", set({std::nullopt, std::nullopt, false, false, Disposal::bin})},
+      {"the tag is gone", [](auto& w) { w.files.tags("/f") = {"tidemar: temporary"}; }},
+      {"a volume's root", [](auto& w) { w.files.volumes = {FileURL("/f")}; }},
+      {"a fixed place", [](auto& w) { w.files.systemDirectories = {FileURL("/f")}; }},
+      {"the home folder", [](auto& w) { w.files.home = FileURL("/f"); }},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.name);
     FiveItems world;
-    c.arrange(world);
+    row.arrange(world);
     const FolderStatus status = world.engine.status(*world.folder.id, world.now);
     EXPECT_EQ(namesOf(status.dueNow), "");
-    EXPECT_EQ(namesOf(status.upcoming), c.upcoming);
+    EXPECT_EQ(namesOf(status.upcoming), row.upcoming);
     const RunResult result = world.run();
-    EXPECT_EQ(names(result.journal), "");
-    EXPECT_TRUE(result.failures.empty());
+    EXPECT_TRUE(result.journal.empty() && result.failures.empty());
     EXPECT_EQ(world.files.changes(), Lines{});
     world.expectEnded(result);
   }
@@ -229,24 +219,24 @@ TEST(RunsOfAnUnreadableFolder, leaveItAlone) {
 }
 
 TEST(RunsThatMayNotGoOn, endAtTheNextItem) {
-  struct Case {
+  const struct {
     const char* name;
-    std::function<void(FiveItems&)> disturb;
+    Change disturb;
     bool isCutShort = false;
+  } rows[] = {
+      {"the tag was taken off", [](auto& w) { w.files.tags("/f").clear(); }},
+      {"the tags can't be read", [](auto& w) { w.files.fail("tags /f", EIO); }},
+      {"the gate was closed", [](auto& w) { w.gate.close(); }, true},
   };
-  for (const Case& c : {
-           Case{"the tag was taken off", [](auto& w) { w.files.tags("/f").clear(); }},
-           Case{"the tags can't be read", [](auto& w) { w.files.fail("tags /f", EIO); }},
-           Case{"the gate was closed", [](auto& w) { w.gate.close(); }, true},
-       }) {
-    SCOPED_TRACE(c.name);
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.name);
     FiveItems world;
-    world.files.before("trash /f/b", [&] { c.disturb(world); });
+    world.files.before("trash /f/b", [&] { row.disturb(world); });
     const RunResult result = world.run();
     EXPECT_EQ(names(result.journal), "a b");
     EXPECT_TRUE(result.failures.empty());
     EXPECT_EQ(world.files.names("/f"), "e d c");
-    if (c.isCutShort) {
+    if (row.isCutShort) {
       EXPECT_EQ(world.row(world.folder).lastRunAt, world.added) << "the restart rule isn't done";
     } else {
       world.expectEnded(result);
@@ -255,84 +245,70 @@ TEST(RunsThatMayNotGoOn, endAtTheNextItem) {
 }
 
 TEST(RunsOverAFailingItem, reportItAndGoOn) {
-  struct Case {
-    const char* name;
-    std::string item;
-    std::function<void(FiveItems&)> disturb;
-    std::string failure;
-    bool itemStays = true;
-  };
-  const auto set = [](const char* path, std::optional<Date> date) {
+  const auto dated = [](std::optional<Date> date) -> Change {
     return [=](FiveItems& w) {
-      ResourceValues& values = w.files.values(path);
+      ResourceValues& values = w.files.values("/f/b");
       values.addedToDirectoryDate = values.contentModificationDate = date;
     };
   };
-  const auto draw = [](const char* drawing) {
+  const auto draw = [](const char* drawing) -> Change {
     return [=](FiveItems& w) { w.files.draw(drawing); };
   };
-  for (const Case& c : {
-           Case{"edited", "b", set("/f/b", Date{1999}), "changed"},
-           Case{"edited by the least", "b", set("/f/b", Date{102.0000001}), "changed"},
-           Case{"with an older date", "b", set("/f/b", Date{50}), "changed"},
-           Case{"without a date any more", "b", set("/f/b", std::nullopt), "changed"},
-           Case{"hidden meanwhile", "b", [](auto& w) { w.files.values("/f/b").isHidden = true; },
-                "changed"},
-           Case{"replaced by a directory", "b",
-                [](auto& w) {
-                  w.files.erase("/f/b");
-                  w.files.draw("/f/b/ @102\n  new @1999");
-                },
-                "changed"},
-           Case{"with a new file in it", "c", draw("/f/c/new @1999"), "changed"},
-           Case{"with a part that can't be read", "c", draw("/f/c/locked/ unreadable"), "changed"},
-           Case{"gone", "b", [](auto& w) { w.files.erase("/f/b"); }, std::to_string(ENOENT), false},
-           Case{"unreadable", "b", [](auto& w) { w.files.fail("values /f/b", EIO); },
-                std::to_string(EIO)},
-           Case{"that the Bin refuses", "b", [](auto& w) { w.files.fail("trash /f/b", EXDEV); },
-                std::to_string(EXDEV)},
-           Case{"whose place in the Bin isn't told", "b",
-                [](auto& w) {
-                  w.files.before("trash /f/b", [&] { w.files.binTellsPlace = false; });
-                  w.files.before("trash /f/c", [&] { w.files.binTellsPlace = true; });
-                },
-                "missing value", false},
-       }) {
-    SCOPED_TRACE(c.name);
+  const auto fail = [](const char* line, int code) -> Change {
+    return [=](FiveItems& w) { w.files.fail(line, code); };
+  };
+  const struct {
+    const char* name;
+    Change disturb;
+    std::string failure = "changed";
+    std::string item = "b";
+    bool itemStays = true;
+  } rows[] = {
+      {"edited by the least", dated(Date{102.0000001})},
+      {"with an older date", dated(Date{50})},
+      {"without a date any more", dated(std::nullopt)},
+      {"hidden meanwhile", [](auto& w) { w.files.values("/f/b").isHidden = true; }},
+      {"replaced by a directory",
+       [](auto& w) { w.files.erase("/f/b"), w.files.draw("/f/b/ @102\n  new @1999"); }},
+      {"with a new file in it", draw("/f/c/new @1999"), "changed", "c"},
+      {"with a part that can't be read", draw("/f/c/locked/ unreadable"), "changed", "c"},
+      {"gone", [](auto& w) { w.files.erase("/f/b"); }, std::to_string(ENOENT), "b", false},
+      {"unreadable", fail("values /f/b", EIO), std::to_string(EIO)},
+      {"that the Bin refuses", fail("trash /f/b", EXDEV), std::to_string(EXDEV)},
+      {"whose place in the Bin isn't told",
+       [](auto& w) {
+         w.files.before("trash /f/b", [&] { w.files.binTellsPlace = false; });
+         w.files.before("trash /f/c", [&] { w.files.binTellsPlace = true; });
+       },
+       "missing value", "b", false},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.name);
     FiveItems world;
-    world.files.before("trash /f/a", [&] { c.disturb(world); });
+    world.files.before("trash /f/a", [&] { row.disturb(world); });
     const RunResult result = world.run();
     ASSERT_EQ(result.failures.size(), 1U);
-    EXPECT_EQ(result.failures[0].item.url, FileURL("/f/" + c.item));
-    EXPECT_EQ(text(result.failures[0]), c.failure);
-    EXPECT_EQ(names(result.journal), c.item == "b" ? "a c d e" : "a b d e");
-    EXPECT_EQ(world.files.exists("/f/" + c.item), c.itemStays);
+    EXPECT_EQ(result.failures[0].item.url, FileURL("/f/" + row.item));
+    EXPECT_EQ(text(result.failures[0]), row.failure);
+    EXPECT_EQ(names(result.journal), row.item == "b" ? "a c d e" : "a b d e");
+    EXPECT_EQ(world.files.exists("/f/" + row.item), row.itemStays);
     world.expectEnded(result);
   }
 }
 
-TEST_F(Runs, anItemThatOnlyGrewStillGoesAndIsJournaledAsPlanned) {
+TEST_F(Runs, whatTheUserChangesMeanwhileIsNotPutBack) {
   files.before("trash /f/a", [&] { files.values("/f/b").totalFileAllocatedSize = 1000; });
+  files.before("trash /f/c", [&] {
+    engine.store().change(folder.id, [](Folder& changed) { changed.settings.maxAgeDays = 30; });
+  });
   const RunResult result = run();
   ASSERT_EQ(names(result.journal), "a b c d e");
-  EXPECT_EQ(result.journal[1].size, 2);
-}
-
-TEST_F(Runs, rulesThatTheUserChangesMeanwhileAreNotPutBack) {
-  files.before("trash /f/c", [&] {
-    Folder changed = row(folder);
-    changed.settings.maxAgeDays = 30;
-    engine.store().update(changed);
-  });
-  run();
+  EXPECT_EQ(result.journal[1].size, 2) << "one that only grew goes and is journaled as planned";
   EXPECT_EQ(row(folder).settings.maxAgeDays, 30);
   EXPECT_EQ(row(folder).lastRunAt, now);
-}
 
-TEST_F(Runs, aFolderForgottenMeanwhileEndsInAnError) {
   files.before("bootTime", [&] { engine.store().deleteFolder(*folder.id); });
-  useSettings({std::nullopt, std::nullopt, false, false, Disposal::bin});
-  EXPECT_THROW(run(), RecordNotFound);
+  EXPECT_THROW(run(), RecordNotFound) << "it was forgotten";
 }
 
 TEST(RunsOverAFailingDatabase, leaveTheItemThatCouldNotBeRecorded) {
@@ -362,36 +338,24 @@ TEST(RunsOverAFailingDatabase, writeTheRowOfTheItemInHandLaterAndTakeNothingElse
   EXPECT_EQ(names(world.run().journal), "a");
   EXPECT_EQ(world.files.names("/f"), "e d c");
   testing::runSQL(database, "ALTER TABLE hidden RENAME TO journalEntry");
-  EXPECT_EQ(names(world.run().journal), "c d e");
+  testing::runSQL(database,
+                  "CREATE TRIGGER refuse BEFORE UPDATE ON folder "
+                  "BEGIN SELECT RAISE(ABORT, 'no'); END");
+  EXPECT_THROW(world.run(), DatabaseError) << "the end can't be written";
+  EXPECT_EQ(world.files.names("/f"), "");
   EXPECT_EQ(world.engine.store().journalOfFolder(*world.folder.id).size(), 5U);
 }
 
 TEST(RunsOverAFailingDatabase, touchNothingWhereTheDatabaseCannotBeWritten) {
-  struct Row {
-    const char* name;
-    long systemCall;
-    int code;
-  };
-  for (const Row& row : {Row{"a full disk", SYS_pwrite64, ENOSPC},
-                         Row{"a disk that can only be read by now", SYS_openat, EROFS}}) {
+  // A full disk, and one that can only be read by now.
+  for (const auto& [call, code] : {std::pair{SYS_pwrite64, ENOSPC}, {SYS_openat, EROFS}}) {
     const testing::TemporaryDirectory directory;
     FiveItems world(directory.path("tidemar.sqlite"));
-    testing::withFailingSystemCall(row.systemCall, row.code,
-                                   [&] { EXPECT_THROW(world.run(), DatabaseError) << row.name; });
-    EXPECT_EQ(world.files.changes(), Lines{}) << row.name;
+    testing::withFailingSystemCall(call, code,
+                                   [&] { EXPECT_THROW(world.run(), DatabaseError) << code; });
+    EXPECT_EQ(world.files.changes(), Lines{}) << code;
     world.expectEnded(world.run());
   }
-}
-
-TEST(RunsOverAFailingDatabase, keepTheJournalWhereTheEndCannotBeWritten) {
-  const testing::TemporaryDirectory directory;
-  const std::string database = directory.path("tidemar.sqlite");
-  FiveItems world(database);
-  testing::runSQL(database,
-                  "CREATE TRIGGER refuse BEFORE UPDATE ON folder "
-                  "BEGIN SELECT RAISE(ABORT, 'no'); END");
-  EXPECT_THROW(world.run(), DatabaseError);
-  EXPECT_EQ(world.engine.store().journalOfFolder(*world.folder.id).size(), 5U);
 }
 
 TEST_F(Runs, theLogCountsAndNamesNoFile) {

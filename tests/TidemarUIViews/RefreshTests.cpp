@@ -11,6 +11,7 @@
 
 #include "TidemarUI/State/Labels.h"
 #include "TidemarUI/Views/FolderDetailView.h"
+#include "TidemarUI/Views/Icons.h"
 #include "TidemarUI/Views/MainView.h"
 #include "TidemarUI/Views/MenuBarView.h"
 #include "TidemarUI/Views/NumberFieldView.h"
@@ -168,6 +169,13 @@ TEST(Refresh, TheSidebarFollowsAnyChangeOfItsRowsAndKeepsTheirIndexes) {
     }
     before = rows;
   }
+}
+
+TEST(Refresh, AFoldersPictureIsRenderedOnceForAllPages) {
+  const auto rendered = [](const char* path) {
+    return icons::folder(path).pixmap(QSize(32, 32)).cacheKey();
+  };
+  EXPECT_EQ(rendered("/first"), rendered("/second"));
 }
 
 TEST(Refresh, AThousandFoldersAreWalkedThroughThoughFewHaveARow) {

@@ -265,7 +265,9 @@ class FakeFileManager::Folder final : public OpenFolder {
     node("tag").tags.assign(tags.begin(), tags.end());
   }
 
-  void setOtherFolders(std::vector<KnownFolder> others) override { _others = std::move(others); }
+  void setKnownFolders(std::shared_ptr<const KnownFolders> known) override {
+    _known = std::move(known);
+  }
 
   void giveBackTaken() override { _disk.begin("giveBack " + path(), _url); }
 
@@ -338,7 +340,7 @@ class FakeFileManager::Folder final : public OpenFolder {
     const auto isThis = [&](const KnownFolder& other) {
       return identityIn(other.bookmark) == entry.identity || other.path == entry.path();
     };
-    if (std::ranges::any_of(_others, isThis)) visitor.knownFolder(entry.tags);
+    if (std::ranges::any_of(_known->all(), isThis)) visitor.knownFolder(entry.tags);
     if (depth == 0) {
       try {
         _disk.begin("walk " + entry.path());
@@ -363,7 +365,7 @@ class FakeFileManager::Folder final : public OpenFolder {
   const FakeFileManager& _disk;
   std::uint64_t _identity;
   FileURL _url;
-  std::vector<KnownFolder> _others;
+  std::shared_ptr<const KnownFolders> _known = std::make_shared<KnownFolders>();
 };
 
 std::string FakeFileManager::canonicalPath(const FileURL& url) const {

@@ -2,14 +2,22 @@
 """Kills the program at each of its calls of the file system and the database, and at any moment, and looks at
 what the next start makes of it."""
 
+import os
+
 from machine import mounts
-from machine.canary import COPY, FAR_FUTURE, FEW_KEPT, TREE, File, World
+from machine.canary import COPY, FAR_FUTURE, FEW_KEPT, REMAINS, TREE, File, World, puts_back
 from machine.report import Report
 
 
 def killed(world, operation, how):
     with world.prepared(operation) as perform:
-        return world.problems_after(perform(**how), operation)
+        problems = world.problems_after(perform(**how), operation)
+        if puts_back(operation):
+            # Another try opens the Bin, and lays back what had been taken there.
+            world.undo()
+            problems += world.check(is_undoing=True, may_wait=True)
+            problems += [f"left in the Bin: {name}" for name in os.listdir(world.trash) if name.startswith(REMAINS)]
+        return problems
 
 
 def kills(report, world, name, operation):

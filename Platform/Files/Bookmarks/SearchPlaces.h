@@ -31,7 +31,7 @@ class SearchPlaces {
  private:
   FileURL _old;
   std::vector<Mount> _mounts;
-  AnsweringPaths _paths;
+  mutable AnsweringPaths _paths;  ///< Remembers what it met on the way.
   std::set<std::string> _mountPoints;
 };
 

@@ -66,23 +66,34 @@ int giveBack(int directory, const std::string& path, int folder, const std::stri
   return code;
 }
 
-bool giveBackLeft(int folder, const std::string& name) try {
-  const auto left = PrivateDirectory::openLeft(folder, name);
+bool giveBackLeft(int above, const std::string& name, int target) try {
+  const auto left = PrivateDirectory::openLeft(above, name);
   if (!left) return false;
   bool hasComeBack = false;
   // The innermost first, since each lies in one that has to be whole before it goes on.
   for (std::size_t number = left->placeCount(); number-- > 0;) {
-    const FileDescriptor above = directoryOutOf(*left, number);
+    const FileDescriptor outer = directoryOutOf(*left, number);
     for (const Left& entry : entriesOfPlace(*left, number)) {
       const std::string path = PrivateDirectory::inPlace(number, entry.name);
-      const int target = above ? above.get() : folder;
-      hasComeBack = giveBack(left->descriptor(), path, target, entry.name) == 0 || hasComeBack;
+      const int place = outer ? outer.get() : target;
+      hasComeBack = giveBack(left->descriptor(), path, place, entry.name) == 0 || hasComeBack;
     }
   }
   return hasComeBack;
 } catch (const std::system_error&) {
   // What can't be read waits for the next opening of the folder.
   return false;
+}
+
+void giveBackAllLeft(int above, int target) try {
+  FileDescriptor directory;
+  if (openDirectory(above, ".", directory) != 0) return;
+  for (const Left& entry : entriesOf(directory)) {
+    if (PrivateDirectory::isName(entry.name, PrivateDirectory::Kind::taken))
+      giveBackLeft(above, entry.name, target);
+  }
+} catch (const std::system_error&) {
+  // See above.
 }
 
 }  // namespace tidemar

@@ -15,9 +15,14 @@ int giveBack(int directory, const std::string& path, int folder, const std::stri
 /// The name beside which an item comes back at this attempt, the first being 2: at most 255 bytes.
 std::string nameBeside(std::string_view name, unsigned attempt);
 
-/// Lays back all that a run that is no more had taken out of an open folder into the directory of
-/// this name: an item that was being deleted as what is left of it. One that a run is using, and
-/// one that isn't surely the program's own, is left alone. Answers whether anything came back.
-bool giveBackLeft(int folder, const std::string& name);
+/// Lays back into the open directory `target` all that a process that is no more had taken into the
+/// private directory of this name in `above`: an item that was being deleted as what is left of it.
+/// One that is in use, and one that isn't surely the program's own, is left alone. Answers whether
+/// anything came back.
+bool giveBackLeft(int above, const std::string& name, int target);
+
+/// Does so with every such directory in `above`, an open Trash; what can't be read waits for the
+/// next time.
+void giveBackAllLeft(int above, int target);
 
 }  // namespace tidemar

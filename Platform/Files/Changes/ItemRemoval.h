@@ -1,11 +1,8 @@
 #pragma once
 
-#include <optional>
-#include <string>
-
-#include "Platform/Files/Changes/PrivateDirectory.h"
+#include "Platform/Files/Changes/FolderBin.h"
+#include "Platform/Files/Changes/TakenDeletion.h"
 #include "Platform/Files/ItemState.h"
-#include "Platform/Files/Trash/FolderBin.h"
 #include "Platform/Files/Walk/KeptDirectories.h"
 #include "TidemarCore/FileURL.h"
 
@@ -18,8 +15,7 @@ namespace tidemar {
 class ItemRemoval {
  public:
   /// `folder` and `kept` are borrowed.
-  ItemRemoval(int folder, const KeptDirectories& kept)
-      : _folder(folder), _kept(kept), _bin(folder) {}
+  ItemRemoval(int folder, const KeptDirectories& kept);
 
   /// See OpenFolder::trashItem. `url` is where the item lies now.
   FileURL trash(const ItemState& item, const FileURL& url);
@@ -28,15 +24,10 @@ class ItemRemoval {
   void remove(const ItemState& item, const FileURL& url);
 
  private:
-  bool isUnchanged(const ItemState& item, int directory, const std::string& name,
-                   const FileURL& url) const;
-  int takeForDeletion(const ItemState& item);
-  int checkTaken(const ItemState& item, const FileURL& url) const;
-
   int _folder;
   const KeptDirectories& _kept;
   FolderBin _bin;
-  std::optional<PrivateDirectory> _taken;  ///< Made when the first item is to be deleted.
+  TakenDeletion _deletion;
 };
 
 }  // namespace tidemar

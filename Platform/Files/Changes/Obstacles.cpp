@@ -29,8 +29,9 @@ int whatKeeps(const EntryValues& entry, const Holder& holder) {
 
 }  // namespace
 
-Obstacles::Obstacles(int folder, const EntryValues& folderValues, Disposal disposal)
-    : _disposal(disposal), _holders{holderOf(folder, "", folderValues)} {}
+Holder holderOf(int directory, const EntryValues& values) {
+  return holderOf(directory, "", values);
+}
 
 void Obstacles::look(const WalkedEntry& entry) {
   const bool isItem = entry.depth == 0;
@@ -55,8 +56,7 @@ void Obstacles::failed(int code) {
   if (code == EXDEV || code == EBUSY || _disposal == Disposal::delete_) note(code);
 }
 
-PlatformError obstacleError(Disposal disposal, const FileURL& url, int code) {
-  const std::string operation = operationOf(disposal);
+PlatformError obstacleError(const std::string& operation, const FileURL& url, int code) {
   switch (code) {
     case EXDEV:
       return {operation, url, code, "it holds another volume"};

@@ -16,13 +16,16 @@ struct Holder {
   bool keepsOfOthers = false;  ///< Only what is this user's own may go.
 };
 
+/// Of an open directory.
+Holder holderOf(int directory, const EntryValues& values);
+
 /// Looks through one item, as a reading delivers it, for what would stop it on its way out. To the
 /// Bin it goes by one rename, for which its own place and rights count; a deletion takes each
 /// entry.
 class Obstacles {
  public:
-  /// For the next item of an open folder.
-  Obstacles(int folder, const EntryValues& folderValues, Disposal disposal);
+  /// For the next item of a folder.
+  Obstacles(const Holder& folder, Disposal disposal) : _disposal(disposal), _holders{folder} {}
 
   /// Each entry, the item itself first, at depth 0.
   void look(const WalkedEntry& entry);
@@ -41,8 +44,8 @@ class Obstacles {
   int _code = 0;
 };
 
-/// What an obstacle's error is: a sentence of its own for what the system's text wouldn't tell.
-PlatformError obstacleError(Disposal disposal, const FileURL& url, int code);
+/// What an obstacle's error is: with a reason of our own where the system's text wouldn't tell.
+PlatformError obstacleError(const std::string& operation, const FileURL& url, int code);
 
 /// The verb of the sentences about this way out.
 std::string operationOf(Disposal disposal);

@@ -4,6 +4,7 @@
 #include <optional>
 #include <utility>
 
+#include "Platform/Files/Changes/GiveBack.h"
 #include "Platform/Files/Changes/PutBackByCopy.h"
 #include "Platform/Files/Descriptors/EntryValues.h"
 #include "Platform/Files/Descriptors/Rename.h"
@@ -66,7 +67,9 @@ class DiskBinnedItem : public BinnedItem {
     } else {
       checkWhatCame();
     }
-    forgetTrashedItem(_trash.trash.get(), _trash.info.get(), _item.name, _record);
+    // What was saved over it in the Bin meanwhile lies there under the same record.
+    if (readEntryValues(_item.directory, _item.name.c_str(), values) == ENOENT)
+      forgetTrashedItem(_trash.trash.get(), _trash.info.get(), _item.name, _record);
   }
 
  private:
@@ -116,6 +119,7 @@ std::unique_ptr<BinnedItem> openBinnedItem(const FileURL& place, const std::stri
   placeOutsideTrash(folder, folderURL);
   std::optional<TrashDirectory> trash = findTrash(place.deletingLastPathComponent());
   if (!trash) return nullptr;
+  giveBackAllLeft(trash->trash.get(), trash->files.get());
 
   EntryValues values{};
   const int code = readEntryValues(trash->files.get(), binnedName.c_str(), values);
@@ -126,7 +130,7 @@ std::unique_ptr<BinnedItem> openBinnedItem(const FileURL& place, const std::stri
   const auto path = pathInTrashRecord(*record);
   if (!path || !isRecordOf(*trash, *path, name, folder)) return nullptr;
 
-  FoundEntry item{trash->files.get(), binnedName, entryIdentity(values), place};
+  FoundEntry item{trash->trash.get(), trash->files.get(), binnedName, entryIdentity(values), place};
   return std::make_unique<DiskBinnedItem>(*std::move(trash), std::move(item), changeTime(values),
                                           *std::move(record), folder,
                                           folderURL.appendingPathComponent(name));

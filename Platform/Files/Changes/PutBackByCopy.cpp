@@ -9,10 +9,10 @@
 
 #include "Platform/Files/Changes/CopyComparison.h"
 #include "Platform/Files/Changes/CopyItem.h"
-#include "Platform/Files/Changes/Deletion.h"
 #include "Platform/Files/Changes/LeftCopy.h"
 #include "Platform/Files/Changes/Obstacles.h"
 #include "Platform/Files/Changes/PrivateDirectory.h"
+#include "Platform/Files/Changes/TakenDeletion.h"
 #include "Platform/Files/Descriptors/EntryValues.h"
 #include "Platform/Files/Descriptors/Rename.h"
 #include "Platform/Files/OpenFolder.h"
@@ -29,13 +29,8 @@ constexpr timespec clockStep{.tv_sec = 0, .tv_nsec = 5'000'000};
 
 constexpr const char* andIsCopied = "; a copy of it lies in the folder";
 
-[[noreturn]] void failChanged(const FileURL& url, const std::string& addition = {}) {
-  throw ItemChanged(putBackOperation, url, ESTALE, "it changed meanwhile" + addition);
-}
-
-[[noreturn]] void failObstructed(const FileURL& url, int code, const std::string& addition = {}) {
-  const std::string reason = obstacleError(Disposal::delete_, url, code).reason();
-  throw PlatformError(putBackOperation, url, code, reason + addition);
+[[noreturn]] void failChanged(const FileURL& url) {
+  throw ItemChanged(putBackOperation, url, ESTALE, "it changed meanwhile");
 }
 
 ItemState stateOf(int directory, const std::string& path, const FileURL& url,
@@ -60,10 +55,10 @@ ItemState lookAt(const FoundEntry& original) {
   EntryValues directory{};
   if (const int code = readEntryValues(original.directory, "", directory); code != 0)
     throw PlatformError(putBackOperation, original.url, code);
-  Obstacles obstacles(original.directory, directory, Disposal::delete_);
+  Obstacles obstacles(holderOf(original.directory, directory), Disposal::delete_);
   ItemState item = stateOf(original.directory, original.name, original.url, &obstacles);
   if (item.root != original.identity) failChanged(original.url);
-  if (obstacles.code() != 0) failObstructed(original.url, obstacles.code());
+  if (obstacles.code() != 0) throw obstacleError(putBackOperation, original.url, obstacles.code());
   waitPast(item.latestChange, original.url);
   return item;
 }
@@ -129,6 +124,15 @@ class Copy {
   EntryIdentity _identity;
 };
 
+void deleteOriginal(const FoundEntry& original, const ItemState& item) try {
+  const KeptDirectories kept;
+  TakenDeletion(original.directory, original.trash, kept, putBackOperation).run(item, original.url);
+} catch (const ItemChanged& error) {
+  throw ItemChanged(putBackOperation, original.url, error.code(), error.reason() + andIsCopied);
+} catch (const PlatformError& error) {
+  throw PlatformError(putBackOperation, original.url, error.code(), error.reason() + andIsCopied);
+}
+
 }  // namespace
 
 PlatformError placeError(const FileURL& item, const FileURL& target, int code) {
@@ -152,9 +156,7 @@ void putBackByCopy(const FoundEntry& original, int folder, const FileURL& target
   // nor its name.
   if (fsync(folder) != 0) throw PlatformError(putBackOperation, original.url, errno);
   placeOutsideTrash(folder, target.deletingLastPathComponent());
-  const int code = Deletion(nullptr, original.directory, item).run();
-  if (code == ESTALE) failChanged(original.url, andIsCopied);
-  if (code != 0) failObstructed(original.url, code, andIsCopied);
+  deleteOriginal(original, item);
 }
 
 }  // namespace tidemar

@@ -8,9 +8,10 @@
 
 namespace tidemar {
 
-/// An entry of an open directory as it was found.
+/// An item of an open Trash as it was found.
 struct FoundEntry {
-  int directory;  ///< Borrowed.
+  int trash;      ///< The Trash's directory. Borrowed, as the next.
+  int directory;  ///< Its directory `files`.
   std::string name;
   EntryIdentity identity;
   FileURL url;  ///< Where it lies.
@@ -22,11 +23,12 @@ inline constexpr const char* putBackOperation = "put back";
 /// Why an item could not be brought to its place.
 PlatformError placeError(const FileURL& item, const FileURL& target, int code);
 
-/// Moves an entry to a name in an open folder on another file system, where nothing lies yet:
-/// copies it with all its metadata into a private directory of that folder, has the copy written to
-/// the disk, compares it, brings it to its place in one step, and only then deletes the original,
-/// entry by entry and none that changed meanwhile. What holds a mount or a subvolume, is being
-/// written to or couldn't be deleted afterwards is refused before anything is copied.
+/// Moves an item to a name in an open folder on another file system, where nothing lies yet: copies
+/// it with all its metadata into a private directory of that folder, has the copy written to the
+/// disk, compares it, brings it to its place in one step, and only then takes the original into a
+/// private directory of the Trash and deletes it, entry by entry and none that changed meanwhile.
+/// What holds a mount or a subvolume, is being written to or couldn't be deleted afterwards is
+/// refused before anything is copied.
 ///
 /// Throws PlatformError, ItemChanged where the original changed. Then the original is where it was
 /// and nothing is at the new place, but for what fails behind that one step (the folder can't be

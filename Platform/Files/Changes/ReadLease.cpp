@@ -28,9 +28,9 @@ int ReadLease::open(int directory, const char* name) noexcept {
   _isHeld = false;
   _file = FileDescriptor(openat(directory, name, flags));
   if (!_file) return 0;
-  // Who wants to write while the lease is held has the kernel send a signal, by default one that
-  // ends the process; this one is ignored by default.
-  fcntl(_file.get(), F_SETSIG, SIGURG);
+  // Who wants to write while a lease is held has the kernel send a signal, which by default ends
+  // the process.
+  [[maybe_unused]] static const auto before = std::signal(SIGIO, SIG_IGN);
   _isHeld = fcntl(_file.get(), F_SETLEASE, F_RDLCK) == 0;
   return !_isHeld && errno == EAGAIN && !answersForServer(_file.get()) ? ETXTBSY : 0;
 }

@@ -8,6 +8,8 @@ namespace tidemar {
 /// which the kernel refuses while anyone has the file open for writing or mapped writable, and for
 /// which it lets a later writer wait until the lease ends with this object.
 ///
+/// The first one has the whole process ignore SIGIO, by which the kernel tells of such a writer.
+///
 /// Where no lease can tell (a file that can't be read or is another user's, a file system that has
 /// none or answers for its server) there is none: then the dates of the file have to do.
 class ReadLease {

@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <climits>
 #include <cstddef>
+#include <utility>
 
 #include <fcntl.h>
 #include <linux/openat2.h>
@@ -40,10 +41,21 @@ AnsweringPaths::AnsweringPaths(const std::vector<Mount>& mounts, const FileURL& 
   }
 }
 
-FileDescriptor AnsweringPaths::open(const FileURL& directory) const {
+std::optional<DirectoryIdentity> AnsweringPaths::identityAt(const FileURL& place) {
+  const auto path = withoutLinks(place);
+  return path ? entryAt(*path).directory : std::nullopt;
+}
+
+FileDescriptor AnsweringPaths::open(const FileURL& directory) {
+  const auto path = withoutLinks(directory);
+  return path ? openWithoutLinks(*path) : FileDescriptor();
+}
+
+/// The path of the directory at a place; none where there is none or it can't be reached.
+std::optional<std::string> AnsweringPaths::withoutLinks(const FileURL& place) {
   // Component by component, so that a link is looked at before it is followed.
   std::string path;
-  std::string rest = directory.path();
+  std::string rest = place.path();
   for (int links = 0; !rest.empty() && links <= mostLinks;) {
     const std::size_t end = std::min(rest.find('/'), rest.size());
     const std::string name = rest.substr(0, end);
@@ -53,20 +65,34 @@ FileDescriptor AnsweringPaths::open(const FileURL& directory) const {
       path.resize(std::min(path.rfind('/'), path.size()));
       continue;
     }
-    const std::string next = path + "/" + name;
-    if (_forbidden.contains(next)) return {};
-    std::array<char, PATH_MAX> target{};
-    const ssize_t size = readlink(next.c_str(), target.data(), target.size());
-    if (size < 0) {
-      if (errno != EINVAL) return {};
-      path = next;  // It is no link.
+    std::string next = path + "/" + name;
+    if (_forbidden.contains(next)) return std::nullopt;
+    const Entry& entry = entryAt(next);
+    if (entry.directory) {
+      path = std::move(next);
       continue;
     }
+    if (entry.target.empty()) return std::nullopt;
     ++links;
-    rest.insert(0, std::string(target.data(), static_cast<std::size_t>(size)) + "/");
+    rest.insert(0, entry.target + "/");
     if (rest.starts_with('/')) path.clear();
   }
-  return rest.empty() ? openWithoutLinks(path.empty() ? "/" : path) : FileDescriptor();
+  if (!rest.empty()) return std::nullopt;
+  return path.empty() ? "/" : path;
+}
+
+const AnsweringPaths::Entry& AnsweringPaths::entryAt(const std::string& path) {
+  const auto [place, isNew] = _met.try_emplace(path);
+  Entry& entry = place->second;
+  EntryValues values{};
+  if (!isNew || readEntryValues(AT_FDCWD, path.c_str(), values) != 0) return entry;
+  if (isDirectory(values)) entry.directory = identityOf(values);
+  if (S_ISLNK(values.stx_mode)) {
+    std::array<char, PATH_MAX> target{};
+    const ssize_t size = readlink(path.c_str(), target.data(), target.size());
+    if (size > 0) entry.target.assign(target.data(), static_cast<std::size_t>(size));
+  }
+  return entry;
 }
 
 bool leadsThrough(const FileURL& place, const std::string& directory) {

@@ -4,6 +4,7 @@
 #include <array>
 #include <cerrno>
 #include <charconv>
+#include <optional>
 #include <utility>
 
 #include <fcntl.h>
@@ -121,17 +122,19 @@ bool hasChanged(const FileDescriptor& table) {
 
 }  // namespace
 
-const std::vector<Mount>& MountTableReader::mounts() {
+Mounts MountTableReader::mounts() {
+  const std::lock_guard lock(_mutex);
   if (!_table) _table = FileDescriptor(open(tablePath, O_RDONLY | O_CLOEXEC));
   if (!_table) throw unreadable(errno);
   // Asked before the reading: a change during it is then seen by the next call.
   if (hasChanged(_table)) _mounts.reset();
-  if (!_mounts) _mounts = parseMountTable(textOf(_table));
-  return *_mounts;
+  if (!_mounts)
+    _mounts = std::make_shared<const std::vector<Mount>>(parseMountTable(textOf(_table)));
+  return _mounts;
 }
 
 std::vector<Mount> readMountTable() {
-  return MountTableReader().mounts();
+  return *MountTableReader().mounts();
 }
 
 std::vector<Mount> parseMountTable(std::string_view text) {

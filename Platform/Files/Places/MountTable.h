@@ -1,7 +1,8 @@
 #pragma once
 
 #include <cstdint>
-#include <optional>
+#include <memory>
+#include <mutex>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -25,18 +26,19 @@ struct Mount {
   friend bool operator==(const Mount&, const Mount&) = default;
 };
 
-/// Knows the mounts, and asks the kernel for them again only when they have changed. For one
-/// thread.
+using Mounts = std::shared_ptr<const std::vector<Mount>>;
+
+/// Knows the mounts, and asks the kernel for them again only when they have changed. Any thread.
 class MountTableReader {
  public:
-  /// The mounts as they are at this call, in the order in which they were made; valid until the
-  /// next call. Touches none of them, so that one that doesn't answer holds nothing up. Throws
-  /// PlatformError.
-  const std::vector<Mount>& mounts();
+  /// The mounts as they are at this call, in the order in which they were made. Touches none of
+  /// them, so that one that doesn't answer holds nothing up. Throws PlatformError.
+  Mounts mounts();
 
  private:
+  std::mutex _mutex;
   FileDescriptor _table;
-  std::optional<std::vector<Mount>> _mounts;
+  Mounts _mounts;
 };
 
 /// The mounts read once, as above.

@@ -6,8 +6,6 @@
 
 #include <sys/statvfs.h>
 
-#include "Platform/Files/Places/MountTable.h"
-
 namespace tidemar {
 namespace {
 
@@ -40,9 +38,9 @@ VolumeCapacity readVolumeCapacity(int directory, const FileURL& url) {
   return capacityOf(volume);
 }
 
-std::vector<FileURL> readMountedVolumeURLs() {
+std::vector<FileURL> volumeURLs(const std::vector<Mount>& mounts) {
   std::vector<FileURL> volumes;
-  for (const Mount& mount : readMountTable()) {
+  for (const Mount& mount : mounts) {
     if (mount.isVolume) volumes.emplace_back(mount.mountPoint);
   }
   return volumes;

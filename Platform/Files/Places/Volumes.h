@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "Platform/Files/FileManager.h"
+#include "Platform/Files/Places/MountTable.h"
 
 namespace tidemar {
 
@@ -14,6 +15,6 @@ VolumeCapacity readVolumeCapacity(const FileURL& url);
 VolumeCapacity readVolumeCapacity(int directory, const FileURL& url);
 
 /// See FileManager::mountedVolumeURLs.
-std::vector<FileURL> readMountedVolumeURLs();
+std::vector<FileURL> volumeURLs(const std::vector<Mount>& mounts);
 
 }  // namespace tidemar

@@ -65,12 +65,12 @@ FileDescriptor openOwnDirectory(int parent, const std::string& name, const FileU
 TrashDirectory openTrash(int parent, const std::string& name, const FileURL& url, Missing missing) {
   TrashDirectory result;
   result.trash = openOwnDirectory(parent, name, url, missing);
-  const FileURL place = pathOfDescriptor(result.trash.get(), url, useOperation);
-  const FileURL above = place.deletingLastPathComponent();
+  result.url = pathOfDescriptor(result.trash.get(), url, useOperation);
+  const FileURL above = result.url.deletingLastPathComponent();
   result.topURL =
       above.lastPathComponent() == sharedName ? above.deletingLastPathComponent() : above;
-  result.filesURL = place.appendingPathComponent("files");
-  result.infoURL = place.appendingPathComponent("info");
+  result.filesURL = result.url.appendingPathComponent("files");
+  result.infoURL = result.url.appendingPathComponent("info");
   result.files = openOwnDirectory(result.trash.get(), "files", result.filesURL, missing);
   result.info = openOwnDirectory(result.trash.get(), "info", result.infoURL, missing);
 

@@ -12,9 +12,10 @@ namespace tidemar {
 /// One Trash of this user by the freedesktop Trash specification, open. Its directories are real
 /// ones that belong to this user.
 struct TrashDirectory {
+  FileURL url;           ///< Absolute and without links, as the next three.
   FileURL topURL;        ///< The directory from which relative paths in its records go out.
-  FileURL filesURL;      ///< Where the items lie: absolute and without links.
-  FileURL infoURL;       ///< Where their records lie, the same way.
+  FileURL filesURL;      ///< Where the items lie.
+  FileURL infoURL;       ///< Where their records lie.
   FileDescriptor trash;  ///< All three opened as places to work from.
   FileDescriptor files;
   FileDescriptor info;

@@ -14,20 +14,22 @@
 namespace tidemar {
 
 /// Reads top-level entries of an open directory, each with all that lies in it, in one pass. Who
-/// needs only some of what a reading tells leaves out the visitor or the obstacles.
+/// needs only some of what a reading tells leaves out the visitor or the obstacles. For one thread.
 class FolderReading : private WalkHandler {
  public:
   /// `directory` is open for reading and is borrowed, as `kept` is. `url` is for messages.
+  /// Throws PlatformError where the directory's own values can't be read.
   FolderReading(int directory, const FileURL& url, const KeptDirectories& kept,
                 HiddenNames hiddenNames);
+  FolderReading(const FolderReading&) = delete;
+  FolderReading& operator=(const FolderReading&) = delete;
 
   /// Tells the visitor of every entry; of its name too, before anything is read of it. Throws
   /// PlatformError as OpenFolder::read does.
   void readAll(TreeVisitor& visitor, const std::function<void(const char*)>& onName);
 
-  /// Reads one entry, with its values already known to be hidden or not. Throws PlatformError,
-  /// ENOENT where there is none. The identity and the state of its tree are answered without
-  /// obstacle.
+  /// Reads one entry by its path from the directory, known to be hidden or not. Answers no
+  /// obstacle. Throws PlatformError, ENOENT where there is none.
   ItemState readOne(const std::string& name, bool isHidden, TreeVisitor* visitor,
                     Obstacles* obstacles);
 
@@ -42,7 +44,7 @@ class FolderReading : private WalkHandler {
   void tellTags(int directory);
 
   int _directory;
-  const FileURL& _url;
+  FileURL _url;
   const KeptDirectories& _kept;
   DirectoryIdentity _identity;
   TreeWalk _walk;

@@ -5,7 +5,6 @@
 
 #include <unistd.h>
 
-#include "Platform/Files/Places/AnsweringPaths.h"
 #include "Platform/Files/Places/StandardDirectories.h"
 #include "Platform/Files/Places/SystemDirectories.h"
 
@@ -17,18 +16,13 @@ bool KeptDirectories::isFixed(const EntryValues& directory, std::string_view nam
   return fixedPlaces.contains({identity.device, identity.inode});
 }
 
-std::set<std::pair<std::uint64_t, std::uint64_t>> identitiesOfFixedPlaces(
-    const std::vector<Mount>& mounts, const FileURL& folder) {
+std::set<std::pair<std::uint64_t, std::uint64_t>> identitiesOfFixedPlaces(AnsweringPaths& paths) {
   std::vector<FileURL> places = systemDirectoryURLs();
   places.push_back(StandardDirectories::home());
-  const AnsweringPaths paths(mounts, folder);
   std::set<std::pair<std::uint64_t, std::uint64_t>> identities;
   for (const FileURL& place : places) {
-    const FileDescriptor directory = paths.open(place);
-    EntryValues values{};
-    if (!directory || readEntryValues(directory.get(), "", values) != 0) continue;
-    const DirectoryIdentity identity = identityOf(values);
-    identities.emplace(identity.device, identity.inode);
+    if (const auto identity = paths.identityAt(place))
+      identities.emplace(identity->device, identity->inode);
   }
   return identities;
 }

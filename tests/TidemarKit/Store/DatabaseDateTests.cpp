@@ -1,5 +1,6 @@
 #include <cmath>
 #include <limits>
+#include <utility>
 
 #include <gtest/gtest.h>
 
@@ -10,29 +11,25 @@ namespace tidemar {
 namespace {
 
 TEST(DatabaseDate, writesTheLastWholeMillisecondInUTC) {
-  const struct {
-    const char* name;
-    double date;
-    const char* text;
-  } rows[] = {
-      {"the epoch", 0, "1970-01-01 00:00:00.000"},
-      {"a present day", 1763763095.25, "2025-11-21 22:11:35.250"},
-      {"a whole millisecond that multiplying would miss", 1.001, "1970-01-01 00:00:01.001"},
-      {"one step below a millisecond that multiplying would reach", std::nextafter(99195113.658, 0),
-       "1973-02-22 02:11:53.657"},
-      {"finer parts never make it later", 1763763095.9999, "2025-11-21 22:11:35.999"},
-      {"one step below a second", std::nextafter(1763763096.0, 0), "2025-11-21 22:11:35.999"},
-      {"a millisecond before 1970", -0.001, "1969-12-31 23:59:59.999"},
-      {"less than a millisecond before 1970", -0.0001, "1969-12-31 23:59:59.999"},
-      {"whole seconds before 1970", -86400, "1969-12-31 00:00:00.000"},
-      {"a leap day", 1709164800, "2024-02-29 00:00:00.000"},
-      {"a century without a leap day", 951782400 + 86400.0 * 365.25 * 100,
-       "2100-03-01 00:00:00.000"},
-      {"the first instant", -62167219200, "0000-01-01 00:00:00.000"},
-      {"the last millisecond", 253402300799.9999, "9999-12-31 23:59:59.999"},
+  const std::pair<double, const char*> rows[] = {
+      {0, "1970-01-01 00:00:00.000"},
+      {1763763095.25, "2025-11-21 22:11:35.250"},
+      // Whole milliseconds, which multiplying would miss or reach.
+      {1.001, "1970-01-01 00:00:01.001"},
+      {std::nextafter(99195113.658, 0), "1973-02-22 02:11:53.657"},
+      // What is finer never makes it later.
+      {1763763095.9999, "2025-11-21 22:11:35.999"},
+      {std::nextafter(1763763096.0, 0), "2025-11-21 22:11:35.999"},
+      {-0.001, "1969-12-31 23:59:59.999"},
+      {-0.0001, "1969-12-31 23:59:59.999"},
+      {-86400, "1969-12-31 00:00:00.000"},
+      {1709164800, "2024-02-29 00:00:00.000"},
+      {4107542400, "2100-03-01 00:00:00.000"},
+      {-62167219200, "0000-01-01 00:00:00.000"},
+      {253402300799.9999, "9999-12-31 23:59:59.999"},
   };
-  for (const auto& row : rows)
-    EXPECT_EQ(DatabaseDate::text(Date{row.date}), row.text) << row.name;
+  for (const auto& [date, text] : rows)
+    EXPECT_EQ(DatabaseDate::text(Date{date}), text);
 }
 
 TEST(DatabaseDate, refusesDatesItCannotWrite) {

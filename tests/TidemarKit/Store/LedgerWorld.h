@@ -22,7 +22,7 @@ namespace tidemar::testing {
 using Rows = std::vector<std::string>;
 
 /// The primary result code that a call throws; none if it succeeds.
-inline std::optional<int> codeOf(const std::function<void()>& call) {
+inline std::optional<int> databaseCodeOf(const std::function<void()>& call) {
   try {
     call();
     return std::nullopt;

@@ -28,108 +28,81 @@ namespace {
 
 using namespace tidemar::testing;
 
-/// What may become of the file in the middle of a run, and how it ends.
+enum class By { sql, lock, shell };
+
+/// What may become of the file in the middle of a run, and how it ends: by SQL, by the lock of a
+/// program that has begun with this SQL, or by the shell, which stands beside the file's directory.
 struct Trouble {
-  std::string name;
-  int code = 0;  ///< With which no row can be written meanwhile.
-  std::function<void(LedgerWorld& world)> begin;
-  std::function<void(LedgerWorld& world)> end;
+  By by;
+  int code;  ///< With which no row can be written meanwhile.
+  std::string begin;
+  std::string end;
 };
 
-Trouble lock(const std::string& name, const std::string& sql) {
-  return {name, SQLITE_BUSY, [=](LedgerWorld& world) { world.other.emplace(world.path).run(sql); },
-          [](LedgerWorld& world) { world.other.reset(); }};
-}
-
-Trouble change(const std::string& name, int code, const std::string& begin,
-               const std::string& end) {
-  return {name, code, [=](LedgerWorld& world) { runSQL(world.path, begin); },
-          [=](LedgerWorld& world) { runSQL(world.path, end); }};
-}
-
-Trouble trigger(const std::string& name, int code, const std::string& moment,
-                const std::string& action) {
-  return change(
-      "a trigger that " + name, code,
-      "CREATE TRIGGER planted " + moment + " INSERT ON journalEntry BEGIN " + action + "; END",
-      "DROP TRIGGER planted");
-}
-
-Trouble move(const std::string& name, std::function<void(LedgerWorld& world)> begin) {
-  return {name, SQLITE_READONLY, std::move(begin), [](LedgerWorld& world) {
-            EXPECT_EQ(rename(world.aside.c_str(), world.path.c_str()), 0);
-          }};
+Trouble trigger(int code, const std::string& moment, const std::string& action) {
+  return {By::sql, code,
+          "CREATE TRIGGER planted " + moment + " INSERT ON journalEntry BEGIN " + action + "; END",
+          "DROP TRIGGER planted"};
 }
 
 const Trouble troubles[] = {
-    lock("a program that reads for ever", "BEGIN; SELECT * FROM folder"),
-    lock("a program that is about to write", "BEGIN IMMEDIATE"),
-    lock("a program that has the file for itself", "BEGIN EXCLUSIVE"),
+    {By::lock, SQLITE_BUSY, "BEGIN; SELECT * FROM folder", ""},
+    {By::lock, SQLITE_BUSY, "BEGIN IMMEDIATE", ""},
+    {By::lock, SQLITE_BUSY, "BEGIN EXCLUSIVE", ""},
 
-    move("moved away", [](LedgerWorld& world) { rename(world.path.c_str(), world.aside.c_str()); }),
-    move("deleted",
-         [](LedgerWorld& world) {
-           EXPECT_EQ(link(world.path.c_str(), world.aside.c_str()), 0);
-           unlink(world.path.c_str());
-         }),
-    move("replaced by a copy",
-         [](LedgerWorld& world) {
-           rename(world.path.c_str(), world.aside.c_str());
-           writeFile(FileURL(world.path), readFile(FileURL(world.aside)));
-         }),
-    {"its directory moved away", SQLITE_READONLY,
-     [](LedgerWorld& world) {
-       rename(world.directory.c_str(), world.parent.path("aside").c_str());
-     },
-     [](LedgerWorld& world) {
-       rename(world.parent.path("aside").c_str(), world.directory.c_str());
-     }},
-    {"no place for the rollback journal", SQLITE_IOERR,
-     [](LedgerWorld& world) { mkdir((world.path + "-journal").c_str(), 0700); },
-     [](LedgerWorld& world) { rmdir((world.path + "-journal").c_str()); }},
+    {By::shell, SQLITE_READONLY, "mv Tidemar/tidemar.sqlite .", "mv tidemar.sqlite Tidemar"},
+    {By::shell, SQLITE_READONLY, "ln Tidemar/* . && rm Tidemar/*", "mv tidemar.sqlite Tidemar"},
+    {By::shell, SQLITE_READONLY, "mv Tidemar/* . && cp tidemar.sqlite Tidemar",
+     "mv tidemar.sqlite Tidemar"},
+    {By::shell, SQLITE_READONLY, "mv Tidemar aside", "mv aside Tidemar"},
+    {By::shell, SQLITE_IOERR, "mkdir Tidemar/tidemar.sqlite-journal", "rmdir Tidemar/*-journal"},
 
-    trigger("refuses", SQLITE_CONSTRAINT, "BEFORE", "SELECT RAISE(ABORT, 'no')"),
-    trigger("ignores the row", SQLITE_MISMATCH, "BEFORE", "SELECT RAISE(IGNORE)"),
-    trigger("deletes the row", SQLITE_MISMATCH, "AFTER",
-            "DELETE FROM journalEntry WHERE id = NEW.id"),
-    trigger("changes a column", SQLITE_MISMATCH, "AFTER",
-            "UPDATE journalEntry SET size = size + 1 WHERE id = NEW.id"),
-    trigger("moves the row", SQLITE_MISMATCH, "AFTER",
-            "UPDATE journalEntry SET id = id + 1000 WHERE id = NEW.id"),
+    trigger(SQLITE_CONSTRAINT, "BEFORE", "SELECT RAISE(ABORT, 'no')"),
+    trigger(SQLITE_MISMATCH, "BEFORE", "SELECT RAISE(IGNORE)"),
+    trigger(SQLITE_MISMATCH, "AFTER", "DELETE FROM journalEntry WHERE id = NEW.id"),
+    trigger(SQLITE_MISMATCH, "AFTER", "UPDATE journalEntry SET size = size + 1 WHERE id = NEW.id"),
+    trigger(SQLITE_MISMATCH, "AFTER", "UPDATE journalEntry SET id = id + 1000 WHERE id = NEW.id"),
 
-    change("a column less", SQLITE_ERROR, "ALTER TABLE journalEntry DROP COLUMN undoneAt",
-           "ALTER TABLE journalEntry ADD COLUMN undoneAt DATETIME"),
-    change("no table", SQLITE_ERROR, "ALTER TABLE journalEntry RENAME TO other",
-           "ALTER TABLE other RENAME TO journalEntry"),
-    change(
-        "a later schema, which wants one value more", SQLITE_CONSTRAINT,
-        "ALTER TABLE journalEntry RENAME TO other;"
-        "CREATE TABLE journalEntry (id INTEGER PRIMARY KEY, folderID, disposal, name, binnedPath,"
-        " size, reasons, performedAt, undoneAt, colour NOT NULL)",
-        "DROP TABLE journalEntry; ALTER TABLE other RENAME TO journalEntry"),
+    {By::sql, SQLITE_ERROR, "ALTER TABLE journalEntry DROP COLUMN undoneAt",
+     "ALTER TABLE journalEntry ADD COLUMN undoneAt DATETIME"},
+    {By::sql, SQLITE_ERROR, "ALTER TABLE journalEntry RENAME TO other",
+     "ALTER TABLE other RENAME TO journalEntry"},
+    // A later schema, which wants one value more.
+    {By::sql, SQLITE_CONSTRAINT,
+     "ALTER TABLE journalEntry RENAME TO other;"
+     "CREATE TABLE journalEntry (id INTEGER PRIMARY KEY, folderID, disposal, name, binnedPath,"
+     " size, reasons, performedAt, undoneAt, colour NOT NULL)",
+     "DROP TABLE journalEntry; ALTER TABLE other RENAME TO journalEntry"},
 };
 
 TEST(RemovalLedger, letsNothingGoWhoseRowCouldNotBeWrittenAndKeepsTheRowOfWhatWent) {
   for (const Trouble& trouble : troubles) {
-    SCOPED_TRACE(trouble.name);
+    SCOPED_TRACE(trouble.begin);
     LedgerWorld world;
+    const auto act = [&](const std::string& action) {
+      if (trouble.by == By::sql) runSQL(world.path, action);
+      if (trouble.by == By::shell) runCommand("cd '" + world.parent.path() + "' && " + action);
+      if (trouble.by != By::lock) return;
+      world.other.reset();
+      if (!action.empty()) world.other.emplace(world.path).run(action);
+    };
     RemovalLedger& ledger = world.ledger;
     ledger.prepare(world.row("a"));
     EXPECT_EQ(ledger.record(world.row("a")).id, 1);
 
-    trouble.begin(world);
-    EXPECT_EQ(codeOf([&] { ledger.prepare(world.row("b")); }), trouble.code);
+    act(trouble.begin);
+    EXPECT_EQ(databaseCodeOf([&] { ledger.prepare(world.row("b")); }), trouble.code);
     EXPECT_TRUE(ledger.isSettled());
-    trouble.end(world);
+    act(trouble.end);
     ledger.prepare(world.row("b"));
     EXPECT_EQ(world.names(), Rows{"a"}) << "a trial leaves nothing";
 
-    trouble.begin(world);
-    EXPECT_EQ(codeOf([&] { ledger.record(world.row("b")); }), trouble.code);
+    act(trouble.begin);
+    EXPECT_EQ(databaseCodeOf([&] { ledger.record(world.row("b")); }), trouble.code);
     EXPECT_FALSE(ledger.isSettled());
-    EXPECT_EQ(codeOf([&] { ledger.settle(); }), trouble.code);
-    EXPECT_EQ(codeOf([&] { ledger.prepare(world.row("c")); }), trouble.code);
-    trouble.end(world);
+    EXPECT_EQ(databaseCodeOf([&] { ledger.settle(); }), trouble.code);
+    EXPECT_EQ(databaseCodeOf([&] { ledger.prepare(world.row("c")); }), trouble.code);
+    act(trouble.end);
     ledger.prepare(world.row("c"));
     EXPECT_TRUE(ledger.isSettled()) << "what is outstanding is written first";
     ledger.record(world.row("c"));
@@ -139,29 +112,25 @@ TEST(RemovalLedger, letsNothingGoWhoseRowCouldNotBeWrittenAndKeepsTheRowOfWhatWe
 
 TEST(RemovalLedger, writesEachRowOnceWhereverTheSystemRefuses) {
   const struct {
-    const char* name;
     long systemCall;
     int systemCode;
     int code;
-    bool isForeseen;
+    bool isForeseen = true;
   } refusals[] = {
-      {"a full disk", SYS_pwrite64, ENOSPC, SQLITE_FULL, true},
-      {"a quota", SYS_pwrite64, EDQUOT, SQLITE_IOERR, true},
-      {"a damaged disk", SYS_pwrite64, EIO, SQLITE_IOERR, true},
-      {"a disk that can only be read by now", SYS_openat, EROFS, SQLITE_CANTOPEN, true},
-      {"a rollback journal that stays", SYS_unlink, EIO, SQLITE_IOERR, false},
-      {"a flush that fails", SYS_fdatasync, EIO, SQLITE_IOERR, false},
+      {SYS_pwrite64, ENOSPC, SQLITE_FULL},    {SYS_pwrite64, EDQUOT, SQLITE_IOERR},
+      {SYS_pwrite64, EIO, SQLITE_IOERR},      {SYS_openat, EROFS, SQLITE_CANTOPEN},
+      {SYS_unlink, EIO, SQLITE_IOERR, false}, {SYS_fdatasync, EIO, SQLITE_IOERR, false},
   };
   for (const auto& refusal : refusals) {
-    SCOPED_TRACE(refusal.name);
+    SCOPED_TRACE(::testing::Message()
+                 << refusal.systemCall << " fails with " << refusal.systemCode);
     LedgerWorld world;
     world.ledger.record(world.row("a"));
     withFailingSystemCall(refusal.systemCall, refusal.systemCode, [&] {
-      EXPECT_EQ(codeOf([&] { world.ledger.prepare(world.row("b")); }),
-                refusal.isForeseen ? std::optional(refusal.code) : std::nullopt)
-          << refusal.name;
-      EXPECT_EQ(codeOf([&] { world.ledger.record(world.row("b")); }), refusal.code);
-      EXPECT_EQ(codeOf([&] { world.ledger.prepare(world.row("c")); }), refusal.code);
+      EXPECT_EQ(databaseCodeOf([&] { world.ledger.prepare(world.row("b")); }),
+                refusal.isForeseen ? std::optional(refusal.code) : std::nullopt);
+      EXPECT_EQ(databaseCodeOf([&] { world.ledger.record(world.row("b")); }), refusal.code);
+      EXPECT_EQ(databaseCodeOf([&] { world.ledger.prepare(world.row("c")); }), refusal.code);
     });
     EXPECT_FALSE(world.ledger.isSettled());
     world.ledger.settle();
@@ -181,7 +150,7 @@ TEST(RemovalLedger, refusesAFileOrADirectoryThatWasMadeImmutable) {
     int flags = 0;
     if (ioctl(place.get(), FS_IOC_GETFLAGS, &flags) != 0 || !setFlags(flags | FS_IMMUTABLE_FL))
       GTEST_SKIP() << "nothing can be made immutable here";
-    EXPECT_EQ(codeOf([&] { world.ledger.prepare(world.row("a")); }),
+    EXPECT_EQ(databaseCodeOf([&] { world.ledger.prepare(world.row("a")); }),
               isDirectory ? SQLITE_CANTOPEN : SQLITE_IOERR);
     EXPECT_TRUE(setFlags(flags));
     world.ledger.prepare(world.row("a"));
@@ -201,13 +170,13 @@ TEST(RemovalLedger, doesNotTakeARowForWrittenThatWentIntoAFileNoLongerOurs) {
       if (!comesBack) writeFile(FileURL(world.path), readFile(FileURL(world.aside)));
       world.other.reset();
     });
-    EXPECT_EQ(codeOf([&] { world.ledger.record(world.row("a")); }), SQLITE_READONLY);
+    EXPECT_EQ(databaseCodeOf([&] { world.ledger.record(world.row("a")); }), SQLITE_READONLY);
     isRecorded = true;
     mover.join();
     EXPECT_FALSE(world.ledger.isSettled());
     EXPECT_EQ(runSQL(world.aside, "SELECT name FROM journalEntry"), Rows{"a"});
     if (comesBack) rename(world.aside.c_str(), world.path.c_str());
-    EXPECT_EQ(codeOf([&] { world.ledger.settle(); }),
+    EXPECT_EQ(databaseCodeOf([&] { world.ledger.settle(); }),
               comesBack ? std::nullopt : std::optional(SQLITE_READONLY));
     EXPECT_EQ(world.names(), comesBack ? Rows{"a"} : Rows{}) << "once";
   }
@@ -223,7 +192,7 @@ TEST(RemovalLedger, isNotTakenInByAFileOfAnotherDriveWithTheSameNumber) {
   const JournalEntry row = entryOf(store.insert(folderAt("/f")), "a");
   ledger.prepare(row);
   const BindMount over(twin.url(), drive.url());
-  EXPECT_EQ(codeOf([&] { ledger.prepare(row); }), SQLITE_READONLY);
+  EXPECT_EQ(databaseCodeOf([&] { ledger.prepare(row); }), SQLITE_READONLY);
 }
 
 TEST(RemovalLedger, dropsTheRowOfAForgottenFolderAndWritesTheOthers) {
@@ -231,11 +200,13 @@ TEST(RemovalLedger, dropsTheRowOfAForgottenFolderAndWritesTheOthers) {
   const Folder forgotten = world.store.insert(folderAt("/g"));
   world.other.emplace(world.path).run("BEGIN EXCLUSIVE");
   for (const JournalEntry& row : {world.row("a"), entryOf(forgotten, "b"), world.row("c")})
-    EXPECT_EQ(codeOf([&] { world.ledger.record(row); }), SQLITE_BUSY);
+    EXPECT_EQ(databaseCodeOf([&] { world.ledger.record(row); }), SQLITE_BUSY);
   world.other.reset();
   world.store.deleteFolder(*forgotten.id);
-  EXPECT_EQ(codeOf([&] { world.ledger.prepare(entryOf(forgotten, "d")); }), SQLITE_CONSTRAINT);
-  EXPECT_EQ(codeOf([&] { world.ledger.record(entryOf(forgotten, "d")); }), SQLITE_CONSTRAINT);
+  EXPECT_EQ(databaseCodeOf([&] { world.ledger.prepare(entryOf(forgotten, "d")); }),
+            SQLITE_CONSTRAINT);
+  EXPECT_EQ(databaseCodeOf([&] { world.ledger.record(entryOf(forgotten, "d")); }),
+            SQLITE_CONSTRAINT);
   EXPECT_TRUE(world.ledger.isSettled());
   EXPECT_EQ(world.names(), (Rows{"a", "c"}));
 }
@@ -266,9 +237,13 @@ TEST(RemovalLedger, losesNoRowOfSeveralThreadsWhileOtherProgramsReadAndWrite) {
       for (int thread = 0; thread < threadCount; ++thread) {
         threads.emplace_back([&] {
           for (int i = 0; i < rowsPerThread; ++i) {
-            EXPECT_EQ(codeOf([&] {
+            EXPECT_EQ(databaseCodeOf([&] {
                         world.ledger.prepare(world.row("x"));
-                        world.ledger.record(world.row("x"));
+                        const JournalEntry row = world.ledger.record(world.row("x"));
+                        EXPECT_EQ(world.store.journalEntry(*row.id), row);
+                        world.store.change(world.folder.id, [&](Folder& folder) {
+                          folder.lastRunAt = folder.lastRunAt + 1;
+                        });
                       }),
                       std::nullopt);
           }
@@ -279,6 +254,8 @@ TEST(RemovalLedger, losesNoRowOfSeveralThreadsWhileOtherProgramsReadAndWrite) {
   }
   EXPECT_TRUE(world.ledger.isSettled());
   EXPECT_EQ(world.names().size(), std::size_t{threadCount * rowsPerThread});
+  EXPECT_EQ(world.store.folders()[0].lastRunAt,
+            world.folder.lastRunAt + threadCount * rowsPerThread);
 }
 
 TEST(RemovalLedger, worksOverAStoreInMemory) {

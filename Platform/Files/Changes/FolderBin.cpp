@@ -1,11 +1,13 @@
-#include "Platform/Files/Trash/FolderBin.h"
+#include "Platform/Files/Changes/FolderBin.h"
 
 #include <cerrno>
 #include <ctime>
 #include <string_view>
+#include <utility>
 
 #include <unistd.h>
 
+#include "Platform/Files/Changes/GiveBack.h"
 #include "Platform/Files/Descriptors/DescriptorPath.h"
 #include "Platform/Files/Descriptors/EntryValues.h"
 #include "Platform/Files/Descriptors/Rename.h"
@@ -17,6 +19,9 @@ namespace tidemar {
 namespace {
 
 constexpr const char* operation = "move to the Bin";
+
+/// A Trash that is moved away time and again isn't followed for ever.
+constexpr int mostAttempts = 3;
 
 [[noreturn]] void fail(const FileURL& url, int code) {
   if (code == EXDEV) {
@@ -36,10 +41,6 @@ std::string pathInside(const FileURL& top, const FileURL& item) {
   if (top.path() == "/") return item.path().substr(1);
   if (!item.path().starts_with(top.path() + "/")) fail(item, ESTALE);
   return item.path().substr(top.path().size() + 1);
-}
-
-bool isInPlace(const TrashDirectory& trash) {
-  return leadsTo(trash.filesURL, trash.files.get()) && leadsTo(trash.infoURL, trash.info.get());
 }
 
 /// Whether a record is one that a run left which was killed before its item came: that of this very
@@ -66,55 +67,70 @@ int claimName(const TrashDirectory& trash, const std::string& name, const std::s
   return makeTrashRecord(trash.info.get(), name, record);
 }
 
-}  // namespace
-
-FolderBin::Place FolderBin::take(const std::string& name, const FileURL& url) {
-  if (!_isMountsTurn) {
-    const DirectoryIdentity folder = identityOfOpen(_folder, url);
-    _isMountsTurn = homeTrashDevice() != folder.device;
-    if (!_isMountsTurn) {
-      const TrashDirectory& trash = homeTrash();
-      const auto place = takeInto(trash, name, url.path());
-      if (place) return *place;
-      // One device can be mounted in several places, which a rename doesn't cross. Within one mount
-      // another Trash would be as far away.
-      if (place.error() != EXDEV || trash.mount == folder.mount) fail(url, place.error());
-      _isMountsTurn = true;
-    }
-  }
-  const TrashDirectory& trash = trashOfMount(url);
-  const auto place = takeInto(trash, name, pathInside(_top, url));
-  if (!place) fail(url, place.error());
-  return *place;
+/// The Trash at the top of the mount on which an open folder lies.
+TrashDirectory openTrashAbove(int folder, const DirectoryIdentity& identity, const FileURL& url) {
+  const FileDescriptor top = openMountRoot(folder, url, operation);
+  // A subvolume without a mount: file managers would never show a Trash inside it.
+  if (identityOfOpen(top.get(), url).device != identity.device) fail(url, EXDEV);
+  return openTrashOfMount(top.get(), pathOfDescriptor(top.get(), url, operation));
 }
 
-bool FolderBin::isInPlace() const {
-  return tidemar::isInPlace(_isMountsTurn ? *_mount : *_home);
+}  // namespace
+
+FolderBin::Opened::Opened(TrashDirectory opened, const KeptDirectories& kept)
+    : trash(std::move(opened)),
+      identity(identityOfOpen(trash.trash.get(), trash.url)),
+      files(trash.files.get(), trash.filesURL, kept, HiddenNames::untold) {}
+
+FolderBin::Place FolderBin::take(const std::string& name, const FileURL& url) {
+  for (int attempt = 0;; ++attempt) {
+    Opened& bin = opened(url);
+    const std::string path = _isMountsTurn ? pathInside(bin.trash.topURL, url) : url.path();
+    const auto place = takeInto(bin, name, path);
+    if (place) return *place;
+    // One device can be mounted in several places, which a rename doesn't cross. Within one mount
+    // another Trash would be as far away.
+    if (place.error() == EXDEV && !_isMountsTurn && bin.trash.mount != _identity->mount) {
+      _isMountsTurn = true;
+      _bin.reset();
+    } else if (isInPlace() || attempt == mostAttempts) {
+      fail(url, place.error());
+    }
+  }
+}
+
+bool FolderBin::isInPlace() {
+  const TrashDirectory& trash = _bin->trash;
+  const Timestamp now = clockOfFiles();
+  EntryValues there{};
+  _bin->isLost =
+      readValuesAt(trash.url.path().c_str(), there) != 0 || identityOf(there) != _bin->identity;
+  // Whatever comes, goes or is renamed in the Trash moves its modification.
+  const Timestamp modified = modificationTime(there);
+  if (_bin->isLost || modified == _bin->seen) return !_bin->isLost;
+  _bin->isLost =
+      !leadsTo(trash.filesURL, trash.files.get()) || !leadsTo(trash.infoURL, trash.info.get());
+  // Another change within the same step of the clock would leave no trace.
+  if (modified < now) _bin->seen = modified;
+  return !_bin->isLost;
 }
 
 void FolderBin::forget(const Place& place) {
-  removeTrashRecord((_isMountsTurn ? *_mount : *_home).info.get(), place.name);
+  removeTrashRecord(_bin->trash.info.get(), place.name);
 }
 
-const TrashDirectory& FolderBin::homeTrash() {
-  if (!_home || !tidemar::isInPlace(*_home)) _home = openHomeTrash();
-  return *_home;
+FolderBin::Opened& FolderBin::opened(const FileURL& url) {
+  if (_bin && !_bin->isLost) return *_bin;
+  if (!_identity) _identity = identityOfOpen(_folder, url);
+  if (!_isMountsTurn) _isMountsTurn = homeTrashDevice() != _identity->device;
+  _bin.emplace(_isMountsTurn ? openTrashAbove(_folder, *_identity, url) : openHomeTrash(), _kept);
+  giveBackAllLeft(_bin->trash.trash.get(), _bin->trash.files.get());
+  return *_bin;
 }
 
-const TrashDirectory& FolderBin::trashOfMount(const FileURL& url) {
-  if (_mount && tidemar::isInPlace(*_mount)) return *_mount;
-  const FileDescriptor top = openMountRoot(_folder, url, operation);
-  // A subvolume without a mount: file managers would never show a Trash inside it.
-  if (identityOfOpen(top.get(), url).device != identityOfOpen(_folder, url).device)
-    fail(url, EXDEV);
-  _top = pathOfDescriptor(top.get(), url, operation);
-  _mount = openTrashOfMount(top.get(), _top);
-  return *_mount;
-}
-
-std::expected<FolderBin::Place, int> FolderBin::takeInto(const TrashDirectory& trash,
-                                                         const std::string& itemName,
-                                                         const std::string& recordedPath) {
+std::expected<FolderBin::Place, int> FolderBin::takeInto(Opened& bin, const std::string& itemName,
+                                                         const std::string& recordedPath) const {
+  const TrashDirectory& trash = bin.trash;
   const std::string record = trashRecordText(recordedPath, std::time(nullptr));
   for (unsigned attempt = 0; attempt < trashNameAttempts; ++attempt) {
     const std::string name = trashName(itemName, attempt, trash.longestName);
@@ -122,8 +138,10 @@ std::expected<FolderBin::Place, int> FolderBin::takeInto(const TrashDirectory& t
     int code = claimName(trash, name, recordedPath, record);
     if (code == 0) {
       code = renameWithoutReplacing(_folder, itemName, trash.files.get(), name);
-      if (code == 0)
-        return Place{trash.files.get(), name, trash.filesURL.appendingPathComponent(name)};
+      if (code == 0) {
+        return Place{trash.files.get(), &bin.files, name,
+                     trash.filesURL.appendingPathComponent(name)};
+      }
       removeTrashRecord(trash.info.get(), name);
     }
     if (code != EEXIST) return std::unexpected(code);

@@ -4,8 +4,10 @@
 #include <optional>
 #include <string>
 
-#include "Platform/Files/Descriptors/FileDescriptor.h"
+#include "Platform/Files/Descriptors/EntryValues.h"
 #include "Platform/Files/Trash/TrashDirectory.h"
+#include "Platform/Files/Walk/FolderReading.h"
+#include "Platform/Files/Walk/KeptDirectories.h"
 #include "TidemarCore/FileURL.h"
 
 namespace tidemar {
@@ -16,13 +18,14 @@ namespace tidemar {
 /// in a Trash is never replaced, and nothing is copied. For one thread.
 class FolderBin {
  public:
-  /// `folder` is borrowed.
-  explicit FolderBin(int folder) : _folder(folder) {}
+  /// Both are borrowed.
+  FolderBin(int folder, const KeptDirectories& kept) : _folder(folder), _kept(kept) {}
 
   /// Where an item came to lie.
   struct Place {
-    int files;         ///< The open directory; valid until the next call of `take`.
-    std::string name;  ///< Its name there.
+    int files;          ///< The open directory; valid until the next call of `take`.
+    FolderReading* in;  ///< Reads it; valid as long.
+    std::string name;   ///< Its name there.
     FileURL url;
   };
 
@@ -33,22 +36,31 @@ class FolderBin {
   Place take(const std::string& name, const FileURL& url);
 
   /// Whether the Trash that the last `take` used still lies where it said. If not, an item there
-  /// couldn't be found again.
-  bool isInPlace() const;
+  /// couldn't be found again, and the next `take` opens a Trash anew.
+  bool isInPlace();
 
   /// Takes the record of an item that has left its place again.
   void forget(const Place& place);
 
  private:
-  const TrashDirectory& homeTrash();
-  const TrashDirectory& trashOfMount(const FileURL& url);
-  std::expected<Place, int> takeInto(const TrashDirectory& trash, const std::string& name,
-                                     const std::string& recordedPath);
+  struct Opened {
+    Opened(TrashDirectory opened, const KeptDirectories& kept);
+
+    TrashDirectory trash;
+    DirectoryIdentity identity;     ///< Of the Trash.
+    FolderReading files;            ///< Of its `files`.
+    std::optional<Timestamp> seen;  ///< The Trash's modification when all in it was in place.
+    bool isLost = false;
+  };
+
+  Opened& opened(const FileURL& url);
+  std::expected<Place, int> takeInto(Opened& bin, const std::string& name,
+                                     const std::string& recordedPath) const;
 
   int _folder;
-  std::optional<TrashDirectory> _home;  ///< Not there until it is needed, as the other.
-  std::optional<TrashDirectory> _mount;
-  FileURL _top;                ///< Of the mount.
+  const KeptDirectories& _kept;
+  std::optional<DirectoryIdentity> _identity;  ///< Of the folder.
+  std::optional<Opened> _bin;
   bool _isMountsTurn = false;  ///< The home's Trash can't be reached by a rename.
 };
 
