@@ -1,8 +1,5 @@
 #include "Platform/Files/Places/MountTable.h"
 
-#include <array>
-#include <cstdio>
-
 #include "fuzz/Check.h"
 
 namespace tidemar::fuzz {
@@ -11,15 +8,12 @@ namespace {
 /// As the kernel writes it.
 std::string escaped(std::string_view bytes) {
   std::string text;
-  for (const char c : bytes) {
-    if (std::string_view(" \t\n\\").find(c) == std::string_view::npos) {
-      text += c;
-      continue;
-    }
-    std::array<char, 5> escape{};
-    std::snprintf(escape.data(), escape.size(), "\\%03o", static_cast<unsigned>(c));
-    text += escape.data();
-  }
+  for (const char c : bytes)
+    text += c == ' '    ? "\\040"
+            : c == '\t' ? "\\011"
+            : c == '\n' ? "\\012"
+            : c == '\\' ? "\\134"
+                        : std::string(1, c);
   return text;
 }
 
@@ -51,13 +45,7 @@ void check(std::string_view input) {
     text += lineOf(mount);
   }
   require(parseMountTable(text) == mounts, "mounts as the kernel writes them are read as they are");
-
-  std::vector<Mount> byLine;
-  while (!input.empty()) {
-    for (Mount& mount : parseMountTable(takeLine(input)))
-      byLine.push_back(std::move(mount));
-  }
-  require(byLine == mounts, "no line has a say in another");
+  requireLineByLine(input, parseMountTable);
 }
 
 }  // namespace tidemar::fuzz

@@ -2,13 +2,10 @@
 
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
 #include <nlohmann/json.hpp>
 #include <string>
 
-#include <fcntl.h>
-#include <unistd.h>
-
-#include "Platform/Files/Descriptors/FileDescriptor.h"
 #include "Platform/Files/Descriptors/WholeFile.h"
 #include "Platform/Text.h"
 #include "fuzz/Check.h"
@@ -18,42 +15,24 @@ namespace {
 
 using nlohmann::json;
 
-/// A directory of its own for the suite's files, in memory where that can be had.
-class Directory {
- public:
-  Directory() {
-    std::string pattern = std::filesystem::exists("/dev/shm") ? "/dev/shm" : "/tmp";
-    pattern += "/tidemar-fuzz-XXXXXX";
-    require(mkdtemp(pattern.data()) != nullptr, "there is a directory to work in");
-    _path = pattern;
-  }
-  Directory(const Directory&) = delete;
-  Directory& operator=(const Directory&) = delete;
-  ~Directory() { std::filesystem::remove_all(_path); }
-
-  FileURL url(const char* name) const { return FileURL(_path + "/" + name); }
-
- private:
-  std::string _path;
-};
-
-void write(const FileURL& file, std::string_view content) {
-  const FileDescriptor opened(
-      open(file.path().c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600));
-  require(opened && ::write(opened.get(), content.data(), content.size()) ==
-                        static_cast<ssize_t>(content.size()),
-          "the suite's file can be written");
+/// A directory for the suite's files, in memory where that can be had; it goes with the process.
+std::string makeDirectory() {
+  static std::string path = std::filesystem::exists("/dev/shm") ? "/dev/shm" : "/tmp";
+  path += "/tidemar-fuzz-XXXXXX";
+  require(mkdtemp(path.data()) != nullptr, "there is a directory to work in");
+  std::atexit([] { std::filesystem::remove_all(path); });
+  return path;
 }
 
 }  // namespace
 
 /// The input is the file of a suite.
 void check(std::string_view input) {
-  static const Directory directory;
-  const FileURL file = directory.url("suite.json");
-  const FileURL damaged = directory.url("suite.json.damaged");
-  unlink(damaged.path().c_str());
-  write(file, input);
+  static const std::string directory = makeDirectory();
+  const FileURL file(directory + "/suite.json");
+  const FileURL damaged(directory + "/suite.json.damaged");
+  std::filesystem::remove(damaged.path());
+  std::ofstream(file.path(), std::ios::binary) << input;
 
   UserDefaults defaults(file);
   const auto folders = defaults.stringArray("folders");

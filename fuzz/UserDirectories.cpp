@@ -28,13 +28,7 @@ void check(std::string_view input) {
     text += lineOf(directory);
   }
   require(parseUserDirectories(text, home) == directories, "written directories are read again");
-
-  std::vector<UserDirectory> byLine;
-  while (!input.empty()) {
-    for (UserDirectory& directory : parseUserDirectories(takeLine(input), home))
-      byLine.push_back(std::move(directory));
-  }
-  require(byLine == directories, "no line has a say in another");
+  requireLineByLine(input, [&](std::string_view part) { return parseUserDirectories(part, home); });
 }
 
 }  // namespace tidemar::fuzz

@@ -17,6 +17,14 @@ FAKETIME = "/usr/$LIB/faketime/libfaketime.so.1"
 SERVICE = "app.quernly.tidemar"
 
 
+def start_bus(environment=None):
+    """A message bus of one's own: its process and its address."""
+    command = ["dbus-daemon", "--session", "--nofork", "--nopidfile", "--print-address=1"]
+    bus = subprocess.Popen(command, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, env=environment, text=True)
+    with bus.stdout:
+        return bus, bus.stdout.readline().strip()
+
+
 class Session:
     """Use it as a context manager. Paths are bytes where file names are concerned."""
 
@@ -39,7 +47,8 @@ class Session:
     def __enter__(self):
         try:
             self._start_display()
-            self._start_bus()
+            bus, self.environment["DBUS_SESSION_BUS_ADDRESS"] = start_bus(self.environment)
+            self._services.append(bus)
         except BaseException:
             self.__exit__()
             raise
@@ -56,6 +65,10 @@ class Session:
                     process.wait()
             if process.stderr:
                 process.stderr.close()
+            # What a killed program leaves there could hold up one that gets its number later.
+            for left in ("faketime_shm_", "sem.faketime_sem_"):
+                with contextlib.suppress(FileNotFoundError):
+                    os.unlink(f"/dev/shm/{left}{process.pid}")
         shutil.rmtree(self.root, ignore_errors=True)
 
     def _start_display(self):
@@ -65,14 +78,6 @@ class Session:
         os.close(writer)
         with os.fdopen(reader) as display:
             self.environment["DISPLAY"] = ":" + display.readline().strip()
-
-    def _start_bus(self):
-        command = ["dbus-daemon", "--session", "--nofork", "--nopidfile", "--print-address=1"]
-        bus = subprocess.Popen(command, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL,
-                               env=self.environment, text=True)
-        self._services.append(bus)
-        with bus.stdout:
-            self.environment["DBUS_SESSION_BUS_ADDRESS"] = bus.stdout.readline().strip()
 
     def stop_display(self):
         self._services[0].terminate()
@@ -125,13 +130,16 @@ class Session:
             return database.execute(statement, values).fetchall()
 
     def wait_for(self, question, what, patience=60):
-        """Asks until the answer is true; a half-written database counts as no answer."""
+        """Asks until the answer is true, first at once and then less and less often; a half-written database counts
+        as no answer."""
         end = time.monotonic() + patience
+        pause = 0.001
         while time.monotonic() < end:
             with contextlib.suppress(sqlite3.Error, OSError):
                 if answer := question():
                     return answer
-            time.sleep(0.05)
+            time.sleep(pause)
+            pause = min(2 * pause, 0.05)
         raise TimeoutError(f"waited {patience} s until {what}")
 
     def last_run(self, path):

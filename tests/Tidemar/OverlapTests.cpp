@@ -34,6 +34,7 @@ class OverlappingWorld : public ModelWorld {
   }
 
   void act(Act what) {
+    const FolderReport* report = model->reportForFolder(switched);
     switch (what) {
       case Act::refresh:
         return keep(model->refreshReports());
@@ -42,16 +43,14 @@ class OverlappingWorld : public ModelWorld {
       case Act::edit:
         return edit();
       case Act::switchTag:
-        if (const FolderReport* report = model->reportForFolder(switched))
-          keep(model->setTemporary(report->folder, !isTemporary(*report)));
+        if (report != nullptr) keep(model->setTemporary(report->folder, !isTemporary(*report)));
         return;
       case Act::foreignTag:
         // Another program doesn't wait for the user: it comes between any two steps.
         return ordered.start([this] { tagAsAnotherProgram(); },
                              [this] { keep(model->refreshReports()); });
       case Act::forget:
-        if (const FolderReport* report = model->reportForFolder(switched))
-          keep(model->removeFolder(report->folder));
+        if (report != nullptr) keep(model->removeFolder(report->folder));
         return;
       case Act::putBack:
         return keep(model->putBack({1}));

@@ -15,6 +15,7 @@
 #include "TidemarUI/Views/MainView.h"
 #include "TidemarUI/Views/MenuBarView.h"
 #include "TidemarUI/Views/NumberFieldView.h"
+#include "TidemarUI/Views/OverviewView.h"
 #include "TidemarUI/Views/SettingsView.h"
 #include "TidemarUI/Views/SetupView.h"
 #include "TidemarUI/Views/Sidebar.h"
@@ -190,6 +191,11 @@ TEST(Destruction, AClosureOfTheMainWindowMayDestroyIt) {
       {"the folder in the file manager", clicks<QPushButton>(labels::showInFinder({}))},
       {"items in the file manager",
        [](QWidget& view) { keys<MenuRow>(Qt::Key_Return)(*child<FolderDetailView>(view)); }},
+      {"items of the overview in the file manager",
+       [](MainView& view) {
+         view.setSelection(MainSelection::overview());
+         keys<MenuRow>(Qt::Key_Return)(*child<OverviewView>(view));
+       }},
       {"putting back",
        [](MainView& view) {
          view.setSelection(MainSelection::overview());

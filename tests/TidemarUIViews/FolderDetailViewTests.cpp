@@ -178,6 +178,7 @@ TEST_F(FolderDetailViewTest, AnEditSaysWhatWasSeenWhenItBegan) {
   // What couldn't be stored goes back, though the folder is the same as before.
   show(later);
   EXPECT_EQ(age.text(), "30");
+  EXPECT_TRUE(child<QCheckBox>(view, labels::restartRule({}))->isChecked());
 }
 
 TEST_F(FolderDetailViewTest, ARuleThatGoesOffTakesTheEditOfItsNumberAlong) {
@@ -260,6 +261,8 @@ TEST_F(FolderDetailViewTest, GoingOverToTheBinHappensAtOnceAndEndsTheLowDiskRule
   choose(0);
   EXPECT_EQ(changes, std::vector{settingsOf(90)});
   show(settingsOf(90));
+  choose(0);
+  EXPECT_EQ(changes.size(), 1U) << "what is chosen already changes nothing";
   EXPECT_FALSE(automatic->isEnabled());
   EXPECT_FALSE(automatic->parentWidget()->toolTip().isEmpty());
 }

@@ -11,6 +11,9 @@ import sys
 import tempfile
 import unittest
 
+sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..", "tools"))
+from session import start_bus  # noqa: E402
+
 PROGRAM = os.path.abspath(sys.argv.pop(1))
 ROUNDS = 200 if os.environ.get("TIDEMAR_TORTURE") == "full" else 4
 NO_BUS = "unix:path=/nowhere"
@@ -49,12 +52,10 @@ class Instances(unittest.TestCase):
         self.bus = self.start_bus()
 
     def start_bus(self):
-        command = ["dbus-daemon", "--session", "--nofork", "--nopidfile", "--print-address=1"]
-        bus = subprocess.Popen(command, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True)
+        bus, address = start_bus()
         self.addCleanup(bus.wait)
         self.addCleanup(bus.terminate)
-        with bus.stdout:
-            return bus.stdout.readline().strip()
+        return address
 
     def start_at_once(self, buses):
         """A start for each bus, all let go together, each with a runtime directory of its own."""

@@ -5,7 +5,6 @@
 // A line is a word and its arguments, each percent-encoded; "!" stands for no value. Each result is
 // a line of the same form, and "done" ends those of one command.
 
-#include <array>
 #include <charconv>
 #include <cstdlib>
 #include <exception>
@@ -20,13 +19,11 @@
 #include <stdexcept>
 #include <string>
 #include <string_view>
-#include <variant>
 #include <vector>
 
 #include "Platform/Files/DiskFileManager.h"
 #include "Platform/Files/Trash/PercentEncoding.h"
 #include "TidemarKit/Engine/Engine.h"
-#include "TidemarKit/Store/DatabaseError.h"
 
 namespace tidemar {
 namespace {
@@ -78,26 +75,8 @@ std::string text(RuleSet rules) {
   return result;
 }
 
-std::string kind(const EngineFailure& failure) {
-  constexpr std::array names = {"folderNotFound", "journalEntryNotFound", "changedSincePlanned",
-                                "goneFromBin",    "originalPathTaken",    "deletedPermanently",
-                                "alreadyUndone"};
-  static_assert(names.size() == std::variant_size_v<EngineFailure::Case>);
-  return names[failure.failure().index()];
-}
-
-void printError(std::string_view word, std::string_view subject, const std::exception_ptr& error) {
-  try {
-    std::rethrow_exception(error);
-  } catch (const EngineFailure& failure) {
-    print({word, subject, kind(failure), failure.what()});
-  } catch (const PlatformError& failure) {
-    print({word, subject, "platform", failure.what(), std::to_string(failure.code())});
-  } catch (const DatabaseError& failure) {
-    print({word, subject, "database", failure.what(), std::to_string(failure.code())});
-  } catch (const std::exception& failure) {
-    print({word, subject, "other", failure.what()});
-  }
+void printError(std::string_view word, std::string_view subject, const std::exception& error) {
+  print({word, subject, error.what()});
 }
 
 class Driver {
@@ -165,7 +144,11 @@ class Driver {
       print({"removed", entry.name, std::to_string(*entry.id), entry.binnedPath.value_or("")});
     }
     for (const RemovalFailure& failure : result.failures) {
-      printError("failed", failure.item.url.lastPathComponent(), failure.error);
+      try {
+        std::rethrow_exception(failure.error);
+      } catch (const std::exception& error) {
+        printError("failed", failure.item.url.lastPathComponent(), error);
+      }
     }
   }
 
@@ -173,8 +156,8 @@ class Driver {
     try {
       _engine.undo(entryID, now);
       print({"undone", std::to_string(entryID)});
-    } catch (const std::exception&) {
-      printError("notUndone", std::to_string(entryID), std::current_exception());
+    } catch (const std::exception& error) {
+      printError("notUndone", std::to_string(entryID), error);
     }
   }
 
@@ -213,8 +196,8 @@ int drive(const std::string& database) {
   std::optional<Driver> driver;
   try {
     driver.emplace(database);
-  } catch (const std::exception&) {
-    printError("error", "open", std::current_exception());
+  } catch (const std::exception& error) {
+    printError("error", "open", error);
     return EXIT_FAILURE;
   }
   for (std::string line; std::getline(std::cin, line);) {
@@ -222,8 +205,8 @@ int drive(const std::string& database) {
     if (words.empty()) continue;
     try {
       driver->perform(words);
-    } catch (const std::exception&) {
-      printError("error", words.front(), std::current_exception());
+    } catch (const std::exception& error) {
+      printError("error", words.front(), error);
     }
     print({"done"});
   }

@@ -8,11 +8,10 @@ import itertools
 import os
 
 from machine import mounts
-from machine.canary import TREE, File, World, as_user
+from machine.canary import FEW_KEPT, OPERATIONS, TREE, File, World, as_user, disposal_of
 from machine.report import Report
 
 DUE = {"file": File(), "tree": TREE, "other": File(), "last": {"a": File()}}
-KEPT = {".hidden item": File(), "fresh": File(fresh=True)}
 BLOCK = 4096
 
 
@@ -62,29 +61,24 @@ def filled(world, drive, operation, what, left):
         world.reset()
     ballast = Ballast(drive, what, left)
     result = world.undo() if operation == "put-back" else world.run()
-    still_there = sorted(set(DUE) & set(os.listdir(world.folder))) if operation == "delete" else []
-    problems = result.problems + [f"full: {problem}" for problem in world.check(in_hand=0, is_undoing=operation == "put-back", may_wait=True)]
+    problems = [f"full: {problem}" for problem in world.check(
+        in_hand=0, is_undoing=operation == "put-back", may_wait=True)]
+    if operation == "delete":
+        # That is what a full disk needs.
+        problems += [f"not deleted on a full disk: {name}" for name in set(DUE) & set(os.listdir(world.folder))]
     ballast.drop()
-    again = world.start_again()
-    problems += again.problems + [f"next start: {line}" for line in again.of("error")]
-    problems += world.check(is_undoing=operation == "put-back", may_wait=True)
-    # To delete is what a full disk needs.
-    problems += [f"not deleted on a full disk: {name}" for name in still_there]
-    if operation != "put-back":
-        problems += [f"next run: {problem}" for problem in world.run_whole() + world.check()]
+    problems += world.problems_after(result, operation)
     return problems + ([str(line) for line in result.of("failed") + result.of("error")] if problems else [])
 
 
 def main():
     report = Report(__doc__)
     for drive in mounts.drives(report, ("ext4", "tmpfs"), {"tmpfs": "size=60m,nr_inodes=400"}):
-        for operation in ("bin", "delete", "put-back"):
-            disposal = "delete" if operation == "delete" else "bin"
-            with World(report.tools, disposal, DUE, KEPT, directory=drive.place) as world:
+        for operation in OPERATIONS:
+            with World(report.tools, disposal_of(operation), DUE, FEW_KEPT, directory=drive.place) as world:
                 for what, left in itertools.product(("blocks", "entries"), range(report.count(9, 2))):
                     label = f"{drive.kind} {operation}, {left} {what} left"
-                    if report.wants(label):
-                        report.case(label, filled(world, drive, operation, what, left))
+                    report.check(label, filled, world, drive, operation, what, left)
     report.end()
 
 

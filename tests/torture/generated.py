@@ -10,8 +10,8 @@ import time
 from fractions import Fraction
 
 from machine import mounts
-from machine.canary import as_user, remove
-from machine.driver import ORDINARY_USER, Driver
+from machine.canary import as_user, own, remove
+from machine.driver import Driver
 from machine.model import DAY, PACKAGES, Conditions, Rules, due, items, upcoming
 from machine.report import Report
 
@@ -134,14 +134,14 @@ def fill_drive(drive, generator):
     return os.statvfs(drive)
 
 
-def batch(report, seen, tools, seed, home, drive):
+def batch(report, seen, seed, home, drive):
     """Some folders, each with many rules and moments, in one process of the driver."""
     generator = Generator(seed)
-    driver = Driver(*tools, home, os.path.join(home, "database"))
+    driver = Driver(*report.tools, home, os.path.join(home, "database"))
     commands, expected = [], []
     top = tempfile.mkdtemp(dir=drive)
     os.chmod(top, 0o755)
-    os.chown(top, ORDINARY_USER, ORDINARY_USER) if os.getuid() == 0 else None
+    own(top)
     folders = [os.path.join(top, str(number)) for number in range(FOLDERS)]
     is_tagged = {}
     with as_user():
@@ -199,7 +199,7 @@ def places(report):
         home, drive = os.path.join(top, "home"), os.path.join(top, "drive")
         for path in (home, drive, os.path.join(top, "run")):
             os.mkdir(path)
-            os.chown(path, ORDINARY_USER, ORDINARY_USER) if os.getuid() == 0 else None
+            own(path)
         os.chmod(top, 0o755)
         reason = mounts.enter_own_mounts()
         if reason:
@@ -220,10 +220,7 @@ def main():
         seen = collections.Counter()
         while done < report.count(10_000, 2_000):
             seed += 1
-            if report.wants(f"folders at {seed}"):
-                done += batch(report, seen, report.tools, seed, home, drive)
-            else:
-                done += 1
+            done += batch(report, seen, seed, home, drive) if report.wants(f"folders at {seed}") else 1
         rules = ("age", "size", "automatic", "emptyOnRestart") if os.path.ismount(drive) else ("age", "size")
         if report.wants(None):
             report.case("rules", [f"no item went by {rule}" for rule in rules if not seen[rule]], len(rules))

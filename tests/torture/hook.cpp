@@ -27,18 +27,11 @@
 #include <ctime>
 #include <string>
 #include <string_view>
-#include <type_traits>
 
-#include <dirent.h>
 #include <dlfcn.h>
 #include <fcntl.h>
-#include <sys/stat.h>
-#include <sys/statfs.h>
-#include <sys/statvfs.h>
 #include <sys/syscall.h>
 #include <unistd.h>
-
-struct file_handle;
 
 namespace {
 
@@ -157,112 +150,45 @@ int meet(const char* function, const Subject& subject) {
   return failure;
 }
 
-template <class Result>
-Result failure() {
-  if constexpr (std::is_pointer_v<Result>) {
-    return nullptr;
-  } else {
-    return static_cast<Result>(-1);
-  }
-}
-
 }  // namespace
 
-#define WRAP(Result, function, parameters, arguments, ...)               \
-  extern "C" Result wrapped_##function parameters __asm__(#function);    \
-  extern "C" Result wrapped_##function parameters {                      \
-    static const auto next = following<Result(*) parameters>(#function); \
-    if (const int code = meet(#function, {__VA_ARGS__}); code != 0) {    \
-      errno = code;                                                      \
-      return failure<Result>();                                          \
-    }                                                                    \
-    return next arguments;                                               \
+// Every argument and every result of these functions fits a register, so that one signature serves
+// them all, whatever their own is.
+#define WRAP(function, failure, ...)                                                             \
+  extern "C" long wrapped_##function(long a, long b, long c, long d, long e) __asm__(#function); \
+  extern "C" long wrapped_##function(long a, long b, long c, long d, long e) {                   \
+    static const auto next = following<long (*)(long, long, long, long, long)>(#function);       \
+    if (const int code = meet(#function, {__VA_ARGS__}); code != 0) {                            \
+      errno = code;                                                                              \
+      return failure;                                                                            \
+    }                                                                                            \
+    return next(a, b, c, d, e);                                                                  \
   }
 
-// Functions of a path, of a path relative to a directory, and of a descriptor.
-#define PATH(Result, function, parameters, arguments) \
-  WRAP(Result, function, parameters, arguments, AT_FDCWD, name)
-#define AT(Result, function, parameters, arguments) \
-  WRAP(Result, function, parameters, arguments, directory, name)
-#define OPEN(Result, function, parameters, arguments) \
-  WRAP(Result, function, parameters, arguments, descriptor, "")
+// Functions of a path, the same that give a pointer, of a path relative to a directory, and of a
+// descriptor.
+#define PATH(function) WRAP(function, -1, AT_FDCWD, reinterpret_cast<const char*>(a))
+#define POINTER(function) WRAP(function, 0, AT_FDCWD, reinterpret_cast<const char*>(a))
+#define AT(function) WRAP(function, -1, static_cast<int>(a), reinterpret_cast<const char*>(b))
+#define OPEN(function) WRAP(function, -1, static_cast<int>(a), "")
 
 // clang-format off
-PATH(int, open, (const char* name, int flags, mode_t mode), (name, flags, mode))
-PATH(int, open64, (const char* name, int flags, mode_t mode), (name, flags, mode))
-PATH(FILE*, fopen, (const char* name, const char* mode), (name, mode))
-PATH(FILE*, fopen64, (const char* name, const char* mode), (name, mode))
-PATH(DIR*, opendir, (const char* name), (name))
-PATH(int, mkostemp, (char* name, int flags), (name, flags))
-PATH(int, access, (const char* name, int mode), (name, mode))
-PATH(int, stat, (const char* name, struct stat* values), (name, values))
-PATH(int, stat64, (const char* name, struct stat64* values), (name, values))
-PATH(int, lstat, (const char* name, struct stat* values), (name, values))
-PATH(int, lstat64, (const char* name, struct stat64* values), (name, values))
-PATH(int, statfs, (const char* name, struct statfs* values), (name, values))
-PATH(int, statvfs, (const char* name, struct statvfs* values), (name, values))
-PATH(int, statvfs64, (const char* name, struct statvfs64* values), (name, values))
-PATH(int, mkdir, (const char* name, mode_t mode), (name, mode))
-PATH(int, rmdir, (const char* name), (name))
-PATH(int, unlink, (const char* name), (name))
-PATH(int, remove, (const char* name), (name))
-PATH(int, rename, (const char* name, const char* to), (name, to))
-PATH(int, chmod, (const char* name, mode_t mode), (name, mode))
-PATH(char*, realpath, (const char* name, char* resolved), (name, resolved))
-PATH(ssize_t, readlink, (const char* name, char* target, size_t size), (name, target, size))
-PATH(ssize_t, getxattr, (const char* name, const char* key, void* value, size_t size), (name, key, value, size))
-PATH(ssize_t, lgetxattr, (const char* name, const char* key, void* value, size_t size), (name, key, value, size))
-PATH(int, setxattr, (const char* name, const char* key, const void* value, size_t size, int flags), (name, key, value, size, flags))
-PATH(int, lsetxattr, (const char* name, const char* key, const void* value, size_t size, int flags), (name, key, value, size, flags))
-PATH(int, removexattr, (const char* name, const char* key), (name, key))
-PATH(int, lremovexattr, (const char* name, const char* key), (name, key))
+PATH(open) PATH(open64) PATH(mkostemp) PATH(access) PATH(stat) PATH(stat64) PATH(lstat)
+PATH(lstat64) PATH(statfs) PATH(statvfs) PATH(statvfs64) PATH(mkdir) PATH(rmdir) PATH(unlink)
+PATH(remove) PATH(rename) PATH(chmod) PATH(readlink) PATH(getxattr) PATH(lgetxattr) PATH(setxattr)
+PATH(lsetxattr) PATH(removexattr) PATH(lremovexattr)
+POINTER(fopen) POINTER(fopen64) POINTER(opendir) POINTER(realpath)
+AT(openat) AT(openat64) AT(faccessat) AT(fstatat) AT(fstatat64) AT(statx) AT(mkdirat) AT(unlinkat)
+AT(renameat) AT(renameat2) AT(linkat) AT(readlinkat) AT(fchmodat) AT(utimensat)
+AT(name_to_handle_at)
+OPEN(fstat) OPEN(fstat64) OPEN(fstatfs) OPEN(fstatvfs) OPEN(getdents64) OPEN(fgetxattr)
+OPEN(fsetxattr) OPEN(fremovexattr) OPEN(fcntl) OPEN(fcntl64) OPEN(ioctl) OPEN(flock) OPEN(fsync)
+OPEN(fdatasync) OPEN(syncfs) OPEN(ftruncate) OPEN(ftruncate64) OPEN(fchmod) OPEN(fchown)
+OPEN(futimens) OPEN(fallocate) OPEN(read) OPEN(write) OPEN(pread64) OPEN(pwrite64) OPEN(pread)
+OPEN(pwrite)
+    // clang-format on
 
-AT(int, openat, (int directory, const char* name, int flags, mode_t mode), (directory, name, flags, mode))
-AT(int, openat64, (int directory, const char* name, int flags, mode_t mode), (directory, name, flags, mode))
-AT(int, faccessat, (int directory, const char* name, int mode, int flags), (directory, name, mode, flags))
-AT(int, fstatat, (int directory, const char* name, struct stat* values, int flags), (directory, name, values, flags))
-AT(int, fstatat64, (int directory, const char* name, struct stat64* values, int flags), (directory, name, values, flags))
-AT(int, statx, (int directory, const char* name, int flags, unsigned mask, struct statx* values), (directory, name, flags, mask, values))
-AT(int, mkdirat, (int directory, const char* name, mode_t mode), (directory, name, mode))
-AT(int, unlinkat, (int directory, const char* name, int flags), (directory, name, flags))
-AT(int, renameat, (int directory, const char* name, int toDirectory, const char* to), (directory, name, toDirectory, to))
-AT(int, renameat2, (int directory, const char* name, int toDirectory, const char* to, unsigned flags), (directory, name, toDirectory, to, flags))
-AT(int, linkat, (int directory, const char* name, int toDirectory, const char* to, int flags), (directory, name, toDirectory, to, flags))
-AT(ssize_t, readlinkat, (int directory, const char* name, char* target, size_t size), (directory, name, target, size))
-AT(int, fchmodat, (int directory, const char* name, mode_t mode, int flags), (directory, name, mode, flags))
-AT(int, utimensat, (int directory, const char* name, const struct timespec* times, int flags), (directory, name, times, flags))
-AT(int, name_to_handle_at, (int directory, const char* name, file_handle* handle, int* mount, int flags), (directory, name, handle, mount, flags))
-
-OPEN(int, fstat, (int descriptor, struct stat* values), (descriptor, values))
-OPEN(int, fstat64, (int descriptor, struct stat64* values), (descriptor, values))
-OPEN(int, fstatfs, (int descriptor, struct statfs* values), (descriptor, values))
-OPEN(int, fstatvfs, (int descriptor, struct statvfs* values), (descriptor, values))
-OPEN(ssize_t, getdents64, (int descriptor, void* entries, size_t size), (descriptor, entries, size))
-OPEN(ssize_t, fgetxattr, (int descriptor, const char* key, void* value, size_t size), (descriptor, key, value, size))
-OPEN(int, fsetxattr, (int descriptor, const char* key, const void* value, size_t size, int flags), (descriptor, key, value, size, flags))
-OPEN(int, fremovexattr, (int descriptor, const char* key), (descriptor, key))
-OPEN(int, fcntl, (int descriptor, int command, long argument), (descriptor, command, argument))
-OPEN(int, fcntl64, (int descriptor, int command, long argument), (descriptor, command, argument))
-OPEN(int, ioctl, (int descriptor, unsigned long request, void* argument), (descriptor, request, argument))
-OPEN(int, flock, (int descriptor, int operation), (descriptor, operation))
-OPEN(int, fsync, (int descriptor), (descriptor))
-OPEN(int, fdatasync, (int descriptor), (descriptor))
-OPEN(int, syncfs, (int descriptor), (descriptor))
-OPEN(int, ftruncate, (int descriptor, off_t size), (descriptor, size))
-OPEN(int, ftruncate64, (int descriptor, off_t size), (descriptor, size))
-OPEN(int, fchmod, (int descriptor, mode_t mode), (descriptor, mode))
-OPEN(int, fchown, (int descriptor, uid_t user, gid_t group), (descriptor, user, group))
-OPEN(int, futimens, (int descriptor, const struct timespec* times), (descriptor, times))
-OPEN(int, fallocate, (int descriptor, int mode, off_t start, off_t size), (descriptor, mode, start, size))
-OPEN(ssize_t, read, (int descriptor, void* bytes, size_t size), (descriptor, bytes, size))
-OPEN(ssize_t, write, (int descriptor, const void* bytes, size_t size), (descriptor, bytes, size))
-OPEN(ssize_t, pread64, (int descriptor, void* bytes, size_t size, off_t start), (descriptor, bytes, size, start))
-OPEN(ssize_t, pwrite64, (int descriptor, const void* bytes, size_t size, off_t start), (descriptor, bytes, size, start))
-OPEN(ssize_t, pread, (int descriptor, void* bytes, size_t size, off_t start), (descriptor, bytes, size, start))
-OPEN(ssize_t, pwrite, (int descriptor, const void* bytes, size_t size, off_t start), (descriptor, bytes, size, start))
-// clang-format on
-
-std::atomic<long> naps = 0;
+    std::atomic<long> naps = 0;
 
 extern "C" int wrapped_nanosleep(const timespec* time, timespec* left) __asm__("nanosleep");
 extern "C" int wrapped_nanosleep(const timespec* time, timespec* left) {

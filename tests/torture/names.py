@@ -7,9 +7,8 @@ import os
 import random
 import sqlite3
 
-from machine.canary import FAR_FUTURE, File, Link, World, as_user, snapshot
+from machine.canary import FAR_FUTURE, FEW_KEPT, File, Link, World, as_user, contents, differences, snapshot
 from machine.report import Report
-from machine.swap import contents, differences
 
 BATCH = 500
 AT_ONCE = 50
@@ -19,7 +18,6 @@ ODD = [b"-", b"--", b"-rf", b"\n", b"\r\n", b" ", b"a ", b"\t", b"%", b"%41", b"
        b"\xff", b"\xc3", b"\xe9" * LONGEST, b"x" * LONGEST, b"x" * 246, b"x" * 245 + b"1", b"x" * 245 + b"2",
        "é".encode(), "e\u0301".encode(), "\u202etxt".encode(), "𝄞".encode() * 63, b"a." + b"y" * 250, b"y" * 250 + b".tar"]
 DUE = {"file": File(), "tree": {"a": File()}}
-KEPT = {".hidden item": File(), "fresh": File(fresh=True)}
 
 
 def names(seed):
@@ -122,9 +120,7 @@ def undo_with_record(world, kind):
             os.chmod(info, 0 if record == "unreadable" else 0o600)
     result = world.drive(("undo", 1, FAR_FUTURE))
     places = [path for path in (world.path("file"), os.path.join(world.trash, "files", "file")) if os.path.lexists(path)]
-    problems = result.problems + differences("canary", *(
-        {place + "/" + path: entry for place, entries in canaries.items() for path, entry in entries.items()}
-        for canaries in (world.canaries, world._canaries())))
+    problems = result.problems + world.changed_canaries()
     if len(places) != 1 or contents(places[0]) != before:
         problems.append(f"the item lies at {places}")
     return problems
@@ -133,24 +129,21 @@ def undo_with_record(world, kind):
 def main():
     report = Report(__doc__)
     with World(report.tools, "bin", {}, {}) as world, World(report.tools, "delete", {}, {}) as deleting:
-        for seed in range(1, report.count(20, 1) + 1):
-            if report.wants(f"there and back at {seed}"):
-                report.case(f"there and back at {seed}", there_and_back(world, seed), BATCH)
-        for seed in range(1, report.count(3, 1) + 1):
-            if report.wants(f"deleted at {seed}"):
-                report.case(f"deleted at {seed}", there_and_back(deleting, seed), BATCH)
+        for name, chosen, most in (("there and back", world, 20), ("deleted", deleting, 3)):
+            for seed in range(1, report.count(most, 1) + 1):
+                if report.wants(f"{name} at {seed}"):
+                    report.case(f"{name} at {seed}", there_and_back(chosen, seed), BATCH)
         numbers = report.some(range(len(forged_rows(world))), 100)
     for start in range(0, len(numbers), AT_ONCE):
         if report.wants(f"forged rows at {start}"):
             # What such a row moves away may be anything, the folder itself included.
-            with World(report.tools, "bin", DUE, KEPT) as world:
+            with World(report.tools, "bin", DUE, FEW_KEPT) as world:
                 every = forged_rows(world)
                 rows = [every[number] for number in numbers[start:start + AT_ONCE]]
                 report.case(f"forged rows at {start}", undo_forged(world, rows), len(rows))
-    with World(report.tools, "bin", DUE, KEPT) as world:
+    with World(report.tools, "bin", DUE, FEW_KEPT) as world:
         for kind in RECORDS:
-            if report.wants(f"record {kind}"):
-                report.case(f"record {kind}", undo_with_record(world, kind))
+            report.check(f"record {kind}", undo_with_record, world, kind)
     report.end()
 
 

@@ -7,21 +7,14 @@ import itertools
 import os
 
 from machine import fuse, mounts
-from machine.canary import FAR_FUTURE, File, World, as_user
-from machine.driver import ORDINARY_USER
+from machine.canary import File, World, as_user, contents, own
 from machine.report import Report
-from machine.swap import contents
 
 DUE = {"file": File(), "tree": {"a": File()}}
 DEPTHS = range(6)
 # The item's name, and that of each directory on the way down.
 SHAPES = {"directory": ("holder", "d"), "package": ("holder.AppDir", "d"), "hidden": ("holder", ".d"),
           "package inside": ("holder", "d.rtfd")}
-
-
-def own(path):
-    if os.getuid() == 0:
-        os.chown(path, ORDINARY_USER, ORDINARY_USER)
 
 
 def memory(world, place, stack):

@@ -9,13 +9,12 @@ import os
 import random
 import tempfile
 
-from machine.canary import File, World, as_user, remove, snapshot
+from machine.canary import (FEW_KEPT, OPERATIONS, SMALL, File, World, as_user, contents, contents_of, differences,
+                            disposal_of, remove, snapshot)
 from machine.driver import become_user
 from machine.report import Report
-from machine.swap import Swap, contents, contents_of, differences
+from machine.swap import Swap
 
-DUE = {"file": File(), "tree": {"a": File(), "inner": {"b": File(), "c": File()}}}
-KEPT = {".hidden item": File(), "fresh": File(fresh=True)}
 METHODS = ("link", "exchange")
 TRASH = ("files", "info", "Trash")
 
@@ -28,15 +27,15 @@ def fresh(entries):
 # The folder and what lies above it are exchanged for directories whose items are due but not tagged; all else for
 # what no rule takes.
 DECOYS = {
-    "folder": DUE, "above": {"Temporary": DUE}, "file": File(fresh=True), "tree": fresh(DUE["tree"]),
-    "inner": fresh(DUE["tree"]["inner"]), "a": File(fresh=True),
+    "folder": SMALL, "above": {"Temporary": SMALL}, "file": File(fresh=True), "tree": fresh(SMALL["tree"]),
+    "inner": fresh(SMALL["tree"]["inner"]), "a": File(fresh=True),
     "files": {"file": File(), "tree": {"a": File()}}, "info": {"other.trashinfo": File()},
     "Trash": {"files": {"other": File()}, "info": {}}}
 
 
 class SwapWorld(World):
     def __init__(self, tools, disposal):
-        super().__init__(tools, disposal, DUE, KEPT)
+        super().__init__(tools, disposal, SMALL, FEW_KEPT)
         self.decoys = os.path.join(self.home, "Decoys")
 
     def places(self):
@@ -71,7 +70,7 @@ class SwapWorld(World):
     def perform(self, operation, **settings):
         return self.undo(**settings) if operation == "put-back" else self.run(**settings)
 
-    def problems_after(self, result, swap, operation):
+    def problems_after_swap(self, result, swap, operation):
         name = os.path.basename(swap.decoy)
         with as_user():
             swap.undo()
@@ -93,13 +92,13 @@ def swapped(world, operation, name, method, changes, **windows):
     with contextlib.closing(world.swap(name, method, operation)) as swap:
         def act(call):
             if changes():
-                calls.append(f"swapped at {call.function} {call.path}")
+                calls.append(f"{name} swapped by {method} at {call.function} {call.path}")
                 with as_user():
                     swap.undo() if swap.is_done else swap.do()
             return "go"
 
         result = world.perform(operation, act=act, **windows)
-        problems = world.problems_after(result, swap, operation)
+        problems = world.problems_after_swap(result, swap, operation)
     return len(calls), calls * bool(problems) + problems
 
 
@@ -110,28 +109,19 @@ def at_every_call(report, world, operation, names):
     for name, method, count in itertools.product(names, METHODS, (1, 2)):
         for number in report.windows(calls[first:], world, 1):
             label = f"{operation}, {name} by {method} {'for good' if count == 1 else 'once'} at {number}"
-            if report.wants(label):
-                report.case(label, swapped(world, operation, name, method, lambda: True, at=number, count=count)[1])
+            report.check(label, lambda: swapped(world, operation, name, method, lambda: True, at=number, count=count)[1])
 
 
-def at_random(report, world, operation, names):
-    done = seed = 0
-    while done < report.count(33_400, 40):
-        seed += 1
-        label = f"{operation}, at random with seed {seed}"
-        generator = random.Random(seed)
-        name, method = generator.choice(names), generator.choice(METHODS)
-        often = generator.choice((0.02, 0.1, 0.5))
-        if not report.wants(label):
-            done += 10
-            continue
-        number, problems = swapped(world, operation, name, method, lambda: generator.random() < often, count=0)
-        done += number
-        report.case(label, [f"{name} by {method}"] * bool(problems) + problems, number)
+def swapped_at_random(world, operation, names, seed):
+    generator = random.Random(seed)
+    name, method = generator.choice(names), generator.choice(METHODS)
+    often = generator.choice((0.02, 0.1, 0.5))
+    return swapped(world, operation, name, method, lambda: generator.random() < often, count=0)
 
 
-def all_the_time(world, operation, name, seed):
+def swapped_all_the_time(world, operation, names, seed):
     """Another process exchanges both as fast as it can, and ends with everything in its place."""
+    name = names[seed % len(names)]
     world.prepare(operation)
     with mmap.mmap(-1, 1) as ended, contextlib.closing(world.swap(name, "exchange", operation)) as swap, \
             tempfile.TemporaryFile() as count:
@@ -145,26 +135,33 @@ def all_the_time(world, operation, name, seed):
         ended[0] = 1
         os.waitpid(child, 0)
         count.seek(0)
-        return int(count.read()), world.problems_after(result, swap, operation)
+        return int(count.read()), world.problems_after_swap(result, swap, operation)
+
+
+def until(report, number, usual, how, label, *arguments):
+    """Goes on with one seed after the other until there were so many swaps; an unwanted seed stands for the usual
+    number."""
+    done = seed = 0
+    while done < number:
+        seed += 1
+        if not report.wants(f"{label} with seed {seed}"):
+            done += usual
+            continue
+        swaps, problems = how(*arguments, seed)
+        done += max(swaps, 1)
+        report.case(f"{label} with seed {seed}", problems, swaps)
 
 
 def main():
     report = Report(__doc__)
-    for operation in ("bin", "delete", "put-back"):
+    for operation in OPERATIONS:
         names = [name for name in DECOYS if operation != "delete" or name not in TRASH]
-        with SwapWorld(report.tools, "delete" if operation == "delete" else "bin") as world:
+        with SwapWorld(report.tools, disposal_of(operation)) as world:
             at_every_call(report, world, operation, names)
-            at_random(report, world, operation, names)
-            done = seed = 0
-            while done < report.count(100_000, 5_000):
-                seed += 1
-                label = f"{operation}, all the time with seed {seed}"
-                if not report.wants(label):
-                    done += 500
-                    continue
-                number, problems = all_the_time(world, operation, names[seed % len(names)], seed)
-                done += max(number, 1)
-                report.case(label, problems, number)
+            until(report, report.count(33_400, 40), 10, swapped_at_random, f"{operation}, at random",
+                  world, operation, names)
+            until(report, report.count(100_000, 5_000), 500, swapped_all_the_time, f"{operation}, all the time",
+                  world, operation, names)
     report.end()
 
 

@@ -9,48 +9,37 @@ import random
 import tempfile
 
 from machine import mounts
-from machine.canary import FRESH, File, World, as_user, remove, snapshot
+from machine.canary import COPY, FEW_KEPT, FRESH, SMALL, World, as_user, remove, snapshot
 from machine.driver import become_user
 from machine.report import Report
 from machine.writing import WRITERS
 
-COPY = "put-back by a copy"
 FILES = 300
 SAVES = 3000
 BEGUN, ENDED = 0, 1
-DUE = {"file": File(), "tree": {"a": File(), "inner": {"b": File(), "c": File()}}}
-KEPT = {".hidden item": File(), "fresh": File(fresh=True)}
 
 
 class WriterWorld(World):
     def __init__(self, tools, disposal):
-        super().__init__(tools, disposal, DUE, KEPT)
+        super().__init__(tools, disposal, SMALL, FEW_KEPT)
         self.aside = os.path.join(self.home, "Aside")
 
-    def prepare(self, operation="run"):
-        self.reset()
-        self.is_undoing = operation == COPY
-        if self.is_undoing:
-            self.run()
-        with as_user():
-            if os.path.isdir(self.aside):
-                remove(self.aside)
-            os.mkdir(self.aside)
-
     @contextlib.contextmanager
-    def performing(self, operation):
-        if operation != COPY:
-            yield self.run
-            return
-        with self.on_another_mount():
-            yield self.undo
+    def prepared(self, operation):
+        with super().prepared(operation) as perform:
+            self.is_undoing = operation == COPY
+            with as_user():
+                if os.path.isdir(self.aside):
+                    remove(self.aside)
+                os.mkdir(self.aside)
+            yield perform
 
-    def problems_after(self, result, written, stays=()):
+    def problems_after_writing(self, result, written, stays=()):
         """`stays` is what was written while its item lay at its place: it keeps the item from going."""
         self.start_again()
         # What is written comes back under its own name, or beside what has taken that name.
         names = [name for name in os.listdir(self.folder) if name.startswith(("file", "tree", ".saving"))]
-        problems = result.problems + self.check(touched={*DUE, *names}, is_undoing=self.is_undoing, may_wait=self.is_undoing)
+        problems = result.problems + self.check(touched={*SMALL, *names}, is_undoing=self.is_undoing, may_wait=self.is_undoing)
         there = "".join(entry.content for entry in snapshot(self.root).values())
         problems += [f"lost: {text!r}" for text in written if text not in there]
         here = "".join(entry.content for entry in snapshot(self.folder).values())
@@ -62,45 +51,38 @@ class WriterWorld(World):
 
 
 def written_at(world, operation, kind, where, number):
-    world.prepare(operation)
-    top = os.path.join(world.trash, "files") if operation == COPY else world.folder
-    with as_user():
-        writer = kind(world, top, where)
-
-    def act(call):
-        calls.append(f"written at {call.function} {call.path}")
-        was_in_place = os.path.lexists(writer.item)
-        with as_user():
-            writer.act()
-        if was_in_place and writer.is_over() and operation != COPY:
-            stays.extend(writer.written)
-        return "go"
-
-    calls = []
     stays = []
-    with contextlib.closing(writer), world.performing(operation) as perform:
-        result = perform(act=act, at=number)
-    problems = world.problems_after(result, writer.written, stays)
-    return calls * bool(problems) + problems
+    with world.prepared(operation) as perform:
+        with as_user():
+            writer = kind(world, os.path.join(world.trash, "files") if operation == COPY else world.folder, where)
+
+        def act(_):
+            was_in_place = os.path.lexists(writer.item)
+            with as_user():
+                writer.act()
+            if was_in_place and writer.is_over() and operation != COPY:
+                stays.extend(writer.written)
+            return "go"
+
+        with contextlib.closing(writer):
+            result = perform(act=act, at=number)
+    problems = world.problems_after_writing(result, writer.written, stays)
+    return result.disturbed * bool(problems) + problems
 
 
 def at_every_call(report, world, operation):
-    world.prepare(operation)
-    with world.performing(operation) as perform:
-        calls = perform(action="trace").calls
+    calls = world.calls(operation)
     # What was written before the plan may be due. The time of the last start is the last thing that is read for it.
     planned = max((call.number for call in calls if call.path.startswith("/proc/s")), default=0)
     for kind, where in WRITERS:
         for number in report.windows(calls[planned:], world, 2):
             label = f"{operation}, {kind.__name__} {where} at {number}"
-            if report.wants(label):
-                report.case(label, written_at(world, operation, kind, where, number))
+            report.check(label, written_at, world, operation, kind, where, number)
 
 
 def saves_all_the_time(world, seed):
     """Another process saves by renaming, as fast as it can, into a directory of many files."""
-    world.prepare()
-    with as_user():
+    with world.prepared("delete"), as_user():
         for number in range(FILES):
             world.write(world.path("tree", "inner", str(number)))
     world.remember()
@@ -123,7 +105,7 @@ def saves_all_the_time(world, seed):
             os.waitpid(child, 0)
         log.seek(0)
         saved = {line.split()[2]: line for line in log.read().decode().splitlines(keepends=True)}
-    return world.problems_after(result, saved.values())
+    return world.problems_after_writing(result, saved.values())
 
 
 def save(path, seed, flags, log):
@@ -155,19 +137,15 @@ def save(path, seed, flags, log):
 def main():
     report = Report(__doc__)
     reason = mounts.enter_own_mounts()
-    can_mount = not reason
     if reason:
-        report.skip(f"put-back by a copy: {reason}")
-    for disposal in ("bin", "delete"):
+        report.skip(f"{COPY}: {reason}")
+    for disposal, operations in (("bin", ("bin",) if reason else ("bin", COPY)), ("delete", ("delete",))):
         with WriterWorld(report.tools, disposal) as world:
-            at_every_call(report, world, disposal)
-            if disposal == "bin" and can_mount:
-                at_every_call(report, world, COPY)
+            for operation in operations:
+                at_every_call(report, world, operation)
     with WriterWorld(report.tools, "delete") as world:
         for seed in range(1, report.count(300, 2) + 1):
-            label = f"saves all the time, seed {seed}"
-            if report.wants(label):
-                report.case(label, saves_all_the_time(world, seed))
+            report.check(f"saves all the time, seed {seed}", saves_all_the_time, world, seed)
     report.end()
 
 

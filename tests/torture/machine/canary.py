@@ -37,8 +37,14 @@ KEPT = {
     ".hidden item": File(), ".hidden": File(), "listed": File(), "fresh": File(fresh=True),
     "fresh tree": {"old": File(), "in it": {"fresh": File(fresh=True)}},
     "unreadable": Directory({"in it": File()}, 0o000)}
+# Less of both, where every call of a run is a case.
+SMALL = {"file": File(), "tree": {"a": File(), "inner": {"b": File(), "c": File()}}}
+FEW_KEPT = {".hidden item": File(), "fresh": File(fresh=True)}
 OUTSIDE = {"precious": File(0o400), "shared": File(), "album": {"picture": File(), "more": {"picture": File()}},
            "empty": {}, ".hidden": File(), "to": Link("precious")}
+
+OPERATIONS = ("bin", "delete", "put-back")
+COPY = "put-back by a copy"
 
 Entry = collections.namedtuple("Entry", "kind mode content modified changed attributes")
 
@@ -86,6 +92,33 @@ def parts(entries, name):
             for path, entry in entries.items() if path == name or path.startswith(name + "/")}
 
 
+def contents(path):
+    """Of a tree what makes it the same wherever it lies; nothing where there is none."""
+    if not os.path.lexists(path):
+        return {}
+    if not os.path.isdir(path) or os.path.islink(path):
+        name = os.path.basename(path)
+        return parts({name: entry_of(path)}, name)
+    return contents_of(snapshot(path))
+
+
+def contents_of(entries):
+    return {path: parts({path: entry}, path)[""] for path, entry in entries.items()}
+
+
+def differences(what, before, now):
+    return [f"{what} {path} was {before.get(path)} and is {now.get(path)}"
+            for path in sorted(before.keys() | now.keys()) if before.get(path) != now.get(path)]
+
+
+def disposal_of(operation):
+    return "delete" if operation == "delete" else "bin"
+
+
+def puts_back(operation):
+    return operation not in ("bin", "delete")
+
+
 @contextlib.contextmanager
 def as_user():
     """With the rights of the user whose home it is, as far as this process can give up its own."""
@@ -101,13 +134,18 @@ def as_user():
         os.setegid(0)
 
 
+def own(path):
+    """Makes it that user's."""
+    if os.getuid() == 0:
+        os.chown(path, ORDINARY_USER, ORDINARY_USER)
+
+
 class World:
     """Lies in a directory, by default a temporary one; the folder may lie on a drive of its own."""
 
     def __init__(self, tools, disposal, due=None, kept=None, directory=None, drive=None):
         self.root = os.path.realpath(tempfile.mkdtemp(prefix="tidemar-torture-", dir=directory))
-        if os.getuid() == 0:
-            os.chown(self.root, ORDINARY_USER, ORDINARY_USER)
+        own(self.root)
         self.disposal = disposal
         self.due = DUE if due is None else due
         self.kept = KEPT if kept is None else kept
@@ -226,11 +264,27 @@ class World:
         return self.drive(("undoAll", 1, FAR_FUTURE), **settings)
 
     @contextlib.contextmanager
+    def prepared(self, operation):
+        """Makes the world anew, and gives what performs the operation: a run, or putting back what a run took."""
+        self.reset()
+        if not puts_back(operation):
+            yield self.run
+            return
+        self.run()
+        with self.on_another_mount() if operation == COPY else contextlib.nullcontext():
+            yield self.undo
+
+    @contextlib.contextmanager
     def on_another_mount(self):
         """The same folder, but so that an item of the Bin comes back as a copy."""
         above = os.path.dirname(self.folder)
         with mounts.mounted(above, "--bind", above):
             yield
+
+    def calls(self, operation):
+        """Those of the operation where nobody disturbs it."""
+        with self.prepared(operation) as perform:
+            return perform(action="trace").calls
 
     def start_again(self):
         """What the next start of the program does first."""
@@ -244,6 +298,16 @@ class World:
         return problems + ([f"still there: {left}"] if left else [])
 
     # Checking.
+
+    def problems_after(self, result, operation, in_hand=1):
+        """What is wrong after an operation that was disturbed, once the program has started again, and once it has
+        run to the end."""
+        again = self.start_again()
+        problems = result.problems + again.problems + [f"next start: {line}" for line in again.of("error")]
+        problems += self.check(in_hand, is_undoing=puts_back(operation), may_wait=True)
+        if not puts_back(operation):
+            problems += [f"next run: {problem}" for problem in self.run_whole() + self.check()]
+        return result.disturbed * bool(problems) + problems
 
     def journal(self):
         connection = sqlite3.connect(self.database)
@@ -268,6 +332,10 @@ class World:
         where the folder has been meanwhile. A record may wait for its item, if that lies at its old place."""
         return Check(self, set(touched), is_undoing, {self.folder, *also_at}, may_wait).problems(in_hand)
 
+    def changed_canaries(self):
+        now = self._canaries()
+        return [problem for place, before in self.canaries.items() for problem in differences(place, before, now[place])]
+
     def lost(self, *snapshots):
         """Of snapshots of before what doesn't lie anywhere any more, or twice."""
         there = collections.Counter(entry.content for entry in snapshot(self.root).values() if entry.content)
@@ -286,10 +354,9 @@ class Check:
         files = os.path.join(world.trash, "files")
         self.binned = snapshot(files) if os.path.isdir(files) else {}
         self.rows = world.journal()
-        self.found = []
+        self.found = world.changed_canaries()
 
     def problems(self, in_hand):
-        self._compare_canaries()
         self._compare_kept()
         self._look_for_remains()
         self._read_records()
@@ -298,21 +365,11 @@ class Check:
             self.found.append(f"items without a record: {lacking}")
         return self.found
 
-    def _compare_canaries(self):
-        now = self.world._canaries()
-        for place, before in self.world.canaries.items():
-            self._compare(place, before, now[place])
-
-    def _compare(self, place, before, now):
-        for path in sorted(before.keys() | now.keys()):
-            if before.get(path) != now.get(path):
-                self.found.append(f"{place}/{path} was {before.get(path)} and is {now.get(path)}")
-
     def _compare_kept(self):
         def kept(entries):
             return {path: entry for path, entry in entries.items()
                     if path.split("/")[0] in self.world.kept and path.split("/")[0] not in self.touched}
-        self._compare("folder", kept(self.world.before), kept(self.now))
+        self.found += differences("folder", kept(self.world.before), kept(self.now))
 
     def _look_for_remains(self):
         for path in self.now:

@@ -43,8 +43,9 @@ class Result:
         return [line[1:] for line in self.lines if line[0] == word]
 
     @property
-    def is_killed(self):
-        return self.status == -9
+    def disturbed(self):
+        """Where it was disturbed first, as a sentence in a list."""
+        return [f"disturbed at {call.function} {call.path}" for call in self.calls[:1]]
 
     @property
     def problems(self):

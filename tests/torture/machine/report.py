@@ -54,6 +54,11 @@ class Report:
         """Nothing for a label stands for what only all cases together can tell."""
         return self._only is None or self._only == label
 
+    def check(self, label, function, *arguments):
+        """Counts a case that is wanted; the function answers its problems."""
+        if self.wants(label):
+            self.case(label, function(*arguments))
+
     def case(self, label, problems, number=1):
         group = label.split(",")[0].split(" at ")[0]
         self.counts[group] = self.counts.get(group, 0) + number

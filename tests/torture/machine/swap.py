@@ -4,7 +4,7 @@ import contextlib
 import ctypes
 import os
 
-from machine.canary import FRESH, entry_of, parts, snapshot
+from machine.canary import FRESH, contents, differences
 
 RENAME_EXCHANGE = 2
 _libc = ctypes.CDLL(None, use_errno=True)
@@ -15,25 +15,6 @@ def exchange(from_directory, name, to_directory, other):
     if _libc.renameat2(from_directory, os.fsencode(name), to_directory, os.fsencode(other), RENAME_EXCHANGE) != 0:
         code = ctypes.get_errno()
         raise OSError(code, os.strerror(code), name)
-
-
-def contents(path):
-    """Of a tree what makes it the same wherever it lies; nothing where there is none."""
-    if not os.path.lexists(path):
-        return {}
-    if not os.path.isdir(path) or os.path.islink(path):
-        path, name = os.path.split(path)
-        return parts({name: entry_of(os.path.join(path, name))}, name)
-    return contents_of(snapshot(path))
-
-
-def contents_of(entries):
-    return {path: parts({path: entry}, path)[""] for path, entry in entries.items()}
-
-
-def differences(what, before, now):
-    return [f"{what} {path} was {before.get(path)} and is {now.get(path)}"
-            for path in sorted(before.keys() | now.keys()) if before.get(path) != now.get(path)]
 
 
 class Swap:

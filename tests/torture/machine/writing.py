@@ -99,30 +99,28 @@ class Appends(Writer):
 class OpensAndAppends(Writer):
     """Without waiting where someone holds a lease on the file."""
 
+    waiting = os.O_NONBLOCK
+
     def act(self):
         with contextlib.suppress(FileNotFoundError, BlockingIOError):
-            file = self.open(self.name, os.O_WRONLY | os.O_APPEND | os.O_NONBLOCK)
+            file = self.open(self.name, os.O_WRONLY | os.O_APPEND | self.waiting)
             os.write(file, self.text())
             os.close(file)
 
 
-class WaitsAndAppends(Writer):
+class WaitsAndAppends(OpensAndAppends):
     """Waits until it may open the file."""
 
+    waiting = 0
+
     def act(self):
-        self.thread = threading.Thread(target=self._append)
+        self.thread = threading.Thread(target=super().act)
         self.thread.start()
         # Long enough for it to be inside its call, where a lease stops it.
         self.thread.join(0.002)
 
     def is_over(self):
         return not self.thread.is_alive()
-
-    def _append(self):
-        with contextlib.suppress(FileNotFoundError):
-            file = self.open(self.name, os.O_WRONLY | os.O_APPEND)
-            os.write(file, self.text())
-            os.close(file)
 
     def close(self):
         if hasattr(self, "thread"):
