@@ -106,16 +106,16 @@ TEST_F(Runs, aStatusReadsInItsOrderAndChangesNothing) {
 
 TEST_F(Runs, theNextReadingSeesWhatBecameKnownOrWasForgotten) {
   files.draw(R"(
-    /f/
-      c/ 3 @103
+    /g/
+      item/ @103
         inner/ @103)");
-  const auto due = [&] { return namesOf(engine.status(*folder.id, now).dueNow); };
-  EXPECT_EQ(due(), "c");
-  const Folder inner = engine.addFolder(FileURL("/f/c/inner"), added);
-  files.tags("/f/c/inner") = {std::string(TemporaryTag::name)};
+  const Folder outer = temporaryFolder("/g", toBin);
+  const auto due = [&] { return namesOf(engine.status(*outer.id, now).dueNow); };
+  EXPECT_EQ(due(), "item");
+  const Folder inner = temporaryFolder("/g/item/inner", toBin);
   EXPECT_EQ(due(), "") << "it holds a Temporary folder";
   engine.store().deleteFolder(*inner.id);
-  EXPECT_EQ(due(), "c");
+  EXPECT_EQ(due(), "item");
 }
 
 TEST_F(Runs, theFactsOfTheMomentReachThePlan) {
