@@ -1,6 +1,7 @@
 #include "Tidemar/WindowCoordinator.h"
 
 #include <QCloseEvent>
+#include <QDialog>
 #include <QLayout>
 #include <QVBoxLayout>
 #include <algorithm>
@@ -97,8 +98,11 @@ QWidget* WindowCoordinator::window(const std::string& identifier) const {
 void WindowCoordinator::hideAll() {
   storeFrames();
   finishEdits();
-  for (const auto& [identifier, window] : _windows)
+  for (const auto& [identifier, window] : _windows) {
+    for (QDialog* panel : window->findChildren<QDialog*>())
+      panel->reject();
     window->hide();
+  }
 }
 
 void WindowCoordinator::finishEdits() {
@@ -130,8 +134,7 @@ QWidget* WindowCoordinator::makeMainWindow() {
   column->setContentsMargins(0, 0, 0, 0);
   column->addWidget(content);
   _mainView = &content->view();
-  _mainView->setMenuActions(
-      {&_checkForUpdates, &_openSettings, makeSeparator(window), &_quit});
+  _mainView->setMenuActions({&_checkForUpdates, &_openSettings, makeSeparator(window), &_quit});
   window->setObjectName(QStringLiteral("TidemarMain"));
   window->setWindowTitle(textOf(labels::tidemar));
   window->setMinimumSize(smallestMainWindow);

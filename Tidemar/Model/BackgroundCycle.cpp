@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <chrono>
+#include <variant>
 
 #include "Tidemar/Model/AppModel.h"
 #include "Tidemar/Model/ApplicationLog.h"
@@ -83,6 +84,11 @@ QCoro::Task<std::shared_ptr<const FolderReport>> AppModel::clear(std::int64_t fo
   };
   try {
     co_return co_await detached(_services.executor, run);
+  } catch (const EngineFailure& failure) {
+    // One that was removed meanwhile has nothing to clear.
+    if (!std::holds_alternative<EngineFailure::FolderNotFound>(failure.failure()))
+      applicationLog().log(LogLevel::error, "Run of folder %lld failed: %{public}s", folderID,
+                           textForLog(std::current_exception()));
   } catch (...) {
     applicationLog().log(LogLevel::error, "Run of folder %lld failed: %{public}s", folderID,
                          textForLog(std::current_exception()));

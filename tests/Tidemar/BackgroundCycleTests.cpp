@@ -80,6 +80,23 @@ TEST(BackgroundCycle, AFolderThatFailsCostsOnlyItselfAndAllShareOneDate) {
   EXPECT_TRUE(world.alerts.told.empty()) << "a cycle tells the user nothing";
 }
 
+TEST(BackgroundCycle, AFolderThatIsRemovedMeanwhileIsNoFailure) {
+  if (access("/run/systemd/journal/socket", W_OK) == 0)
+    GTEST_SKIP() << "the log goes to this machine's journal and can't be read here";
+  ModelWorld world;
+  world.makeTemporary("/a", {"old" + old});
+  const std::int64_t second = world.makeTemporary("/b");
+  std::optional<QCoro::Task<void>> removal;
+  world.disk.before("trash /a/old", [&] {
+    removal.emplace(world.model->removeFolder(world.model->reportForFolder(second)->folder));
+  });
+  ::testing::internal::CaptureStderr();
+  world.runCycle();
+  const std::string log = ::testing::internal::GetCapturedStderr();
+  EXPECT_EQ(log.find("error"), std::string::npos) << log;
+  EXPECT_EQ(world.model->reports().size(), 1U);
+}
+
 TEST(BackgroundCycle, NoFailureIsSilentOrTheLastCycle) {
   if (access("/run/systemd/journal/socket", W_OK) == 0)
     GTEST_SKIP() << "the log goes to this machine's journal and can't be read here";
