@@ -1,4 +1,5 @@
 #include <cerrno>
+#include <filesystem>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -133,6 +134,12 @@ TEST_F(Removal, TakesNoFolderThatIsNeverClearedWithAnItem) {
   EXPECT_EQ(removalCode(url("item")), EBUSY) << "the program's own data";
   EXPECT_EQ(removalCode(url("sub")), 0) << "a link to it takes nothing along";
   EXPECT_EQ(removalCode(url("item/sub/deep")), 0) << "what lies inside may go";
+  for (const std::string& bin : {std::string(".Trash"), ".Trash-" + std::to_string(geteuid())}) {
+    makeTree(_directory.url(), bin + "/\n" + "drive/\n  " + bin + "/");
+    EXPECT_EQ(codeOfBothWays(url("drive")), EBUSY) << "it holds a Bin";
+    EXPECT_EQ(codeOfBothWays(url(bin)), EBUSY);
+    std::filesystem::remove_all(path("drive"));
+  }
 }
 
 TEST_F(Removal, AMountInsideAnItemKeepsItWholeAndWithoutADate) {

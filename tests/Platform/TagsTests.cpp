@@ -1,6 +1,7 @@
 #include <cerrno>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -69,24 +70,22 @@ TEST(Tags, ThatAreMissingReadAsNoneAndNoneLeaveNoAttribute) {
   EXPECT_THROW(readTagNames(FileURL(directory.path() + std::string("\0x", 2))), PlatformError);
 }
 
-TEST(Tags, FailureToWriteThemSaysWhatToDo) {
-  const struct {
-    int code;
-    const char* advice;
-  } rows[] = {
-      {ENOTSUP, "another drive"}, {EPERM, "Unlock"},     {EACCES, "permissions"},
-      {EROFS, "writable"},        {ENOSPC, "Make room"}, {E2BIG, "Take a tag off"},
-  };
-  for (const auto& row : rows) {
-    const TemporaryDirectory directory;
-    setAttribute(directory.url(), "old");
-    withFailingSystemCall(SYS_fsetxattr, row.code, [&] {
+TEST(Tags, StayAsTheyWereWhereTheDiskRefusesNewOnesAndSaysWhatToDo) {
+  const TemporaryDirectory directory;
+  setAttribute(directory.url(), "old");
+  for (const auto& [code, advice] : {std::pair{ENOTSUP, "another drive"},
+                                     {EPERM, "Unlock"},
+                                     {EACCES, "permissions"},
+                                     {EROFS, "writable"},
+                                     {ENOSPC, "Make room"},
+                                     {E2BIG, "Take a tag off"}}) {
+    withFailingSystemCall(SYS_fsetxattr, code, [&] {
       try {
         writeTagNames(directory.url(), std::vector<std::string>{"new"});
-        ADD_FAILURE() << row.advice;
+        ADD_FAILURE() << advice;
       } catch (const PlatformError& error) {
-        EXPECT_EQ(error.code(), row.code);
-        EXPECT_NE(std::string(error.what()).find(row.advice), std::string::npos) << error.what();
+        EXPECT_EQ(error.code(), code);
+        EXPECT_NE(std::string(error.what()).find(advice), std::string::npos) << error.what();
       }
     });
     EXPECT_EQ(attributeOf(directory.url()), "old");

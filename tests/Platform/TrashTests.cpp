@@ -292,6 +292,7 @@ TEST(TrashRecord, HoldsAPathAloneWhereItIsWellFormed) {
       {"[Trash Info]\nPath=/a\n[Next]\n" + date},
       {"[Trash Info]\nPath=/a\n"},
       {"[Trash Info]\nPath=/a\nDeletionDate=2025-11-21\n"},
+      {"[Trash Info]\nPath=/a\nDeletionDate=2025-11-2xT22:11:35\n"},
       {"[Trash Info]\nPath=\n" + date},
       {"[Trash Info]\nPath=/a%2\n" + date},
       {"[Trash Info]\nPath=/a b\n" + date},

@@ -3,13 +3,14 @@
 #include <memory>
 #include <stdexcept>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "TidemarKit/Engine/Engine.h"
 #include "TidemarKit/TemporaryTag.h"
 #include "support/FakeFileManager.h"
 #include "support/FileExpectations.h"
+#include "support/RawDatabase.h"
+#include "support/TemporaryTree.h"
 
 namespace tidemar::testing {
 
@@ -24,14 +25,10 @@ Engine::Failure::Case failureOf(Operation operation) {
   throw std::logic_error("it didn't fail");
 }
 
-/// An engine over a disk and a store that a test has in hand.
+/// An engine over a disk and a database that a test has in hand.
 struct EngineWorld {
   static constexpr Date added{1000};  ///< When the folders of these tests became known.
   static constexpr Date now{2000};
-
-  /// With a store in memory, or in a file of its own.
-  EngineWorld() : EngineWorld(std::make_unique<Store>()) {}
-  explicit EngineWorld(std::unique_ptr<Store> store) : engine(std::move(store), files) {}
 
   /// Makes a folder on the disk known, sets its rules and tags it.
   Folder temporaryFolder(const std::string& path, const TemporarySettings& settings) {
@@ -46,8 +43,13 @@ struct EngineWorld {
   /// The row as it stands.
   Folder row(const Folder& folder) { return engine.store().folder(*folder.id).value(); }
 
+  /// Changes the database as another program does.
+  void alter(const std::string& sql) const { runSQL(database, sql); }
+
+  TemporaryDirectory directory;
+  std::string database = directory.path("tidemar.sqlite");
   FakeFileManager files;
-  Engine engine;
+  Engine engine{std::make_unique<Store>(database), files};
 };
 
 using Lines = std::vector<std::string>;

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <cerrno>
 #include <string>
 
@@ -195,6 +196,7 @@ TEST_F(FolderLifecycle, forgettingTakesTheTagTheRowAndTheJournalOrNothing) {
 
   files.rename("/f", "/h");
   engine.forget(folder);
+  EXPECT_EQ(std::ranges::count(files.operations(), "giveBack /h"), 1);
   EXPECT_EQ(files.tags("/h"), Lines{"Work"});
   EXPECT_TRUE(engine.store().folders().empty());
   EXPECT_TRUE(engine.store().journalSince(Date{-1e9}).empty());

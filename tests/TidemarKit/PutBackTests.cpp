@@ -5,8 +5,6 @@
 
 #include "TidemarKit/EngineWorld.h"
 #include "TidemarKit/Store/DatabaseError.h"
-#include "support/RawDatabase.h"
-#include "support/TemporaryTree.h"
 
 namespace tidemar {
 namespace {
@@ -18,10 +16,16 @@ using Failure = Engine::Failure;
 
 /// A folder whose item "a" lies in the Bin as "a.2", and the entry that says so.
 struct BinnedItem : testing::EngineWorld {
-  BinnedItem() { draw(); }
-  explicit BinnedItem(const std::string& database)
-      : EngineWorld(std::make_unique<Store>(database)) {
-    draw();
+  BinnedItem() {
+    files.draw("/f/\n/home/ada/Trash/\n  a.2 7 @100");
+    folder = temporaryFolder("/f", {});
+    entry.folderID = *folder.id;
+    entry.name = "a";
+    entry.binnedPath = "/home/ada/Trash/a.2";
+    entry.size = 7;
+    entry.reasons = {Rule::age};
+    entry.performedAt = added;
+    entry = engine.store().insert(entry);
   }
 
   /// Changes the entry's row.
@@ -41,19 +45,6 @@ struct BinnedItem : testing::EngineWorld {
 
   Folder folder;
   JournalEntry entry;
-
- private:
-  void draw() {
-    files.draw("/f/\n/home/ada/Trash/\n  a.2 7 @100");
-    folder = temporaryFolder("/f", {});
-    entry.folderID = *folder.id;
-    entry.name = "a";
-    entry.binnedPath = "/home/ada/Trash/a.2";
-    entry.size = 7;
-    entry.reasons = {Rule::age};
-    entry.performedAt = added;
-    entry = engine.store().insert(entry);
-  }
 };
 
 class PutBack : public ::testing::Test, public BinnedItem {
@@ -136,38 +127,31 @@ TEST_F(PutBack, thatTheDiskRefusesLeavesItemAndEntry) {
 const char* const refuseUpdates =
     "CREATE TRIGGER refuse BEFORE UPDATE ON journalEntry BEGIN SELECT RAISE(ABORT, 'no'); END";
 
-TEST(PutBackOverAFailingDatabase, movesNothing) {
-  const testing::TemporaryDirectory directory;
-  const std::string database = directory.path("tidemar.sqlite");
-  BinnedItem world(database);
-  testing::runSQL(database, refuseUpdates);
-  EXPECT_THROW(world.undo(), DatabaseError);
-  world.expectUntouched();
-  testing::runSQL(database, "DROP TRIGGER refuse");
-  world.undo();
-  EXPECT_TRUE(world.files.exists("/f/a"));
+TEST_F(PutBack, overAFailingDatabaseMovesNothing) {
+  alter(refuseUpdates);
+  EXPECT_THROW(undo(), DatabaseError);
+  expectUntouched();
+  alter("DROP TRIGGER refuse");
+  undo();
+  EXPECT_TRUE(files.exists("/f/a"));
 }
 
-TEST(PutBackOverAFailingDatabase, keepsTheRowOfTheItemInHandAndMovesNoOther) {
-  const testing::TemporaryDirectory directory;
-  const std::string database = directory.path("tidemar.sqlite");
-  BinnedItem world(database);
-  world.files.draw("/home/ada/Trash/b 1 @1");
-  JournalEntry second = world.entry;
+TEST_F(PutBack, keepsTheRowOfTheItemInHandAndMovesNoOtherOverAFailingDatabase) {
+  files.draw("/home/ada/Trash/b 1 @1");
+  JournalEntry second = entry;
   second.id.reset();
   second.name = "b";
   second.binnedPath = "/home/ada/Trash/b";
-  second = world.engine.store().insert(second);
-  world.files.before("move /home/ada/Trash/a.2 to /f/a",
-                     [&] { testing::runSQL(database, refuseUpdates); });
-  EXPECT_THROW(world.undo(), DatabaseError);
-  EXPECT_TRUE(world.files.exists("/f/a"));
-  EXPECT_THROW(world.engine.undo(*second.id, world.now), DatabaseError);
-  EXPECT_FALSE(world.files.exists("/f/b"));
+  second = engine.store().insert(second);
+  files.before("move /home/ada/Trash/a.2 to /f/a", [&] { alter(refuseUpdates); });
+  EXPECT_THROW(undo(), DatabaseError);
+  EXPECT_TRUE(files.exists("/f/a"));
+  EXPECT_THROW(engine.undo(*second.id, now), DatabaseError);
+  EXPECT_FALSE(files.exists("/f/b"));
 
-  testing::runSQL(database, "DROP TRIGGER refuse");
-  EXPECT_EQ(failureOf([&] { world.undo(); }), Failure::Case(Failure::AlreadyUndone{}));
-  EXPECT_EQ(world.storedEntry().undoneAt, world.now);
+  alter("DROP TRIGGER refuse");
+  EXPECT_EQ(failure(), Failure::Case(Failure::AlreadyUndone{}));
+  EXPECT_EQ(storedEntry().undoneAt, now);
 }
 
 }  // namespace

@@ -7,14 +7,11 @@
 
 #include <gtest/gtest.h>
 #include <sys/syscall.h>
-#include <unistd.h>
 
 #include "TidemarKit/EngineWorld.h"
 #include "TidemarKit/Store/DatabaseError.h"
 #include "TidemarKit/System.h"
 #include "support/FailingSystemCall.h"
-#include "support/RawDatabase.h"
-#include "support/TemporaryTree.h"
 #include "support/Values.h"
 
 namespace tidemar {
@@ -28,9 +25,9 @@ constexpr TemporarySettings toBin{0, std::nullopt, false, false, Disposal::bin};
 
 /// A Temporary folder of five items, "a" the oldest, all due by age, and one run of it.
 struct FiveItems : testing::EngineWorld {
-  FiveItems() { draw(); }
-  explicit FiveItems(const std::string& database) : EngineWorld(std::make_unique<Store>(database)) {
-    draw();
+  FiveItems() {
+    files.draw("/f/\n  e 5 @105\n  d 4 @104\n  c/ 3 @103\n  b 2 @102\n  a 1 @101");
+    folder = temporaryFolder("/f", toBin);
   }
 
   void useSettings(const TemporarySettings& settings) {
@@ -50,18 +47,6 @@ struct FiveItems : testing::EngineWorld {
 
   Folder folder;
   RunGate gate;
-
- private:
-  void draw() {
-    files.draw(R"(
-      /f/
-        e 5 @105
-        d 4 @104
-        c/ 3 @103
-        b 2 @102
-        a 1 @101)");
-    folder = temporaryFolder("/f", toBin);
-  }
 };
 
 class Runs : public ::testing::Test, public FiveItems {};
@@ -322,14 +307,11 @@ TEST_F(Runs, whatTheUserChangesMeanwhileIsNotPutBack) {
   EXPECT_THROW(run(), RecordNotFound) << "it was forgotten";
 }
 
-TEST(RunsOverAFailingDatabase, leaveTheItemThatCouldNotBeRecorded) {
-  for (const char* refusal : {"SELECT RAISE(ABORT, 'no');", "SELECT RAISE(IGNORE);"}) {
-    const testing::TemporaryDirectory directory;
-    const std::string database = directory.path("tidemar.sqlite");
-    FiveItems world(database);
-    testing::runSQL(database, std::string("CREATE TRIGGER refuse BEFORE INSERT ON journalEntry "
-                                          "WHEN NEW.name = 'b' BEGIN ") +
-                                  refusal + " END");
+TEST(RunsOverARefusingDatabase, leaveTheItemThatCouldNotBeRecorded) {
+  for (const std::string refusal : {"SELECT RAISE(ABORT, 'no')", "SELECT RAISE(IGNORE)"}) {
+    FiveItems world;
+    world.alter("CREATE TRIGGER refuse BEFORE INSERT ON journalEntry WHEN NEW.name = 'b' BEGIN " +
+                refusal + "; END");
     const RunResult result = world.run();
     EXPECT_EQ(names(result.journal), "a c d e");
     ASSERT_EQ(result.failures.size(), 1U);
@@ -339,34 +321,27 @@ TEST(RunsOverAFailingDatabase, leaveTheItemThatCouldNotBeRecorded) {
   }
 }
 
-TEST(RunsOverAFailingDatabase, writeTheRowOfTheItemInHandLaterAndTakeNothingElseUntilThen) {
-  const testing::TemporaryDirectory directory;
-  const std::string database = directory.path("tidemar.sqlite");
-  FiveItems world(database);
-  world.files.before("trash /f/b", [&] {
-    testing::runSQL(database, "ALTER TABLE journalEntry RENAME TO hidden");
-  });
-  EXPECT_EQ(names(world.run().journal), "a");
-  EXPECT_EQ(world.files.names("/f"), "e d c");
-  testing::runSQL(database, "ALTER TABLE hidden RENAME TO journalEntry");
-  testing::runSQL(database,
-                  "CREATE TRIGGER refuse BEFORE UPDATE ON folder "
-                  "BEGIN SELECT RAISE(ABORT, 'no'); END");
-  EXPECT_THROW(world.run(), DatabaseError) << "the end can't be written";
-  EXPECT_EQ(world.files.names("/f"), "");
-  EXPECT_EQ(world.engine.store().journalOfFolder(*world.folder.id).size(), 5U);
+using RunsOverAFailingDatabase = Runs;
+
+TEST_F(RunsOverAFailingDatabase, writeTheRowOfTheItemInHandLaterAndTakeNothingElseUntilThen) {
+  files.before("trash /f/b", [&] { alter("ALTER TABLE journalEntry RENAME TO hidden"); });
+  EXPECT_EQ(names(run().journal), "a");
+  EXPECT_EQ(files.names("/f"), "e d c");
+  alter(
+      "ALTER TABLE hidden RENAME TO journalEntry;"
+      "CREATE TRIGGER refuse BEFORE UPDATE ON folder BEGIN SELECT RAISE(ABORT, 'no'); END");
+  EXPECT_THROW(run(), DatabaseError) << "the end can't be written";
+  EXPECT_EQ(files.names("/f"), "");
+  EXPECT_EQ(engine.store().journalOfFolder(*folder.id).size(), 5U);
 }
 
-TEST(RunsOverAFailingDatabase, touchNothingWhereTheDatabaseCannotBeWritten) {
+TEST_F(RunsOverAFailingDatabase, touchNothingWhereTheDatabaseCannotBeWritten) {
   // A full disk, and one that can only be read by now.
   for (const auto& [call, code] : {std::pair{SYS_pwrite64, ENOSPC}, {SYS_openat, EROFS}}) {
-    const testing::TemporaryDirectory directory;
-    FiveItems world(directory.path("tidemar.sqlite"));
-    testing::withFailingSystemCall(call, code,
-                                   [&] { EXPECT_THROW(world.run(), DatabaseError) << code; });
-    EXPECT_EQ(world.files.changes(), Lines{}) << code;
-    world.expectEnded(world.run());
+    testing::withFailingSystemCall(call, code, [&] { EXPECT_THROW(run(), DatabaseError) << code; });
+    EXPECT_EQ(files.changes(), Lines{}) << code;
   }
+  expectEnded(run());
 }
 
 }  // namespace

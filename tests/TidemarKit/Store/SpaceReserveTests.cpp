@@ -1,5 +1,4 @@
 #include <string>
-#include <vector>
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -7,12 +6,8 @@
 #include <unistd.h>
 
 #include "Platform/Files/Descriptors/FileDescriptor.h"
-#include "TidemarKit/Store/DatabaseError.h"
-#include "TidemarKit/Store/RemovalLedger.h"
+#include "TidemarKit/Store/LedgerWorld.h"
 #include "TidemarKit/Store/SpaceReserve.h"
-#include "TidemarKit/Store/Store.h"
-#include "support/RawDatabase.h"
-#include "support/Records.h"
 #include "support/TemporaryTree.h"
 #include "support/TestFileSystems.h"
 
@@ -20,7 +15,6 @@ namespace tidemar {
 namespace {
 
 using namespace tidemar::testing;
-using Rows = std::vector<std::string>;
 using Type = TestFileSystem::Type;
 
 /// Whether this many bytes could be added to a file and reached the disk.
@@ -122,17 +116,14 @@ TEST(SpaceReserve, whatIsNotOursIsNeitherReplacedNorGivenUp) {
   const FileURL file = directory.url("tidemar.reserve");
   const std::string content(SpaceReserve::size, 'x');
   writeFile(directory.url("precious"), content);
-  const struct {
-    const char* name;
-    int (*plant)(const char* existing, const char* file);
-  } plants[] = {{"a link", symlink}, {"a second name of a file", link}};
-  for (const auto& plant : plants) {
-    ASSERT_EQ(plant.plant(directory.path("precious").c_str(), file.path().c_str()), 0);
+  // A link, and a second name of a file.
+  for (const auto plant : {symlink, link}) {
+    ASSERT_EQ(plant(directory.path("precious").c_str(), file.path().c_str()), 0);
     SpaceReserve reserve(directory.url());
     reserve.keep();
-    EXPECT_FALSE(reserve.giveUp()) << plant.name;
-    EXPECT_TRUE(exists(file)) << plant.name;
-    EXPECT_EQ(readFile(directory.url("precious")), content) << plant.name;
+    EXPECT_FALSE(reserve.giveUp());
+    EXPECT_TRUE(exists(file));
+    EXPECT_EQ(readFile(directory.url("precious")), content);
     unlink(file.path().c_str());
   }
 }

@@ -4,17 +4,12 @@
 #include <gtest/gtest.h>
 #include <sqlite3.h>
 
-#include "TidemarKit/Store/DatabaseError.h"
-#include "TidemarKit/Store/Store.h"
-#include "support/RawDatabase.h"
-#include "support/Records.h"
-#include "support/TemporaryTree.h"
+#include "TidemarKit/Store/LedgerWorld.h"
 
 namespace tidemar {
 namespace {
 
 using namespace tidemar::testing;
-using Rows = std::vector<std::string>;
 
 Rows names(const std::vector<JournalEntry>& entries) {
   Rows result;
