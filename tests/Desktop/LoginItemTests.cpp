@@ -31,7 +31,7 @@ TEST(AutostartEntry, IsReadAsTheDesktopsReadIt) {
         "Hidden=true\n" + whole, "[Desktop Entry X]\nHidden=true\n" + whole}},
       {Status::off,
        {"", "[Desktop Entry]\n[Desktop Action x]\nExec=x\n", "[Desktop Entry]\nExec=\n",
-        std::string("\0\xff\n[\n=\n", 7)}},
+        "[Desktop Entry]\nName=Tidemar\n", std::string("\0\xff\n[\n=\n", 7)}},
   };
   for (const auto& row : rows) {
     for (const std::string& text : row.texts)
