@@ -72,6 +72,8 @@ std::string FileURL::path() const {
 
 std::string_view FileURL::lastPathComponent() const noexcept {
   const std::string_view whole = text();
+  // The name of an entry, whose bytes nobody needs to look at.
+  if (!folder().empty()) return whole;
   return whole == "/" ? whole : whole.substr(whole.rfind('/') + 1);
 }
 

@@ -9,6 +9,7 @@
 
 #include "TidemarCore/Date.h"
 #include "TidemarCore/Item.h"
+#include "TidemarCore/NumberSort.h"
 
 namespace tidemar {
 
@@ -29,7 +30,7 @@ void sortByName(std::span<const Item*> items);
 /// order of their items' last path components.
 template <class Element>
 void sortByDateThenName(std::vector<Element>& elements, Date Element::*date) {
-  std::ranges::sort(elements, {}, date);
+  sortByNumber(elements, [date](const Element& e) { return (e.*date).secondsSince1970; });
   std::vector<const Item*> items;
   for (auto first = elements.begin(); first != elements.end();) {
     const auto last = std::find_if(first, elements.end(),

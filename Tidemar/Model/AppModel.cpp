@@ -70,14 +70,19 @@ QCoro::Task<void> AppModel::serveRefreshes() {
   _isServingRefreshes = false;
 }
 
-/// Answers what was read, published or not; null after a failure, which is logged.
-QCoro::Task<std::shared_ptr<const Snapshot>> AppModel::readAndPublish() {
+/// Answers what was read, published or not; nothing after a failure, which is logged. What was read
+/// since another reading isn't read again, unless a third one began in between, which may have seen
+/// more.
+QCoro::Task<AppModel::NumberedSnapshot> AppModel::readAndPublish(
+    std::shared_ptr<const SinceReading> since) {
   // The number is taken where the reading begins, which may be long after it was asked for.
   const auto number = std::make_shared<std::uint64_t>(0);
-  const auto read = [engine = _engine, &services = _services, last = _lastReading, number] {
+  const auto read = [engine = _engine, &services = _services, last = _lastReading, number, since] {
     *number = ++*last;
+    const bool isNext = since && *number == since->number + 1;
     return sharedDetached(services.executor,
-                          readSnapshot(*engine, services.fileManager, services.currentDate));
+                          readSnapshot(*engine, services.fileManager, services.currentDate,
+                                       isNext ? since->untouched : RecentReports()));
   };
   std::shared_ptr<const Snapshot> snapshot;
   try {
@@ -90,7 +95,7 @@ QCoro::Task<std::shared_ptr<const Snapshot>> AppModel::readAndPublish() {
       hasNewJournal = co_await detached(_services.executor, compare);
     }
     // It may show what later ones know to be over.
-    if (*number < _shownReading) co_return snapshot;
+    if (*number < _shownReading) co_return {snapshot, *number};
     _shownReading = *number;
     _snapshot = snapshot;
     emit reportsChanged();
@@ -101,7 +106,7 @@ QCoro::Task<std::shared_ptr<const Snapshot>> AppModel::readAndPublish() {
     applicationLog().log(LogLevel::error, "Couldn't read the folders: %{public}s",
                          textForLog(std::current_exception()));
   }
-  co_return snapshot;
+  co_return {snapshot, *number};
 }
 
 void AppModel::refreshSystemState() {

@@ -117,10 +117,23 @@ class AppModel : public QObject {
   class CommandScope;
 
   std::shared_ptr<Engine> makeEngine();
-  QCoro::Task<std::shared_ptr<const Snapshot>> readAndPublish();
+  /// What was read and the number of that reading.
+  struct NumberedSnapshot {
+    std::shared_ptr<const Snapshot> snapshot;
+    std::uint64_t number = 0;
+  };
+
+  /// What a cycle has read, after the reading of that number, of folders in which nothing was to
+  /// go.
+  struct SinceReading {
+    std::uint64_t number = 0;
+    RecentReports untouched;
+  };
+
+  QCoro::Task<NumberedSnapshot> readAndPublish(std::shared_ptr<const SinceReading> since = nullptr);
   QCoro::Task<void> serveRefreshes();
   QCoro::Task<void> clearFolders();
-  QCoro::Task<void> clear(std::int64_t folderID, Date now);
+  QCoro::Task<std::shared_ptr<const FolderReport>> clear(std::int64_t folderID, Date now);
   QCoro::Task<void> passOver(Folder seen, Date now);
   bool isClockTrusted(Date now, const std::vector<FolderReport>& reports);
   void letCommandsFoldersGo();

@@ -49,37 +49,45 @@ QCoro::Task<void> AppModel::clearFolders() {
   letCommandsFoldersGo();
   const std::shared_ptr<const Snapshot> before = _snapshot;
   // Not one that others share: it has to begin now, and what it saw is the list.
-  const std::shared_ptr<const Snapshot> read = co_await readAndPublish();
-  const std::shared_ptr<const Snapshot> listed = read ? read : before;
+  const NumberedSnapshot read = co_await readAndPublish();
+  const std::shared_ptr<const Snapshot> listed = read.snapshot ? read.snapshot : before;
+  const auto since = std::make_shared<SinceReading>();
+  since->number = read.number;
   if (isClockTrusted(now, listed->reports)) {
     for (const FolderReport& report : listed->reports) {
       // One that couldn't be read may or may not have been Temporary.
       if (!report.folder.id || !report.status) continue;
       if (isTemporary(report)) {
-        co_await clear(*report.folder.id, now);
+        if (auto untouched = co_await clear(*report.folder.id, now))
+          since->untouched.emplace(*report.folder.id, std::move(untouched));
       } else {
         co_await passOver(report.folder, now);
       }
     }
   }
-  co_await refreshReports();
+  co_await readAndPublish(since);
   co_await notifyTomorrow(now);
 }
 
-QCoro::Task<void> AppModel::clear(std::int64_t folderID, Date now) {
-  const auto run = [engine = _engine, gate = _runGate, folderID, now] {
-    return engine->run(folderID, now, *gate).failures.size();
+/// Answers the folder as the run read it, if nothing was to go.
+QCoro::Task<std::shared_ptr<const FolderReport>> AppModel::clear(std::int64_t folderID, Date now) {
+  const auto run = [engine = _engine, gate = _runGate, &executor = _services.executor, folderID,
+                    now]() -> std::shared_ptr<const FolderReport> {
+    RunResult result = engine->run(folderID, now, *gate);
+    if (!result.failures.empty()) {
+      applicationLog().log(LogLevel::error, "Run of folder %lld left %ld items that were to go",
+                           folderID, result.failures.size());
+    }
+    if (!result.untouched) return nullptr;
+    return sharedDetached(executor, *std::move(result.untouched));
   };
   try {
-    const std::size_t failures = co_await detached(_services.executor, run);
-    if (failures > 0) {
-      applicationLog().log(LogLevel::error, "Run of folder %lld left %ld items that were to go",
-                           folderID, failures);
-    }
+    co_return co_await detached(_services.executor, run);
   } catch (...) {
     applicationLog().log(LogLevel::error, "Run of folder %lld failed: %{public}s", folderID,
                          textForLog(std::current_exception()));
   }
+  co_return std::shared_ptr<const FolderReport>();
 }
 
 /// What a run does to a folder that isn't Temporary; one that is by now waits for the next cycle.

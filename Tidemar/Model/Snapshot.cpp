@@ -34,14 +34,27 @@ FolderReport readFolder(Engine& engine, const Folder& folder, Date now) {
   return report;
 }
 
+/// Whether a report that was read by these rules at this place still holds for a folder.
+bool isOf(const Folder& folder, const FolderReport& report) {
+  Folder before = report.folder;
+  before.lastRunAt = folder.lastRunAt;
+  return before == folder;
+}
+
 }  // namespace
 
 Snapshot readSnapshot(Engine& engine, const FileManager& fileManager,
-                      const std::function<Date()>& currentDate) {
+                      const std::function<Date()>& currentDate, const RecentReports& recent) {
   const Date since = currentDate() - journalSeconds;
   Snapshot snapshot;
-  for (const Folder& folder : engine.store().folders())
-    snapshot.reports.push_back(readFolder(engine, folder, currentDate()));
+  for (const Folder& folder : engine.store().folders()) {
+    const auto known = recent.find(folder.id.value_or(0));
+    if (known != recent.end() && isOf(folder, *known->second)) {
+      snapshot.reports.push_back({folder, known->second->status});
+    } else {
+      snapshot.reports.push_back(readFolder(engine, folder, currentDate()));
+    }
+  }
   snapshot.journal = engine.store().journalSince(since);
   snapshot.freeSpace = freeSpaceOfHome(fileManager);
   return snapshot;

@@ -2,7 +2,9 @@
 
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "Platform/Files/FileManager.h"
@@ -20,11 +22,15 @@ struct Snapshot {
   std::int64_t freeSpace = 0;         ///< Bytes on the home's volume; 0 if unknown.
 };
 
-/// Reads every folder and the journal, each folder at its own moment. A folder that can't be read
-/// has a report without a status, and the reason is logged. Throws where the rows can't be read.
-/// Any thread; takes as long as the disks do.
+/// What was read of folders a moment ago, by their row ids.
+using RecentReports = std::unordered_map<std::int64_t, std::shared_ptr<const FolderReport>>;
+
+/// Reads every folder and the journal, each folder at its own moment, but for those of which a
+/// recent report has the same rules and the same place. A folder that can't be read has a report
+/// without a status, and the reason is logged. Throws where the rows can't be read. Any thread;
+/// takes as long as the disks do.
 Snapshot readSnapshot(Engine& engine, const FileManager& fileManager,
-                      const std::function<Date()>& currentDate);
+                      const std::function<Date()>& currentDate, const RecentReports& recent);
 
 /// Whether a report's folder carries the tag, as far as is known.
 bool isTemporary(const FolderReport& report) noexcept;

@@ -1,9 +1,11 @@
 #pragma once
 
 #include <exception>
+#include <optional>
 #include <vector>
 
 #include "TidemarCore/Item.h"
+#include "TidemarKit/FolderReport.h"
 #include "TidemarKit/Store/JournalEntry.h"
 
 namespace tidemar {
@@ -16,8 +18,9 @@ struct RemovalFailure {
 
 /// What a run did.
 struct RunResult {
-  std::vector<JournalEntry> journal;     ///< What was removed, in that order, as stored.
-  std::vector<RemovalFailure> failures;  ///< In the order of the attempts.
+  std::vector<JournalEntry> journal;      ///< What was removed, in that order, as stored.
+  std::vector<RemovalFailure> failures;   ///< In the order of the attempts.
+  std::optional<FolderReport> untouched;  ///< The folder as it was read, if nothing was to go.
 };
 
 }  // namespace tidemar

@@ -29,7 +29,7 @@ FolderStatus Engine::status(std::int64_t folderID, Date now) {
 
 RunResult Engine::run(std::int64_t folderID, Date now, RunGate& gate) {
   settleLedger();
-  const auto [folder, place, status] = read(folderID, now);
+  auto [folder, place, status] = read(folderID, now);
 
   const RunGate::Passage passage(gate);
   RunResult result;
@@ -58,6 +58,7 @@ RunResult Engine::run(std::int64_t folderID, Date now, RunGate& gate) {
   }
   _logger.log(LogLevel::info, "Removed %ld items, %ld failed", result.journal.size(),
               result.failures.size());
+  if (status.dueNow.empty()) result.untouched = FolderReport{std::move(folder), std::move(status)};
   return result;
 }
 

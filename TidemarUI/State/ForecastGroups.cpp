@@ -85,10 +85,13 @@ std::vector<ForecastGroup> forecastGroups(std::span<const ForecastFolder> folder
   const Date horizon = forecastHorizon(now, formats.calendar());
   std::map<GroupKey, Content> contents;
   for (const ForecastFolder& folder : folders) {
+    auto group = contents.end();  // Neighbours mostly share theirs.
     for (const ForecastEntry& entry :
          forecastEntries(folder.settings.emptyOnRestart, folder.settings.disposal, folder.status,
                          horizon, formats.calendar())) {
-      Content& content = contents[entry.key];
+      if (group == contents.end() || group->first != entry.key)
+        group = contents.try_emplace(entry.key).first;
+      Content& content = group->second;
       content.items.push_back(entry.item->url);
       content.size = addingSaturated(content.size, entry.item->size);
     }

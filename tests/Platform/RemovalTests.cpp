@@ -1,5 +1,4 @@
 #include <cerrno>
-#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>

@@ -1,11 +1,9 @@
 #include <cerrno>
 #include <ctime>
 #include <filesystem>
-#include <functional>
 #include <optional>
 #include <set>
 #include <string>
-#include <vector>
 
 #include <sys/stat.h>
 #include <sys/syscall.h>

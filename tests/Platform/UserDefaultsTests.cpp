@@ -1,16 +1,17 @@
 #include <atomic>
-#include <csignal>
+#include <cerrno>
 #include <filesystem>
 #include <set>
 #include <thread>
 
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 #include "Platform/PlatformError.h"
 #include "Platform/UserDefaults.h"
+#include "support/FailingSystemCall.h"
 #include "support/FileExpectations.h"
 #include "support/TemporaryTree.h"
 
@@ -19,26 +20,6 @@ namespace {
 
 using namespace tidemar::testing;
 using Strings = std::vector<std::string>;
-
-/// For one scope every write beyond a size fails, as it would on a full disk.
-class FileSizeLimit {
- public:
-  explicit FileSizeLimit(rlim_t size) : _handler(std::signal(SIGXFSZ, SIG_IGN)) {
-    getrlimit(RLIMIT_FSIZE, &_before);
-    const rlimit limited{size, _before.rlim_max};
-    setrlimit(RLIMIT_FSIZE, &limited);
-  }
-  FileSizeLimit(const FileSizeLimit&) = delete;
-  FileSizeLimit& operator=(const FileSizeLimit&) = delete;
-  ~FileSizeLimit() {
-    setrlimit(RLIMIT_FSIZE, &_before);
-    std::signal(SIGXFSZ, _handler);
-  }
-
- private:
-  rlimit _before{};
-  void (*_handler)(int);
-};
 
 class UserDefaultsOnFile : public ::testing::Test {
  protected:
@@ -153,22 +134,20 @@ TEST_F(UserDefaultsOnFile, aLinkToTheFileStaysALink) {
 }
 
 TEST_F(UserDefaultsOnFile, aFailedWriteLeavesTheOldFileAndNothingElse) {
-  makeTree(directory.url(), "plain.txt 3\nsuite.json/");
-  EXPECT_THROW(defaults.setBoolean("flag", true), PlatformError) << "a folder in the file's place";
-  EXPECT_EQ(defaults.boolean("flag"), std::nullopt);
-  EXPECT_THROW(UserDefaults(directory.url("plain.txt/suite.json")).setBoolean("flag", true),
-               PlatformError);
-  EXPECT_EQ(filesBeside(), (std::set<std::string>{"plain.txt", "suite.json"}));
-
-  defaults = UserDefaults(directory.url("limited.json"));
   defaults.setString("text", "short");
-  const std::string before = readFile(directory.url("limited.json"));
-  {
-    const FileSizeLimit limit(before.size() + 10);
-    EXPECT_THROW(defaults.setString("text", std::string(100, 'l')), PlatformError);
-  }
-  EXPECT_EQ(readFile(directory.url("limited.json")), before);
-  EXPECT_EQ(filesBeside(), (std::set<std::string>{"limited.json", "plain.txt", "suite.json"}));
+  const std::string before = readFile(file);
+  withFailingSystemCall(SYS_write, ENOSPC,
+                        [&] { EXPECT_THROW(defaults.setString("text", "long"), PlatformError); });
+  EXPECT_EQ(readFile(file), before);
+  EXPECT_THROW(UserDefaults(directory.url("suite.json/other")).setBoolean("flag", true),
+               PlatformError);
+  EXPECT_EQ(filesBeside(), std::set<std::string>{"suite.json"});
+
+  makeTree(directory.url(), "folder/");
+  const UserDefaults inFolder(directory.url("folder"));
+  EXPECT_EQ(inFolder.boolean("flag"), std::nullopt);
+  EXPECT_THROW(UserDefaults(directory.url("folder")).setBoolean("flag", true), PlatformError);
+  EXPECT_EQ(filesBeside(), (std::set<std::string>{"folder", "suite.json"}));
 }
 
 TEST_F(UserDefaultsOnFile, aReaderNeverMeetsAPartOfAFile) {

@@ -1,6 +1,7 @@
 #include <QTimer>
 #include <chrono>
 #include <future>
+#include <optional>
 #include <thread>
 
 #include <gtest/gtest.h>
@@ -35,6 +36,26 @@ TEST(BackgroundCycle, ClearsWhatIsOldAndReadsTheResult) {
   EXPECT_EQ(world.removedNames(), "old");
   EXPECT_EQ(world.model->reports().at(0).status->items.size(), 1U);
   EXPECT_EQ(world.model->freeSpace(), 500);
+}
+
+TEST(BackgroundCycle, ReadsAFolderInWhichNothingGoesOnceLessUnlessAnotherSawMore) {
+  ModelWorld world;
+  world.makeTemporary("/a", {"young" + young});
+  world.makeTemporary("/b", {"old" + old});
+  world.disk.operations().clear();
+  world.runCycle();
+  EXPECT_EQ(std::ranges::count(world.disk.operations(), "list /a"), 2);
+  EXPECT_EQ(std::ranges::count(world.disk.operations(), "list /b"), 3);
+
+  world.disk.draw("/b/older" + old);
+  std::optional<QCoro::Task<void>> refresh;
+  world.disk.before("trash /b/older", [&] {
+    world.disk.draw("/a/later" + young);
+    refresh.emplace(world.model->refreshReports());
+  });
+  world.runCycle();
+  EXPECT_TRUE(refresh && refresh->isReady());
+  EXPECT_EQ(world.model->reports().at(0).status->items.size(), 2U);
 }
 
 TEST(BackgroundCycle, AFolderThatFailsCostsOnlyItselfAndAllShareOneDate) {

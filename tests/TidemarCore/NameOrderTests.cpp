@@ -1,4 +1,7 @@
+#include <algorithm>
+#include <functional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -72,6 +75,43 @@ TEST(NameOrder, sortsItemsOfEqualDateWhateverDirectoryTheyLieIn) {
     EXPECT_EQ(elements[i].item, &items[i]) << i;
   EXPECT_EQ(elements.front().date, Date{6});
   EXPECT_EQ(elements.back().date, Date{8});
+}
+
+TEST(NameOrder, holdsForManyItemsHoweverTheirDatesAreSpread) {
+  struct Element {
+    const Item* item;
+    Date date;
+  };
+  // The numbers are taken in an order without a pattern; names of many items begin alike.
+  constexpr int count = 3000;
+  const auto shuffled = [](int i) { return i * 7919 % count; };
+  const struct {
+    const char* name;
+    std::function<double(int)> date;
+  } rows[] = {
+      {"spread evenly", [](int i) { return 1.7e9 + i * 0.001; }},
+      {"few dates", [](int i) { return 1.7e9 + i % 7; }},
+      {"one date", [](int) { return 1.7e9; }},
+      {"one far from the others", [](int i) { return i == 5 ? 0 : 1.7e9 + i / 2 * 1e-6; }},
+      {"before 1970", [](int i) { return -1e9 + i / 3; }},
+      {"farther apart than a number can say", [](int i) { return (i % 3 - 1) * 1.5e308; }},
+      {"hardly apart", [](int i) { return i % 3 * 5e-324; }},
+  };
+  for (const auto& row : rows) {
+    std::vector<Item> items;
+    for (int i = 0; i < count; ++i)
+      items.push_back(testing::item("some name " + std::to_string(shuffled(i)), 0));
+    std::vector<Element> elements;
+    for (int i = 0; i < count; ++i)
+      elements.push_back({&items[static_cast<std::size_t>(i)], {row.date(shuffled(i))}});
+    const auto key = [](const Element& element) {
+      return std::pair(element.date, element.item->url.lastPathComponent());
+    };
+    std::vector<Element> expected = elements;
+    std::ranges::sort(expected, {}, key);
+    sortByDateThenName(elements, &Element::date);
+    EXPECT_TRUE(std::ranges::equal(elements, expected, {}, key, key)) << row.name;
+  }
 }
 
 }  // namespace

@@ -1,4 +1,5 @@
 #include <limits>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -70,6 +71,18 @@ TEST(FileURL, takesAPathApart) {
   }
   EXPECT_EQ(FileURL("/").appendingPathComponent("a").path(), "/a");
   EXPECT_EQ(FileURL("/f").appendingPathComponent("\xff b").path(), "/f/\xff b");
+}
+
+TEST(EntryURLs, keepTheNamesOfManyEntriesApart) {
+  EntryURLs urls(FileURL("/f"));
+  std::vector<FileURL> made;
+  for (std::size_t i = 0; i < 2000; ++i)
+    made.push_back(urls.make(std::string(i % 256, static_cast<char>('a' + i % 26))));
+  for (std::size_t i = 0; i < made.size(); ++i) {
+    const std::string name(i % 256, static_cast<char>('a' + i % 26));
+    EXPECT_EQ(made[i].path(), "/f/" + name);
+    EXPECT_EQ(made[i].lastPathComponent(), name);
+  }
 }
 
 }  // namespace

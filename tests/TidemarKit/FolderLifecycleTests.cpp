@@ -1,6 +1,5 @@
 #include <cerrno>
 #include <string>
-#include <vector>
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,3 @@
-#include <limits>
 #include <sstream>
 #include <string>
 #include <vector>

@@ -8,6 +8,8 @@
 #include <stdexcept>
 #include <utility>
 
+#include "support/TemporaryTree.h"
+
 namespace tidemar::testing {
 
 struct FakeFileManager::Node {
@@ -132,18 +134,9 @@ FakeFileManager::~FakeFileManager() = default;
 
 void FakeFileManager::draw(std::string_view drawing) {
   std::vector<std::string> parents;
-  std::istringstream lines{std::string(drawing)};
-  std::size_t margin = std::string::npos;
-  for (std::string line; std::getline(lines, line);) {
-    const std::size_t indentation = line.find_first_not_of(' ');
-    if (indentation == std::string::npos) continue;
-    if (margin == std::string::npos) margin = indentation;
-    const std::size_t level = (indentation - margin) / 2;
-    if (indentation < margin || level > parents.size())
-      throw std::logic_error("bad indentation: " + line);
+  readDrawing(drawing, [&](std::size_t level, std::string_view entry) {
     parents.resize(level);
-
-    std::istringstream words(line);
+    std::istringstream words{std::string(entry)};
     auto node = std::make_unique<Node>();
     std::string name;
     words >> name;
@@ -156,10 +149,9 @@ void FakeFileManager::draw(std::string_view drawing) {
         applyWord(*node, word);
       }
     }
-    const std::string path = level == 0 ? name : parents.back() + "/" + name;
-    parents.push_back(path);
-    place(std::move(node), path);
-  }
+    parents.push_back(level == 0 ? name : parents.back() + "/" + name);
+    place(std::move(node), parents.back());
+  });
 }
 
 bool FakeFileManager::exists(const std::string& path) const {

@@ -24,38 +24,23 @@ void check(bool succeeded, const std::string& what) {
 
 /// Takes a name, plain or in quotes, off the front of a line.
 std::string takeName(std::string_view& line) {
+  const bool isQuoted = line.starts_with('"');
+  const char end = isQuoted ? '"' : ' ';
   std::string name;
-  if (!line.starts_with('"')) {
-    const std::size_t end = std::min(line.find(' '), line.size());
-    name = line.substr(0, end);
-    line.remove_prefix(end);
-    return name;
-  }
-  std::size_t i = 1;
-  for (; i < line.size() && line[i] != '"'; ++i) {
-    if (line[i] != '\\') {
+  std::size_t i = isQuoted ? 1 : 0;
+  for (; i < line.size() && line[i] != end; ++i) {
+    if (!isQuoted || line[i] != '\\') {
       name += line[i];
-      continue;
-    }
-    switch (line[++i]) {
-      case 'n':
-        name += '\n';
-        break;
-      case 't':
-        name += '\t';
-        break;
-      case 'x': {
-        unsigned value = 0;
-        std::from_chars(line.data() + i + 1, line.data() + i + 3, value, 16);
-        name += static_cast<char>(value);
-        i += 2;
-        break;
-      }
-      default:
-        name += line[i];
+    } else if (line[++i] == 'x') {
+      unsigned value = 0;
+      std::from_chars(line.data() + i + 1, line.data() + i + 3, value, 16);
+      name += static_cast<char>(value);
+      i += 2;
+    } else {
+      name += line[i] == 'n' ? '\n' : line[i];
     }
   }
-  line.remove_prefix(std::min(i + 1, line.size()));
+  line.remove_prefix(std::min(isQuoted ? i + 1 : i, line.size()));
   return name;
 }
 
@@ -91,32 +76,38 @@ std::string TemporaryDirectory::path(std::string_view relative) const {
   return relative.empty() ? _url.path() : _url.path() + "/" + std::string(relative);
 }
 
-void makeTree(const FileURL& root, std::string_view drawing) {
-  std::vector<FileURL> parents = {root};
+void readDrawing(std::string_view drawing,
+                 const std::function<void(std::size_t level, std::string_view entry)>& read) {
   std::istringstream lines{std::string(drawing)};
   std::size_t margin = std::string::npos;
-  for (std::string text; std::getline(lines, text);) {
-    const std::size_t indentation = text.find_first_not_of(' ');
+  std::size_t deepest = 0;
+  for (std::string line; std::getline(lines, line);) {
+    const std::size_t indentation = line.find_first_not_of(' ');
     if (indentation == std::string::npos) continue;
     if (margin == std::string::npos) margin = indentation;
     const std::size_t level = (indentation - margin) / 2;
-    if (indentation < margin || level >= parents.size())
-      throw std::logic_error("bad indentation: " + text);
-    parents.resize(level + 1);
+    if (indentation < margin || level > deepest) throw std::logic_error("bad indentation: " + line);
+    deepest = level + 1;
+    read(level, std::string_view(line).substr(indentation));
+  }
+}
 
-    std::string_view rest = std::string_view(text).substr(indentation);
+void makeTree(const FileURL& root, std::string_view drawing) {
+  std::vector<FileURL> parents = {root};
+  readDrawing(drawing, [&](std::size_t level, std::string_view rest) {
+    parents.resize(level + 1);
     std::string name = takeName(rest);
     const bool isDirectory = name.ends_with('/') || rest == "/";
     if (name.ends_with('/')) name.pop_back();
     if (rest.starts_with(' ')) rest.remove_prefix(rest.find_first_not_of(' '));
     const FileURL url = parents.back().appendingPathComponent(name);
+    parents.push_back(url);
     if (isDirectory) {
       check(mkdir(url.path().c_str(), 0700) == 0, "mkdir " + url.path());
-      parents.push_back(url);
     } else {
       makeEntry(url, rest);
     }
-  }
+  });
 }
 
 void setModificationTime(const FileURL& url, double secondsSince1970) {

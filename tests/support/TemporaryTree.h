@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstddef>
+#include <functional>
 #include <string>
 #include <string_view>
 
@@ -35,8 +37,12 @@ class TemporaryDirectory {
 ///     latest -> build    a link
 ///     pipe |             a FIFO
 ///
-/// A name in quotes may hold blanks and the escapes \n, \t, \\, \" and \xHH.
+/// A name in quotes may hold blanks and the escapes \n, \\, \" and \xHH.
 void makeTree(const FileURL& root, std::string_view drawing);
+
+/// Reads such a drawing: each of its entries with its level and the rest of its line.
+void readDrawing(std::string_view drawing,
+                 const std::function<void(std::size_t level, std::string_view entry)>& read);
 
 /// Sets access and modification time of an entry, of a link its own, to this many seconds since
 /// 1970.

@@ -1,7 +1,6 @@
 #include <atomic>
 #include <cerrno>
 #include <chrono>
-#include <functional>
 #include <optional>
 #include <string>
 #include <thread>
