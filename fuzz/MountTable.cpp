@@ -1,5 +1,7 @@
 #include "Platform/Files/Places/MountTable.h"
 
+#include <array>
+
 #include "fuzz/Check.h"
 
 namespace tidemar::fuzz {
@@ -7,13 +9,16 @@ namespace {
 
 /// As the kernel writes it.
 std::string escaped(std::string_view bytes) {
+  constexpr std::string_view special = " \t\n\\";
+  constexpr std::array escapes = {"\\040", "\\011", "\\012", "\\134"};
   std::string text;
-  for (const char c : bytes)
-    text += c == ' '    ? "\\040"
-            : c == '\t' ? "\\011"
-            : c == '\n' ? "\\012"
-            : c == '\\' ? "\\134"
-                        : std::string(1, c);
+  for (const char c : bytes) {
+    if (const std::size_t found = special.find(c); found != special.npos) {
+      text += escapes[found];
+    } else {
+      text += c;
+    }
+  }
   return text;
 }
 

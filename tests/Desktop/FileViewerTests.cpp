@@ -104,6 +104,10 @@ one/
   EXPECT_EQ(opened.urls, folders) << "by its address, where there is no portal";
 
   opened.urls.clear();
+  QCoro::waitFor(FileViewer::showItems(QDBusConnection(u"none"_s), {directory.url("one/first")}));
+  EXPECT_EQ(opened.urls, QStringList(uri("one"))) << "where there isn't even a bus";
+
+  opened.urls.clear();
   startPortal();
   show(items);
   EXPECT_EQ(shownByPortal,
