@@ -43,6 +43,7 @@ TEST(TomorrowNotification, TellsWhatGoesOnTheUsersTomorrow) {
     SCOPED_TRACE(row.name);
     const auto notification = tomorrowNotification(row.report, now, Calendar("UTC"), "Trash");
     ASSERT_EQ(notification.has_value(), row.body != nullptr);
+    EXPECT_TRUE(!notification || mayGoTomorrow(row.report, now));
     if (notification) {
       EXPECT_EQ(*notification, (TomorrowNotification{"tomorrow.12", "Downloads", row.body}));
     }
@@ -61,6 +62,12 @@ TEST(TomorrowNotification, StampsUTCsDayWhileItCountsTheUsers) {
   EXPECT_FALSE(at(utc(2026, 11, 17, 22, 59)));
   EXPECT_TRUE(at(utc(2026, 11, 17, 23)));
   EXPECT_TRUE(at(utc(2026, 11, 18, 22, 59)));
+  const auto mayGo = [&](Date date) {
+    return mayGoTomorrow(
+        sampleReport(1, taggedStatus({}, {going("past", now - 1), going("a", date)})), now);
+  };
+  EXPECT_TRUE(mayGo(utc(2026, 11, 18, 22, 59)));
+  EXPECT_FALSE(mayGo(utc(2026, 11, 20)));
   // Within one day of the user's the stamp changes at UTC's midnight.
   EXPECT_EQ(notificationStamp(now + 1799), "2026-11-16");
   EXPECT_EQ(notificationStamp(now + 1800), "2026-11-17");
