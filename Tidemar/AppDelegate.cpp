@@ -2,6 +2,7 @@
 
 #include <QApplication>
 #include <QDBusConnection>
+#include <QEvent>
 #include <QWindow>
 #include <chrono>
 #include <cstdlib>
@@ -174,7 +175,7 @@ void AppDelegate::finishLaunching() {
 
 void AppDelegate::makeScreens() {
   adoptQuietStyle();
-  QApplication::setWindowIcon(icons::application());
+  qApp->installEventFilter(this);
   _updates = std::make_unique<Updates>(_platform->updateService);
   _windows = std::make_unique<WindowCoordinator>(ScreenContext{
       .model = *_appModel,
@@ -196,6 +197,20 @@ void AppDelegate::makeScreens() {
           [this](const std::string& action, const QVariantList& parameters) {
             perform(action, parameters);
           });
+}
+
+/// Gives the windows their icon when the first of them comes: to find it all icon themes are read,
+/// and a start at login shows no window.
+bool AppDelegate::eventFilter(QObject* object, QEvent* event) {
+  if (event->type() == QEvent::Show && object->isWidgetType()) {
+    const auto* widget = static_cast<QWidget*>(object);
+    // The icon in a tray is a window for itself, too.
+    if (widget->isWindow() && !widget->windowFlags().testFlag(Qt::BypassWindowManagerHint)) {
+      qApp->removeEventFilter(this);
+      QApplication::setWindowIcon(icons::application());
+    }
+  }
+  return QObject::eventFilter(object, event);
 }
 
 void AppDelegate::perform(const std::string& action, const QVariantList& parameters) {

@@ -32,6 +32,9 @@ class AppDelegate : public QObject {
   /// first, though not for long. Further calls do nothing.
   QCoro::Task<void> quit();
 
+ protected:
+  bool eventFilter(QObject* object, QEvent* event) override;
+
  private:
   ApplicationInstance::Role claimInstance(const CommandLine& commandLine,
                                           const ActivationToken& token);

@@ -30,15 +30,20 @@ void MenuBarExtra::follow() {
 }
 
 void MenuBarExtra::makeIcon() {
-  _popover = std::make_unique<Popover>(_windows);
   _icon = std::make_unique<QSystemTrayIcon>(icons::menuBar());
   _icon->setToolTip(textOf(labels::tidemar));
   _icon->setContextMenu(&_menu);
   connect(_icon.get(), &QSystemTrayIcon::activated, this,
           [this](QSystemTrayIcon::ActivationReason reason) {
-            if (reason == QSystemTrayIcon::Trigger) _popover->toggle(_icon->geometry());
+            if (reason == QSystemTrayIcon::Trigger) togglePopover();
           });
   _icon->show();
+}
+
+void MenuBarExtra::togglePopover() {
+  // Most starts are those of a session, which nobody looks at.
+  if (!_popover) _popover = std::make_unique<Popover>(_windows);
+  _popover->toggle(_icon->geometry());
 }
 
 }  // namespace tidemar

@@ -23,6 +23,7 @@ class MenuBarExtra : public QObject {
  private:
   void follow();
   void makeIcon();
+  void togglePopover();
 
   WindowCoordinator& _windows;
   TrayHost _host;

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <memory>
 #include <vector>
 
@@ -10,6 +11,8 @@
 namespace tidemar {
 
 QCoro::Task<void> AppModel::notifyTomorrow(Date now) {
+  const auto mayGo = [&](const FolderReport& report) { return mayGoTomorrow(report, now); };
+  if (std::ranges::none_of(reports(), mayGo)) co_return;
   const auto calendar = std::make_shared<const Calendar>(_services.currentCalendar());
   const auto compose = [snapshot = _snapshot, calendar, now, bin = SystemBin::name()] {
     std::vector<TomorrowNotification> notifications;

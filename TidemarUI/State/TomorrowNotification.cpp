@@ -32,6 +32,14 @@ std::optional<TomorrowNotification> tomorrowNotification(const FolderReport& rep
                               .body = countedItems(count) + what};
 }
 
+bool mayGoTomorrow(const FolderReport& report, Date now) {
+  constexpr double longestTwoDays = 3 * secondsPerDay;
+  if (!report.status) return false;
+  const auto& upcoming = report.status->upcoming;
+  const auto next = std::ranges::lower_bound(upcoming, now, {}, &Upcoming::date);
+  return next != upcoming.end() && next->date < now + longestTwoDays;
+}
+
 std::string notificationStampKey(const std::string& identifier) {
   return "notified." + identifier;
 }

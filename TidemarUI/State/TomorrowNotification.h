@@ -23,6 +23,10 @@ std::optional<TomorrowNotification> tomorrowNotification(const FolderReport& rep
                                                          const Calendar& calendar,
                                                          const std::string& bin);
 
+/// False where nothing of the folder goes tomorrow in any time zone. Needs no calendar: what one
+/// reads of time zones stays in memory, and a program without a window has no other use for it.
+bool mayGoTomorrow(const FolderReport& report, Date now);
+
 /// The key under which the day of a notification's last delivery is remembered.
 std::string notificationStampKey(const std::string& identifier);
 

@@ -39,7 +39,9 @@ QIcon themed(const QString& themeName, const QString& shippedName) {
 /// Takes the shape of a picture and fills it with one colour.
 class SymbolEngine : public QIconEngine {
  public:
-  SymbolEngine(QIcon shape, QColor color) : _shape(std::move(shape)), _color(std::move(color)) {}
+  /// `themeName` is the name by which others find the picture; empty where they don't.
+  SymbolEngine(QIcon shape, QColor color, QString themeName = {})
+      : _shape(std::move(shape)), _color(std::move(color)), _themeName(std::move(themeName)) {}
 
   QIconEngine* clone() const override { return new SymbolEngine(*this); }
 
@@ -60,6 +62,7 @@ class SymbolEngine : public QIconEngine {
     return filled;
   }
 
+  QString iconName() override { return _themeName; }
   bool isNull() override { return _shape.isNull(); }
 
  private:
@@ -74,6 +77,7 @@ class SymbolEngine : public QIconEngine {
 
   QIcon _shape;
   QColor _color;  ///< Invalid to follow the palette.
+  QString _themeName;
 };
 
 }  // namespace
@@ -128,8 +132,13 @@ QIcon menuBar() {
   // panel whose colour can't be asked for: this grey has a contrast of 4 to 1 to white and to a
   // nearly black one alike.
   const QString name = QStringLiteral("app.quernly.tidemar-symbolic");
-  if (QIcon::hasThemeIcon(name)) return QIcon::fromTheme(name);
-  return QIcon(new SymbolEngine(shipped(QStringLiteral("MenuBarIcon")), QColor(0x7d, 0x7d, 0x7d)));
+  // Looked for where it is installed: to ask the toolkit for it reads all of the icon themes.
+  const bool isInstalled =
+      !QStandardPaths::locate(QStandardPaths::GenericDataLocation,
+                              QStringLiteral("icons/hicolor/symbolic/apps/%1.svg").arg(name))
+           .isEmpty();
+  return QIcon(new SymbolEngine(shipped(QStringLiteral("MenuBarIcon")), QColor(0x7d, 0x7d, 0x7d),
+                                isInstalled ? name : QString()));
 }
 
 }  // namespace tidemar::icons

@@ -38,10 +38,13 @@ TEST(TomorrowNotification, TellsWhatGoesOnTheUsersTomorrow) {
     SCOPED_TRACE(row.name);
     const auto told = tomorrowNotification(row.report, now, Calendar("Europe/Berlin"), "Trash");
     ASSERT_EQ(told.has_value(), row.body != nullptr);
+    EXPECT_TRUE(!told || mayGoTomorrow(row.report, now));
     if (told) {
       EXPECT_EQ(*told, (TomorrowNotification{"tomorrow.12", "Downloads", row.body}));
     }
   }
+  EXPECT_FALSE(
+      mayGoTomorrow(sampleReport(1, taggedStatus({}, {going("a", utc(2026, 11, 20))})), now));
   // Within one day of the user's the stamp changes at UTC's midnight.
   EXPECT_EQ(notificationStamp(now + 1799), "2026-11-16");
   EXPECT_EQ(notificationStamp(now + 1800), "2026-11-17");
