@@ -7,7 +7,7 @@ import contextlib
 import os
 import sqlite3
 
-from machine.canary import FAR_FUTURE, FEW_KEPT, SMALL, File, World, as_user
+from machine.canary import FAR_FUTURE, FEW_KEPT, SMALL, TAGS, File, World, as_user
 from machine.report import Report
 
 DUE = SMALL | {"other": File(), "last": {"a": File()}}
@@ -41,11 +41,8 @@ def PutsBack(world):
 @contextlib.contextmanager
 def TakesTheTagOff(world):
     with as_user():
-        tag = os.getxattr(world.folder, "user.xdg.tags")
-        os.removexattr(world.folder, "user.xdg.tags")
+        os.removexattr(world.folder, TAGS)
     yield
-    with as_user():
-        os.setxattr(world.folder, "user.xdg.tags", tag)
 
 
 @contextlib.contextmanager

@@ -15,6 +15,7 @@ from machine import mounts
 from machine.driver import FAR_FUTURE, ORDINARY_USER, Driver
 
 FRESH = FAR_FUTURE + 10_000_000
+TAGS = "user.xdg.tags"
 REMAINS = (".tidemar-taken-", ".tidemar-copy-", ".tidemar-")
 
 File = collections.namedtuple("File", "mode fresh sparse", defaults=(0o644, False, False))
@@ -161,6 +162,7 @@ class World:
         self.database = os.path.join(self.data, "Tidemar", "tidemar.sqlite")
         self.drive = Driver(*tools, self.home, self.database)
         self._count = 0
+        self._tags = b""
         self._make()
 
     def __enter__(self):
@@ -185,6 +187,9 @@ class World:
         result = self.drive(("add", self.folder, 0), ("rules", 1, *rules), ("tag", 1, 1, 0),
                             ("add", self.untagged, 0), ("rules", 2, *rules))
         assert not result.of("error"), result.lines
+        # Some file systems keep none.
+        with contextlib.suppress(OSError):
+            self._tags = os.getxattr(self.folder, TAGS)
         self._prepared = self.database + ".prepared"
         shutil.copyfile(self.database, self._prepared)
         self.reset()
@@ -235,6 +240,8 @@ class World:
             # In place: the file stays the one that the directory knows.
             shutil.copyfile(self._prepared, self.database)
             self.put(self.folder, self.due | self.kept)
+            if self._tags:
+                os.setxattr(self.folder, TAGS, self._tags)
         self.remember()
 
     def follow_again(self):
