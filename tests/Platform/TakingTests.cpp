@@ -313,6 +313,15 @@ TEST_P(ToTheBin, takesOverTheRecordThatAKilledRunLeft) {
   EXPECT_EQ(namesIn(_home.url(".local/share/Trash/files")),
             (std::set<std::string>{"single", "single.2"}))
       << "a record whose item is there stays";
+
+  const FileURL ofAnother(records.path() + "/item.trashinfo");
+  writeFile(ofAnother,
+            "[Trash Info]\nPath=" + path("item") + "\nDeletionDate=2020-01-01T00:00:00\n");
+  const FileDescriptor anotherRun(open(ofAnother.path().c_str(), O_RDONLY | O_CLOEXEC));
+  ASSERT_EQ(flock(anotherRun.get(), LOCK_EX), 0);
+  take(look("item"));
+  EXPECT_TRUE(exists(ofAnother) && exists(FileURL(records.path() + "/item.2.trashinfo")))
+      << "a record that a run is at work with stays";
 }
 
 TEST_P(ToTheBin, doesNotFollowABinThatIsMovedAway) {

@@ -43,26 +43,27 @@ std::string pathInside(const FileURL& top, const FileURL& item) {
   return item.path().substr(top.path().size() + 1);
 }
 
-/// Whether a record is one that a run left which was killed before its item came: that of this very
-/// item, or one without content that a loss of power has made of it.
-bool isLeftRecord(const TrashDirectory& trash, const std::string& name,
-                  const std::string& recordedPath) {
+/// Whether a record that nobody is at work with is one that a run left which was killed before its
+/// item came: that of this very item, or one without content that a loss of power has made of it.
+bool isLeft(const HeldRecord& record, const TrashDirectory& trash, const std::string& name,
+            const std::string& recordedPath) {
   EntryValues values{};
   if (readEntryValues(trash.files.get(), name.c_str(), values) != ENOENT) return false;
-  const std::string record = name + std::string(trashRecordEnding);
-  if (readEntryValues(trash.info.get(), record.c_str(), values) != 0) return false;
+  if (!record.text.empty()) return pathInTrashRecord(record.text) == recordedPath;
   constexpr std::int64_t whileItIsWritten = 60;
-  if (values.stx_size == 0)
-    return changeTime(values).seconds + whileItIsWritten < clockOfFiles().seconds;
-  return pathInTrashRecord(readTrashRecord(trash.info.get(), name).value_or("")) == recordedPath;
+  return readEntryValues(record.file.get(), "", values) == 0 &&
+         changeTime(values).seconds + whileItIsWritten < clockOfFiles().seconds;
 }
 
 /// Makes the record of an item under a name, or takes over one that was left. Answers as
 /// makeTrashRecord does.
-int claimName(const TrashDirectory& trash, const std::string& name, const std::string& recordedPath,
-              const std::string& record) {
-  const int code = makeTrashRecord(trash.info.get(), name, record);
-  if (code != EEXIST || !isLeftRecord(trash, name, recordedPath)) return code;
+std::expected<FileDescriptor, int> claimName(const TrashDirectory& trash, const std::string& name,
+                                             const std::string& recordedPath,
+                                             const std::string& record) {
+  auto made = makeTrashRecord(trash.info.get(), name, record);
+  if (made || made.error() != EEXIST) return made;
+  const auto there = holdTrashRecord(trash.info.get(), name);
+  if (!there || !isLeft(*there, trash, name, recordedPath)) return made;
   removeTrashRecord(trash.info.get(), name);
   return makeTrashRecord(trash.info.get(), name, record);
 }
@@ -86,8 +87,8 @@ FolderBin::Place FolderBin::take(const std::string& name, const FileURL& url) {
   for (int attempt = 0;; ++attempt) {
     Opened& bin = opened(url);
     const std::string path = _isMountsTurn ? pathInside(bin.trash.topURL, url) : url.path();
-    const auto place = takeInto(bin, name, path);
-    if (place) return *place;
+    auto place = takeInto(bin, name, path);
+    if (place) return *std::move(place);
     // One device can be mounted in several places, which a rename doesn't cross. Within one mount
     // another Trash would be as far away.
     if (place.error() == EXDEV && !_isMountsTurn && bin.trash.mount != _identity->mount) {
@@ -135,12 +136,13 @@ std::expected<FolderBin::Place, int> FolderBin::takeInto(Opened& bin, const std:
   for (unsigned attempt = 0; attempt < trashNameAttempts; ++attempt) {
     const std::string name = trashName(itemName, attempt, trash.longestName);
     // The record claims the name; an item without a record may still lie under it.
-    int code = claimName(trash, name, recordedPath, record);
-    if (code == 0) {
+    auto claimed = claimName(trash, name, recordedPath, record);
+    int code = claimed ? 0 : claimed.error();
+    if (claimed) {
       code = renameWithoutReplacing(_folder, itemName, trash.files.get(), name);
       if (code == 0) {
         return Place{trash.files.get(), &bin.files, name,
-                     trash.filesURL.appendingPathComponent(name)};
+                     trash.filesURL.appendingPathComponent(name), *std::move(claimed)};
       }
       removeTrashRecord(trash.info.get(), name);
     }

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "Platform/Files/Descriptors/EntryValues.h"
+#include "Platform/Files/Descriptors/FileDescriptor.h"
 #include "Platform/Files/Trash/TrashDirectory.h"
 #include "Platform/Files/Walk/FolderReading.h"
 #include "Platform/Files/Walk/KeptDirectories.h"
@@ -27,6 +28,7 @@ class FolderBin {
     FolderReading* in;  ///< Reads it; valid as long.
     std::string name;   ///< Its name there.
     FileURL url;
+    FileDescriptor record;  ///< Held, so that no other run takes it for one that was left.
   };
 
   /// Takes an entry out of the folder: makes its record, has that written to the disk, and then

@@ -8,9 +8,10 @@
 #include <utility>
 
 #include <fcntl.h>
+#include <sys/file.h>
 #include <unistd.h>
 
-#include "Platform/Files/Descriptors/FileDescriptor.h"
+#include "Platform/Files/Descriptors/EntryValues.h"
 #include "Platform/Files/Trash/PercentEncoding.h"
 
 namespace tidemar {
@@ -20,6 +21,7 @@ constexpr const char* sizesName = "directorysizes";
 constexpr std::size_t longestSizes = 16 * 1024 * 1024;
 constexpr std::size_t longestRecord = 64 * 1024;
 constexpr const char* newSizesName = ".directorysizes.tidemar";
+constexpr int recordFlags = O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
 
 std::string recordName(const std::string& name) {
   return name + std::string(trashRecordEnding);
@@ -64,30 +66,42 @@ int writeWhole(int file, std::string_view text, Durability durability) noexcept 
   return fsync(file) == 0 ? 0 : errno;
 }
 
-/// Creates a file that didn't exist and writes it whole, or leaves none.
-int makeFile(int directory, const char* name, std::string_view text,
-             Durability durability) noexcept {
-  constexpr int flags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
-  const FileDescriptor file(openat(directory, name, flags, 0600));
-  if (!file) return errno;
-  const int code = writeWhole(file.get(), text, durability);
-  if (code != 0) unlinkat(directory, name, 0);
-  return code;
+/// Whether others are at work with a file. Where locks can't be had nobody is known to be.
+bool isLockedByOthers(const FileDescriptor& file) noexcept {
+  return flock(file.get(), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK;
 }
 
-/// As above, but written before it has a name, so that a process that is killed leaves nothing
-/// without content. Answers none where the file system has no files without a name.
-std::optional<int> makeFileAtOnce(int directory, const char* name, std::string_view text) noexcept {
-  const FileDescriptor file(openat(directory, ".", O_WRONLY | O_TMPFILE | O_CLOEXEC, 0600));
+/// Creates a file that didn't exist and writes it whole, or leaves none. Answers it open.
+std::expected<FileDescriptor, int> makeFile(int directory, const char* name, std::string_view text,
+                                            Durability durability) noexcept {
+  constexpr int flags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
+  FileDescriptor file(openat(directory, name, flags, 0600));
+  if (!file) return std::unexpected(errno);
+  // One without content is left alone for a while, as it is here for a moment.
+  flock(file.get(), LOCK_EX | LOCK_NB);
+  const int code = writeWhole(file.get(), text, durability);
+  if (code == 0) return file;
+  unlinkat(directory, name, 0);
+  return std::unexpected(code);
+}
+
+/// As above, but written and locked before it has a name, so that a process that is killed leaves
+/// nothing without content. Answers none where the file system has no files without a name.
+std::optional<std::expected<FileDescriptor, int>> makeFileAtOnce(int directory, const char* name,
+                                                                 std::string_view text) noexcept {
+  FileDescriptor file(openat(directory, ".", O_WRONLY | O_TMPFILE | O_CLOEXEC, 0600));
   if (!file) return std::nullopt;
-  if (const int code = writeAll(file.get(), text); code != 0) return code;
+  if (const int code = writeAll(file.get(), text); code != 0) return std::unexpected(code);
+  flock(file.get(), LOCK_EX | LOCK_NB);
   const std::string unnamed = "/proc/self/fd/" + std::to_string(file.get());
-  if (linkat(AT_FDCWD, unnamed.c_str(), directory, name, AT_SYMLINK_FOLLOW) != 0)
-    return errno == EEXIST ? std::optional(EEXIST) : std::nullopt;
-  if (fsync(file.get()) == 0) return 0;
+  if (linkat(AT_FDCWD, unnamed.c_str(), directory, name, AT_SYMLINK_FOLLOW) != 0) {
+    if (errno == EEXIST) return std::unexpected(EEXIST);
+    return std::nullopt;
+  }
+  if (fsync(file.get()) == 0) return file;
   const int code = errno;
   unlinkat(directory, name, 0);
-  return code;
+  return std::unexpected(code);
 }
 
 /// The name that a line "{size} {time} {percent-encoded name}" is about.
@@ -130,7 +144,7 @@ void forgetSize(int trash, const std::string& name) {
   if (kept.size() == sizes->size()) return;
   // A file of this name is what a crash left.
   unlinkat(trash, newSizesName, 0);
-  if (makeFile(trash, newSizesName, kept, Durability::unflushed) != 0) return;
+  if (!makeFile(trash, newSizesName, kept, Durability::unflushed)) return;
   if (renameat(trash, newSizesName, trash, sizesName) != 0) unlinkat(trash, newSizesName, 0);
 }
 
@@ -174,17 +188,35 @@ std::string directorySizesWithout(std::string_view name, std::string_view sizes)
 }
 
 std::expected<std::string, int> readTrashRecord(int infoDirectory, const std::string& name) {
-  constexpr int flags = O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
-  const FileDescriptor file(openat(infoDirectory, recordName(name).c_str(), flags));
+  const FileDescriptor file(openat(infoDirectory, recordName(name).c_str(), recordFlags));
   const std::expected<std::string, int> text =
       file ? readAll(file.get(), longestRecord) : std::unexpected(errno);
   return text || !saysThatNoneIsThere(text.error()) ? text : "";
 }
 
-int makeTrashRecord(int infoDirectory, const std::string& name, std::string_view text) noexcept {
+std::expected<FileDescriptor, int> makeTrashRecord(int infoDirectory, const std::string& name,
+                                                   std::string_view text) noexcept {
   const std::string record = recordName(name);
-  const std::optional<int> code = makeFileAtOnce(infoDirectory, record.c_str(), text);
-  return code ? *code : makeFile(infoDirectory, record.c_str(), text, Durability::flushed);
+  auto made = makeFileAtOnce(infoDirectory, record.c_str(), text);
+  return made ? *std::move(made)
+              : makeFile(infoDirectory, record.c_str(), text, Durability::flushed);
+}
+
+std::expected<HeldRecord, int> holdTrashRecord(int infoDirectory, const std::string& name) {
+  const std::string record = recordName(name);
+  FileDescriptor file(openat(infoDirectory, record.c_str(), recordFlags));
+  if (!file) return std::unexpected(errno);
+  if (isLockedByOthers(file)) return std::unexpected(EWOULDBLOCK);
+  // Whoever had it locked until now may have removed it.
+  EntryValues opened{};
+  EntryValues present{};
+  int code = readEntryValues(file.get(), "", opened);
+  if (code == 0) code = readEntryValues(infoDirectory, record.c_str(), present);
+  if (code == 0 && identityOf(opened) != identityOf(present)) code = EWOULDBLOCK;
+  if (code != 0) return std::unexpected(code);
+  auto text = readAll(file.get(), longestRecord);
+  if (!text) return std::unexpected(text.error());
+  return HeldRecord{std::move(file), *std::move(text)};
 }
 
 void removeTrashRecord(int infoDirectory, const std::string& name) noexcept {
@@ -193,7 +225,8 @@ void removeTrashRecord(int infoDirectory, const std::string& name) noexcept {
 
 void forgetTrashedItem(int trashDirectory, int infoDirectory, const std::string& name,
                        std::string_view record) {
-  if (readTrashRecord(infoDirectory, name) != record) return;
+  const auto held = holdTrashRecord(infoDirectory, name);
+  if (!held || held->text != record) return;
   removeTrashRecord(infoDirectory, name);
   forgetSize(trashDirectory, name);
 }

@@ -6,6 +6,8 @@
 #include <string>
 #include <string_view>
 
+#include "Platform/Files/Descriptors/FileDescriptor.h"
+
 namespace tidemar {
 
 /// What the name of an item's record has behind the item's name in a Trash.
@@ -28,9 +30,21 @@ std::string directorySizesWithout(std::string_view name, std::string_view sizes)
 
 /// Makes the record of an item in the open `info` directory of a Trash, for its user alone, and has
 /// it written to the disk: after a loss of power the item without it would be a file of unknown
-/// origin. Answers 0 or an errno value, EEXIST where there is a record of this name. On failure
-/// nothing is left.
-int makeTrashRecord(int infoDirectory, const std::string& name, std::string_view text) noexcept;
+/// origin. Answers it locked (flock(2)), so that as long as it is open nobody takes it for one that
+/// was left, or an errno value, EEXIST where there is a record of this name. On failure nothing is
+/// left.
+std::expected<FileDescriptor, int> makeTrashRecord(int infoDirectory, const std::string& name,
+                                                   std::string_view text) noexcept;
+
+/// A record that another run has left, or that belongs to an item which has left the Trash.
+struct HeldRecord {
+  FileDescriptor file;  ///< Locked as above.
+  std::string text;
+};
+
+/// Opens the record of an item and locks it. Answers an errno value: EWOULDBLOCK for one that
+/// somebody is at work with.
+std::expected<HeldRecord, int> holdTrashRecord(int infoDirectory, const std::string& name);
 
 /// The text of the record of an item; empty where there is nothing that could be one, or something
 /// far too long for it. An errno value where that can't be told.
@@ -40,9 +54,9 @@ std::expected<std::string, int> readTrashRecord(int infoDirectory, const std::st
 void removeTrashRecord(int infoDirectory, const std::string& name) noexcept;
 
 /// Takes all that an open Trash knows of an item that has left it: its line in the cache
-/// `directorysizes`, and its record in the open `info` directory as long as that has this text; any
-/// other is that of a later item. Does so as far as it can: both are notes for file managers, which
-/// tolerate what is left over.
+/// `directorysizes`, and its record in the open `info` directory as long as that has this text and
+/// nobody is at work with it; any other is that of a later item. Does so as far as it can: both are
+/// notes for file managers, which tolerate what is left over.
 void forgetTrashedItem(int trashDirectory, int infoDirectory, const std::string& name,
                        std::string_view record);
 

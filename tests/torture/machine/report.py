@@ -2,6 +2,7 @@
 
 import argparse
 import random
+import signal
 import sys
 import time
 
@@ -31,6 +32,7 @@ class Report:
         self.failed = 0
         self.skipped = []
         self._start = time.monotonic()
+        signal.signal(signal.SIGTERM, lambda *_: self.end("cut off: "))
 
     def count(self, full, reduced):
         return full if self.is_full else min(full, reduced * self._times)
@@ -73,11 +75,11 @@ class Report:
         self.skipped.append(reason)
         print("SKIPPED:", reason, flush=True)
 
-    def end(self):
+    def end(self, how=""):
         for group, number in self.counts.items():
             print(f"{number:8,} {group}")
         total = sum(self.counts.values())
-        print(f"{total:8,} cases in {time.monotonic() - self._start:.0f} s, {self.failed} with problems")
+        print(f"{how}{total:8,} cases in {time.monotonic() - self._start:.0f} s, {self.failed} with problems")
         if self.failed:
             sys.exit(1)
         sys.exit(SKIPPED if self.skipped and not total else 0)
