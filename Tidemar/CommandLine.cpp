@@ -4,6 +4,7 @@
 
 #include "Platform/Desktop/AutostartEntry.h"
 #include "Platform/Text.h"
+#include "Tidemar/Model/FolderLink.h"
 
 namespace tidemar {
 namespace {
@@ -21,7 +22,6 @@ constexpr const char* help =
 }  // namespace
 
 CommandLine parseCommandLine(std::span<const std::string> arguments) {
-  constexpr std::size_t longestURL = 64 * 1024;
   if (arguments.empty()) return {};
   if (arguments.size() > 1) throw std::invalid_argument("Tidemar takes one URL and no more.");
   const std::string& argument = arguments.front();
@@ -32,7 +32,7 @@ CommandLine parseCommandLine(std::span<const std::string> arguments) {
   if (argument == "--setup") return {.action = "setup"};
   if (argument == "--help") return {.answer = help};
   if (argument == "--version") return {.answer = "Tidemar " TIDEMAR_VERSION "\n"};
-  if (argument.size() > longestURL) {
+  if (argument.size() > longestFolderLink) {
     throw std::invalid_argument("Tidemar takes no URL longer than 64 KiB.");
   }
   if (argument.starts_with('-')) {

@@ -3,47 +3,17 @@
 #include <cerrno>
 
 #include "Platform/Desktop/KeyFile.h"
+#include "Platform/Extension/Quoting.h"
 #include "Platform/PlatformError.h"
 #include "Platform/Text.h"
 
 namespace tidemar::AutostartEntry {
 namespace {
 
-/// One argument of a command line, in quotes where it needs them.
-std::string quoted(std::string_view argument) {
+/// One argument of an `Exec` line, in quotes where it needs them.
+std::string argument(std::string_view path) {
   constexpr std::string_view reserved = " \t\n\"'\\><~|&;$*?#()`";
-  constexpr std::string_view escapedInQuotes = "\"`$\\";
-  const bool needsQuotes = argument.find_first_of(reserved) != argument.npos;
-  std::string result;
-  for (const char c : argument) {
-    if (escapedInQuotes.contains(c)) result += '\\';
-    result += c;
-  }
-  return needsQuotes ? '"' + result + '"' : result;
-}
-
-/// A value of the type string, as it stands in a file.
-std::string escaped(std::string_view value) {
-  std::string result;
-  for (const char c : value) {
-    switch (c) {
-      case '\\':
-        result += "\\\\";
-        break;
-      case '\n':
-        result += "\\n";
-        break;
-      case '\t':
-        result += "\\t";
-        break;
-      case '\r':
-        result += "\\r";
-        break;
-      default:
-        result += c;
-    }
-  }
-  return result;
+  return path.find_first_of(reserved) == path.npos ? keyFileEscaped(path) : desktopExecQuoted(path);
 }
 
 /// Whether a pair of key and value is a switch of a desktop's settings, and set to off. GNOME and
@@ -73,7 +43,7 @@ std::string text(const FileURL& program) {
          "Name=Tidemar\n"
          "Icon=app.quernly.tidemar\n"
          "Exec=" +
-         escaped(quoted(path)) + " " + std::string(loginArgument) +
+         argument(path) + " " + std::string(loginArgument) +
          "\n"
          "StartupNotify=false\n";
 }

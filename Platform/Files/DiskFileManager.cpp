@@ -1,10 +1,9 @@
 #include "Platform/Files/DiskFileManager.h"
 
-#include <cerrno>
-#include <cstdlib>
 #include <utility>
 
 #include "Platform/Files/Bookmarks/Bookmark.h"
+#include "Platform/Files/Descriptors/CanonicalPath.h"
 #include "Platform/Files/Descriptors/DescriptorPath.h"
 #include "Platform/Files/Descriptors/DirectoryOpening.h"
 #include "Platform/Files/DiskFolder.h"
@@ -16,11 +15,9 @@
 namespace tidemar {
 
 std::string DiskFileManager::canonicalPath(const FileURL& url) const {
-  if (url.path().find('\0') != std::string::npos) throw PlatformError("find", url, EINVAL);
-  const std::unique_ptr<char, decltype(&std::free)> path(realpath(url.path().c_str(), nullptr),
-                                                         &std::free);
-  if (!path) throw PlatformError("find", url, errno);
-  return path.get();
+  auto path = tidemar::canonicalPath(url);
+  if (!path) throw PlatformError("find", url, path.error());
+  return *std::move(path);
 }
 
 std::unique_ptr<OpenFolder> DiskFileManager::openFolder(const FileURL& url) const {

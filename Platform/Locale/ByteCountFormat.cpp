@@ -10,6 +10,8 @@
 #include <unicode/numberformatter.h>
 #include <unicode/rbnf.h>
 
+#include "Platform/Locale/UnicodeText.h"
+
 namespace tidemar {
 namespace {
 
@@ -86,8 +88,7 @@ std::string zeroText(const LocalizedNumberFormatter& kilobytes, const icu::Local
     text.replaceBetween(digits.getStart(), digits.getLimit(), *word);
     if (digits.getStart() == 0) text = withFirstLetterRaised(text, locale);
   }
-  std::string result;
-  return text.toUTF8String(result);
+  return toUTF8(text);
 }
 
 }  // namespace
@@ -116,8 +117,7 @@ std::string ByteCountFormat::text(std::int64_t bytes) const {
   while (unit + 1 < units.size() && magnitude >= firstOfNextUnit(units[unit]))
     ++unit;
   UErrorCode error = U_ZERO_ERROR;
-  std::string result;
-  return _units->formatters[unit].formatInt(bytes, error).toString(error).toUTF8String(result);
+  return toUTF8(_units->formatters[unit].formatInt(bytes, error).toString(error));
 }
 
 }  // namespace tidemar

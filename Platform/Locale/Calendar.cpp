@@ -6,12 +6,10 @@
 #include <unicode/basictz.h>
 #include <unicode/timezone.h>
 
+#include "Platform/Locale/UnicodeText.h"
+
 namespace tidemar {
 namespace {
-
-icu::UnicodeString fromUTF8(std::string_view text) {
-  return icu::UnicodeString::fromUTF8({text.data(), static_cast<std::int32_t>(text.size())});
-}
 
 // Beyond this many days a double no longer tells one second from the next.
 constexpr double furthestDay = 1e11;
@@ -82,9 +80,7 @@ std::optional<DayInterval> Calendar::day(Date date, std::int64_t daysLater) cons
 std::string currentTimeZoneIdentifier() {
   const std::unique_ptr<const icu::TimeZone> zone(icu::TimeZone::detectHostTimeZone());
   icu::UnicodeString identifier;
-  std::string result;
-  zone->getID(identifier).toUTF8String(result);
-  return result;
+  return toUTF8(zone->getID(identifier));
 }
 
 }  // namespace tidemar

@@ -15,18 +15,10 @@
 #include <unicode/timezone.h>
 
 #include "Platform/Locale/ByteCountFormat.h"
+#include "Platform/Locale/UnicodeText.h"
 
 namespace tidemar {
 namespace {
-
-icu::UnicodeString fromUTF8(std::string_view text) {
-  return icu::UnicodeString::fromUTF8({text.data(), static_cast<std::int32_t>(text.size())});
-}
-
-std::string toUTF8(const icu::UnicodeString& text) {
-  std::string result;
-  return text.toUTF8String(result);
-}
 
 bool isLanguageKnown(const icu::Locale& locale) {
   std::int32_t count = 0;

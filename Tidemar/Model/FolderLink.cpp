@@ -7,8 +7,6 @@
 namespace tidemar {
 namespace {
 
-constexpr std::size_t longestURL = 64 * 1024;
-
 /// Takes the text up to one of the delimiters off the front.
 std::string_view takeUntil(std::string_view& text, std::string_view delimiters) {
   const std::string_view part = text.substr(0, text.find_first_of(delimiters));
@@ -20,7 +18,7 @@ std::string_view takeUntil(std::string_view& text, std::string_view delimiters) 
 
 std::optional<FileURL> folderOfLink(std::string_view url) {
   constexpr std::string_view prefix = "tidemar://";
-  if (url.size() > longestURL || !url.starts_with(prefix)) return std::nullopt;
+  if (url.size() > longestFolderLink || !url.starts_with(prefix)) return std::nullopt;
   url.remove_prefix(prefix.size());
   if (takeUntil(url, "/?#") != "folder") return std::nullopt;
   takeUntil(url, "?#");

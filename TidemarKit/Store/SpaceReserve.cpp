@@ -1,10 +1,13 @@
 #include "TidemarKit/Store/SpaceReserve.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstdint>
 #include <cstdio>
+#include <functional>
 #include <random>
+#include <string_view>
 #include <utility>
 
 #include <fcntl.h>
@@ -13,6 +16,7 @@
 #include <unistd.h>
 
 #include "Platform/Files/Descriptors/FileDescriptor.h"
+#include "Platform/Files/Descriptors/ReadWrite.h"
 
 namespace tidemar {
 namespace {
@@ -36,12 +40,10 @@ int makeFile(const std::string& path, std::size_t size) noexcept {
   if (!file) return errno;
   std::mt19937_64 generator(static_cast<std::uint64_t>(getpid()));
   std::array<std::uint64_t, blockSize / sizeof(std::uint64_t)> block{};
-  for (std::size_t written = 0; written < size;) {
-    for (std::uint64_t& word : block)
-      word = generator();
-    const ssize_t count = write(file.get(), block.data(), blockSize);
-    if (count < 0 && errno != EINTR) return errno;
-    if (count > 0) written += static_cast<std::size_t>(count);
+  const std::string_view bytes(reinterpret_cast<const char*>(block.data()), blockSize);
+  for (std::size_t written = 0; written < size; written += blockSize) {
+    std::ranges::generate(block, std::ref(generator));
+    if (const int code = writeAll(file.get(), bytes); code != 0) return code;
   }
   return fsync(file.get()) == 0 ? 0 : errno;
 }

@@ -17,7 +17,7 @@ bool isDirectory(const FileURL& url) {
 
 }  // namespace
 
-void createDirectory(const FileURL& directory) {
+void createDirectory(const FileURL& directory, const std::string& operation) {
   std::vector<FileURL> missing;
   for (FileURL url = directory; !url.path().empty() && !isDirectory(url);
        url = url.deletingLastPathComponent()) {
@@ -29,7 +29,7 @@ void createDirectory(const FileURL& directory) {
     if (mkdir(url.path().c_str(), S_IRWXU) == 0) continue;
     const int code = errno;
     // Another program may have made it just now.
-    if (!isDirectory(url)) throw PlatformError("create the folder", url, code);
+    if (!isDirectory(url)) throw PlatformError(operation, url, code);
   }
 }
 

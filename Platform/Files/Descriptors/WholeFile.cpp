@@ -1,36 +1,33 @@
 #include "Platform/Files/Descriptors/WholeFile.h"
 
-#include <array>
 #include <cerrno>
-#include <cstddef>
 #include <cstdio>
 #include <cstdlib>
-#include <memory>
+#include <utility>
 
 #include <fcntl.h>
 #include <unistd.h>
 
+#include "Platform/Files/Descriptors/CanonicalPath.h"
 #include "Platform/Files/Descriptors/FileDescriptor.h"
+#include "Platform/Files/Descriptors/ReadWrite.h"
 #include "Platform/PlatformError.h"
 
 namespace tidemar::WholeFile {
 namespace {
 
 FileURL behindLinks(const FileURL& file) {
-  const std::unique_ptr<char, decltype(&std::free)> path(realpath(file.path().c_str(), nullptr),
-                                                         std::free);
-  return path ? FileURL(path.get()) : file;
+  const auto path = canonicalPath(file);
+  return path ? FileURL(*path) : file;
 }
 
-/// Answers whether all of it was written and flushed; else errno tells why.
-bool writeAll(int descriptor, std::string_view content) {
-  while (!content.empty()) {
-    const ssize_t written = ::write(descriptor, content.data(), content.size());
-    if (written < 0 && errno == EINTR) continue;
-    if (written < 0) return false;
-    content.remove_prefix(static_cast<std::size_t>(written));
-  }
-  return fsync(descriptor) == 0;
+/// Writes a file that has another name until it is whole. Answers 0, or an errno value.
+int write(int temporary, const std::string& temporaryPath, const FileURL& target,
+          std::string_view content) {
+  if (const int code = writeAll(temporary, content); code != 0) return code;
+  const bool isDone =
+      fsync(temporary) == 0 && std::rename(temporaryPath.c_str(), target.path().c_str()) == 0;
+  return isDone ? 0 : errno;
 }
 
 }  // namespace
@@ -41,17 +38,9 @@ std::optional<std::string> read(const FileURL& file) {
     if (errno == ENOENT) return std::nullopt;
     throw PlatformError("read", file, errno);
   }
-  std::string content;
-  std::array<char, 16384> buffer{};
-  while (true) {
-    const ssize_t count = ::read(opened.get(), buffer.data(), buffer.size());
-    if (count == 0) return content;
-    if (count > 0) {
-      content.append(buffer.data(), static_cast<std::size_t>(count));
-    } else if (errno != EINTR) {
-      throw PlatformError("read", file, errno);
-    }
-  }
+  auto content = readToEnd(opened.get());
+  if (!content) throw PlatformError("read", file, content.error());
+  return *std::move(content);
 }
 
 void replace(const FileURL& file, std::string_view content) {
@@ -59,9 +48,7 @@ void replace(const FileURL& file, std::string_view content) {
   std::string temporaryPath = target.path() + ".XXXXXX";
   FileDescriptor temporary(mkostemp(temporaryPath.data(), O_CLOEXEC));
   if (!temporary) throw PlatformError("write", file, errno);
-  if (!writeAll(temporary.get(), content) ||
-      rename(temporaryPath.c_str(), target.path().c_str()) != 0) {
-    const int code = errno;
+  if (const int code = write(temporary.get(), temporaryPath, target, content); code != 0) {
     unlink(temporaryPath.c_str());
     throw PlatformError("write", file, code);
   }

@@ -16,6 +16,7 @@
 #include <unistd.h>
 
 #include "Platform/Files/Descriptors/FileDescriptor.h"
+#include "Platform/Files/Descriptors/ReadWrite.h"
 #include "Platform/Files/Places/StandardDirectories.h"
 #include "Platform/PlatformError.h"
 
@@ -66,8 +67,7 @@ void keep(const BootRecord& record, const std::string& path) {
   std::string temporary = path + ".XXXXXX";
   const FileDescriptor file(mkostemp(temporary.data(), O_CLOEXEC));
   if (!file) return;
-  if (write(file.get(), text.data(), text.size()) != std::ssize(text) ||
-      std::rename(temporary.c_str(), path.c_str()) != 0) {
+  if (writeAll(file.get(), text) != 0 || std::rename(temporary.c_str(), path.c_str()) != 0) {
     unlink(temporary.c_str());
   }
 }

@@ -11,6 +11,7 @@
 #include <poll.h>
 #include <unistd.h>
 
+#include "Platform/Files/Descriptors/ReadWrite.h"
 #include "Platform/PlatformError.h"
 
 namespace tidemar {
@@ -102,16 +103,12 @@ PlatformError unreadable(int code) {
 
 /// All of an open table, from its beginning.
 std::string textOf(const FileDescriptor& table) {
-  std::string text;
-  std::array<char, 16384> buffer{};
   if (lseek(table.get(), 0, SEEK_SET) != 0) throw unreadable(errno);
-  while (const ssize_t count = read(table.get(), buffer.data(), buffer.size())) {
-    if (count < 0) throw unreadable(errno);
-    text.append(buffer.data(), static_cast<std::size_t>(count));
-  }
+  auto text = readToEnd(table.get());
+  if (!text) throw unreadable(text.error());
   // The root at least is always mounted.
-  if (text.empty()) throw unreadable(EIO);
-  return text;
+  if (text->empty()) throw unreadable(EIO);
+  return *std::move(text);
 }
 
 /// Whether the mounts have changed since the table was opened, or since this was last asked.

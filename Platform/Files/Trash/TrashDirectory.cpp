@@ -14,6 +14,7 @@
 #include <sys/sysmacros.h>
 #include <unistd.h>
 
+#include "Platform/Files/Descriptors/CreateDirectory.h"
 #include "Platform/Files/Descriptors/DescriptorPath.h"
 #include "Platform/Files/Descriptors/EntryValues.h"
 #include "Platform/Files/Places/StandardDirectories.h"
@@ -85,18 +86,6 @@ TrashDirectory openTrash(int parent, const std::string& name, const FileURL& url
   const std::size_t longest = reported == 0 ? NAME_MAX : std::min<std::size_t>(reported, NAME_MAX);
   result.longestName = longest - std::min(longest, trashRecordEnding.size());
   return result;
-}
-
-/// Makes a directory and those above it as far as they are missing. Links in the path are the
-/// user's own arrangement and are followed.
-void makeDirectories(const FileURL& url) {
-  if (mkdir(url.path().c_str(), 0700) == 0 || errno == EEXIST) return;
-  const FileURL parent = url.deletingLastPathComponent();
-  if (errno != ENOENT || parent == url) throw PlatformError(makeOperation, url, errno);
-  makeDirectories(parent);
-  if (mkdir(url.path().c_str(), 0700) != 0 && errno != EEXIST) {
-    throw PlatformError(makeOperation, url, errno);
-  }
 }
 
 /// The directory for all users that an administrator may have made at the top of a mount, if it is
@@ -175,7 +164,7 @@ std::uint64_t homeTrashDevice() {
 }
 
 TrashDirectory openHomeTrash() {
-  makeDirectories(StandardDirectories::data());
+  createDirectory(StandardDirectories::data(), makeOperation);
   return openHomeTrash(Missing::made);
 }
 

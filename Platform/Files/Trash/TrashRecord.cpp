@@ -12,6 +12,7 @@
 #include <unistd.h>
 
 #include "Platform/Files/Descriptors/EntryValues.h"
+#include "Platform/Files/Descriptors/ReadWrite.h"
 #include "Platform/Files/Trash/PercentEncoding.h"
 
 namespace tidemar {
@@ -25,30 +26,6 @@ constexpr int recordFlags = O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
 
 std::string recordName(const std::string& name) {
   return name + std::string(trashRecordEnding);
-}
-
-int writeAll(int file, std::string_view text) noexcept {
-  while (!text.empty()) {
-    const ssize_t written = write(file, text.data(), text.size());
-    if (written < 0 && errno == EINTR) continue;
-    if (written < 0) return errno;
-    text.remove_prefix(static_cast<std::size_t>(written));
-  }
-  return 0;
-}
-
-/// An errno value for a file that can't be read or is longer than this.
-std::expected<std::string, int> readAll(int file, std::size_t longest) {
-  std::string text;
-  std::array<char, 4096> buffer{};
-  while (text.size() <= longest) {
-    const ssize_t size = read(file, buffer.data(), buffer.size());
-    if (size < 0 && errno == EINTR) continue;
-    if (size < 0) return std::unexpected(errno);
-    if (size == 0) return text;
-    text.append(buffer.data(), static_cast<std::size_t>(size));
-  }
-  return std::unexpected(EFBIG);
 }
 
 /// Whether an attempt to read a record failed because none is there, but a link, a socket, a
@@ -138,7 +115,7 @@ void forgetSize(int trash, const std::string& name) {
   const FileDescriptor file(
       openat(trash, sizesName, O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
   if (!file) return;
-  const std::expected<std::string, int> sizes = readAll(file.get(), longestSizes);
+  const std::expected<std::string, int> sizes = readToEnd(file.get(), longestSizes);
   if (!sizes) return;
   const std::string kept = directorySizesWithout(name, *sizes);
   if (kept.size() == sizes->size()) return;
@@ -190,7 +167,7 @@ std::string directorySizesWithout(std::string_view name, std::string_view sizes)
 std::expected<std::string, int> readTrashRecord(int infoDirectory, const std::string& name) {
   const FileDescriptor file(openat(infoDirectory, recordName(name).c_str(), recordFlags));
   const std::expected<std::string, int> text =
-      file ? readAll(file.get(), longestRecord) : std::unexpected(errno);
+      file ? readToEnd(file.get(), longestRecord) : std::unexpected(errno);
   return text || !saysThatNoneIsThere(text.error()) ? text : "";
 }
 
@@ -214,7 +191,7 @@ std::expected<HeldRecord, int> holdTrashRecord(int infoDirectory, const std::str
   if (code == 0) code = readEntryValues(infoDirectory, record.c_str(), present);
   if (code == 0 && identityOf(opened) != identityOf(present)) code = EWOULDBLOCK;
   if (code != 0) return std::unexpected(code);
-  auto text = readAll(file.get(), longestRecord);
+  auto text = readToEnd(file.get(), longestRecord);
   if (!text) return std::unexpected(text.error());
   return HeldRecord{std::move(file), *std::move(text)};
 }

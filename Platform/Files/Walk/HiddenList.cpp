@@ -7,10 +7,10 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include "Platform/Files/Descriptors/EntryValues.h"
 #include "Platform/Files/Descriptors/FileDescriptor.h"
+#include "Platform/Files/Descriptors/ReadWrite.h"
 
 namespace tidemar {
 namespace {
@@ -19,21 +19,6 @@ constexpr std::size_t largestList = 1024 * 1024;
 
 [[noreturn]] void fail(int code) {
   throw std::system_error(code, std::generic_category());
-}
-
-std::string readWhole(int descriptor) {
-  std::string content(largestList + 1, '\0');
-  std::size_t size = 0;
-  while (size < content.size()) {
-    const ssize_t count = read(descriptor, content.data() + size, content.size() - size);
-    if (count < 0 && errno == EINTR) continue;
-    if (count < 0) fail(errno);
-    if (count == 0) break;
-    size += static_cast<std::size_t>(count);
-  }
-  if (size > largestList) fail(EFBIG);
-  content.resize(size);
-  return content;
 }
 
 }  // namespace
@@ -50,7 +35,9 @@ HiddenList HiddenList::ofDirectory(int directory) {
   const FileDescriptor file(
       openat(directory, ".hidden", O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
   if (!file) fail(errno);
-  return parse(readWhole(file.get()));
+  const auto content = readToEnd(file.get(), largestList);
+  if (!content) fail(content.error());
+  return parse(*content);
 }
 
 HiddenList HiddenList::parse(std::string_view content) {
