@@ -130,10 +130,16 @@ class AppModel : public QObject {
     RecentReports untouched;
   };
 
+  /// What a run leaves to be known of a folder.
+  struct Cleared {
+    std::shared_ptr<const FolderReport> untouched;  ///< As it was read, if nothing was to go.
+    std::vector<LeftItem> left;
+  };
+
   QCoro::Task<NumberedSnapshot> readAndPublish(std::shared_ptr<const SinceReading> since = nullptr);
   QCoro::Task<void> serveRefreshes();
   QCoro::Task<void> clearFolders();
-  QCoro::Task<std::shared_ptr<const FolderReport>> clear(std::int64_t folderID, Date now);
+  QCoro::Task<Cleared> clear(std::int64_t folderID, Date now);
   QCoro::Task<void> passOver(Folder seen, Date now);
   bool isClockTrusted(Date now, const std::vector<FolderReport>& reports);
   void letCommandsFoldersGo();
@@ -176,6 +182,7 @@ class AppModel : public QObject {
   std::shared_ptr<std::atomic<std::uint64_t>> _lastReading =
       std::make_shared<std::atomic<std::uint64_t>>(0);
   std::uint64_t _shownReading = 0;  ///< That of the snapshot.
+  LeftItems _leftItems;             ///< Of the last cycle that cleared.
 
   std::shared_ptr<Occurrence> _askedReading;  ///< Done for all who asked; none if nobody has.
   bool _isServingRefreshes = false;
