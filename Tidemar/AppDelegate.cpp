@@ -168,6 +168,8 @@ void AppDelegate::finishLaunching() {
   connect(qApp, &QGuiApplication::focusWindowChanged, model, [model](QWindow* window) {
     if (window != nullptr) model->refreshSystemState();
   });
+  connect(&_platform->notifications, &DesktopNotificationCenter::serverCame, model,
+          [model] { model->resumeNotifications(); });
   _platform->finderExtension.onChange = [model] { model->refreshSystemState(); };
   connect(qApp, &QCoreApplication::aboutToQuit, model, &AppModel::stopClearing);
   model->startSchedule();

@@ -12,6 +12,8 @@
 namespace tidemar {
 namespace {
 
+const QString serviceName = QStringLiteral("org.freedesktop.Notifications");
+
 /// The server's own words might quote the notification, and the log must not.
 std::runtime_error failure(const QDBusError& error) {
   switch (error.type()) {
@@ -24,6 +26,9 @@ std::runtime_error failure(const QDBusError& error) {
     case QDBusError::Timeout:
       return std::runtime_error("The notification service didn't answer.");
     default:
+      // What the bus says where it could start one and may not.
+      if (error.name() == QStringLiteral("org.freedesktop.DBus.Error.NameHasNoOwner"))
+        return std::runtime_error("This desktop has no notification service.");
       return std::runtime_error("The notification service refused (" + error.name().toStdString() +
                                 ").");
   }
@@ -35,12 +40,15 @@ QString escaped(QString text) {
       .replace(u'>', QStringLiteral("&gt;"));
 }
 
+enum class Urgency : uchar { low = 0, normal = 1 };
+
 /// What is given to "Notify". An id of 0 replaces nothing.
-QVariantList quietNotification(quint32 replacedID, const QString& title, const QString& body) {
-  constexpr uchar lowUrgency = 0;
+QVariantList quietNotification(quint32 replacedID, const QString& title, const QString& body,
+                               Urgency urgency) {
   constexpr int serversOwnExpiry = -1;
   const QVariantMap hints = {
-      {QStringLiteral("urgency"), QVariant::fromValue(lowUrgency)},
+      {QStringLiteral("urgency"), QVariant::fromValue(static_cast<uchar>(urgency))},
+      {QStringLiteral("suppress-sound"), true},
       {QStringLiteral("desktop-entry"), QStringLiteral("app.quernly.tidemar")}};
   return {QStringLiteral("Tidemar"),
           replacedID,
@@ -56,7 +64,14 @@ QVariantList quietNotification(quint32 replacedID, const QString& title, const Q
 
 DesktopNotificationCenter::DesktopNotificationCenter(QDBusConnection bus,
                                                      std::chrono::milliseconds patience)
-    : _bus(std::move(bus)), _patience(patience) {}
+    : _bus(std::move(bus)),
+      _patience(patience),
+      _watcher(serviceName, _bus, QDBusServiceWatcher::WatchForOwnerChange) {
+  connect(&_watcher, &QDBusServiceWatcher::serviceOwnerChanged, this,
+          [this](const QString&, const QString&, const QString& owner) {
+            if (!owner.isEmpty()) emit serverCame();
+          });
+}
 
 QCoro::Task<bool> DesktopNotificationCenter::isAuthorized() {
   try {
@@ -75,6 +90,7 @@ QCoro::Task<bool> DesktopNotificationCenter::requestAuthorization() {
 QCoro::Task<void> DesktopNotificationCenter::add(std::string identifier, std::string title,
                                                  std::string body) {
   const Server server = co_await findServer();
+  const bool keepsLow = co_await keepsLowUrgency(server.uniqueName);
   if (_server != server.uniqueName) {
     // Under another server these ids are those of other programs' notifications.
     _serverIDs.clear();
@@ -84,7 +100,8 @@ QCoro::Task<void> DesktopNotificationCenter::add(std::string identifier, std::st
   const quint32 replaced = earlier == _serverIDs.end() ? 0 : earlier->second;
   const QString text = QString::fromStdString(body);
   const QVariantList notification = quietNotification(replaced, QString::fromStdString(title),
-                                                      server.readsMarkup ? escaped(text) : text);
+                                                      server.readsMarkup ? escaped(text) : text,
+                                                      keepsLow ? Urgency::low : Urgency::normal);
   const QDBusPendingCall pending = call(server.uniqueName, QStringLiteral("Notify"), notification);
   const QDBusPendingReply<quint32> reply = co_await pending;
   if (reply.isError()) throw failure(reply.error());
@@ -92,19 +109,27 @@ QCoro::Task<void> DesktopNotificationCenter::add(std::string identifier, std::st
 }
 
 QCoro::Task<DesktopNotificationCenter::Server> DesktopNotificationCenter::findServer() {
-  const QDBusPendingCall pending =
-      call(QStringLiteral("org.freedesktop.Notifications"), QStringLiteral("GetCapabilities"), {});
+  const QDBusPendingCall pending = call(serviceName, QStringLiteral("GetCapabilities"), {});
   const QDBusMessage answer = co_await pending;
   const QDBusPendingReply<QStringList> reply = answer;
   if (reply.isError()) throw failure(reply.error());
   co_return Server{answer.service(), reply.value().contains(QStringLiteral("body-markup"))};
 }
 
+/// Whether a server lists what isn't urgent, without a banner. Others show that for a moment and
+/// keep it nowhere.
+QCoro::Task<bool> DesktopNotificationCenter::keepsLowUrgency(QString server) {
+  const QDBusPendingCall pending = call(server, QStringLiteral("GetServerInformation"), {});
+  const QDBusMessage answer = co_await pending;
+  co_return answer.type() == QDBusMessage::ReplyMessage&& answer.arguments().value(0).toString() ==
+      QStringLiteral("gnome-shell");
+}
+
 QDBusPendingCall DesktopNotificationCenter::call(const QString& server, const QString& method,
                                                  const QVariantList& arguments) const {
-  QDBusMessage message =
-      QDBusMessage::createMethodCall(server, QStringLiteral("/org/freedesktop/Notifications"),
-                                     QStringLiteral("org.freedesktop.Notifications"), method);
+  QDBusMessage message = QDBusMessage::createMethodCall(
+      server, QStringLiteral("/org/freedesktop/Notifications"), serviceName, method);
+  message.setAutoStartService(false);
   message.setArguments(arguments);
   return _bus.asyncCall(message, static_cast<int>(_patience.count()));
 }

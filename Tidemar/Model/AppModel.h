@@ -91,6 +91,9 @@ class AppModel : public QObject {
   /// fail. What is on its way back already, or back, is passed over.
   QCoro::Task<void> putBack(std::vector<std::int64_t> journalEntryIDs);
 
+  /// Delivers what no notification service took today. Call when one has come.
+  QCoro::Task<void> resumeNotifications();
+
   void setOpensAtLogin(bool isOn);
   QCoro::Task<void> requestNotificationPermission();
 
@@ -191,7 +194,8 @@ class AppModel : public QObject {
   bool _isLoginItemEnabled = false;
   bool _loginItemNeedsApproval = false;
   bool _isNotificationAuthorized = false;
-  bool _isRunning = false;  ///< A background cycle is under way.
+  bool _isRunning = false;    ///< A background cycle is under way.
+  bool _isNotifying = false;  ///< The day's notifications are being delivered.
 
   std::shared_ptr<RunGate> _runGate;
   std::shared_ptr<Engine> _engine;  ///< Shared with the tasks under way.
