@@ -6,8 +6,11 @@
 #include <QDBusPendingReply>
 #include <QStringList>
 #include <QVariantMap>
+#include <algorithm>
 #include <stdexcept>
 #include <utility>
+
+#include "Platform/Desktop/ActivationToken.h"
 
 namespace tidemar {
 namespace {
@@ -42,9 +45,16 @@ QString escaped(QString text) {
 
 enum class Urgency : uchar { low = 0, normal = 1 };
 
+/// What a click on the whole of a notification invokes; its label is shown by few.
+const QString clickAction = QStringLiteral("default");
+
+QStringList defaultAction() {
+  return {clickAction, QStringLiteral("Open Tidemar")};
+}
+
 /// What is given to "Notify". An id of 0 replaces nothing.
 QVariantList quietNotification(quint32 replacedID, const QString& title, const QString& body,
-                               Urgency urgency) {
+                               const QStringList& actions, Urgency urgency) {
   constexpr int serversOwnExpiry = -1;
   const QVariantMap hints = {
       {QStringLiteral("urgency"), QVariant::fromValue(static_cast<uchar>(urgency))},
@@ -55,7 +65,7 @@ QVariantList quietNotification(quint32 replacedID, const QString& title, const Q
           QStringLiteral("app.quernly.tidemar"),
           title,
           body,
-          QStringList(),
+          actions,
           hints,
           serversOwnExpiry};
 }
@@ -71,6 +81,12 @@ DesktopNotificationCenter::DesktopNotificationCenter(QDBusConnection bus,
           [this](const QString&, const QString&, const QString& owner) {
             if (!owner.isEmpty()) emit serverCame();
           });
+  const auto follow = [this](const char* signal, const char* slot) {
+    _bus.connect(serviceName, QStringLiteral("/org/freedesktop/Notifications"), serviceName,
+                 QLatin1String(signal), this, slot);
+  };
+  follow("ActivationToken", SLOT(keepToken(quint32, QString)));
+  follow("ActionInvoked", SLOT(handOutClick(quint32, QString)));
 }
 
 QCoro::Task<bool> DesktopNotificationCenter::isAuthorized() {
@@ -99,9 +115,10 @@ QCoro::Task<void> DesktopNotificationCenter::add(std::string identifier, std::st
   const auto earlier = _serverIDs.find(identifier);
   const quint32 replaced = earlier == _serverIDs.end() ? 0 : earlier->second;
   const QString text = QString::fromStdString(body);
-  const QVariantList notification = quietNotification(replaced, QString::fromStdString(title),
-                                                      server.readsMarkup ? escaped(text) : text,
-                                                      keepsLow ? Urgency::low : Urgency::normal);
+  const QVariantList notification = quietNotification(
+      replaced, QString::fromStdString(title), server.readsMarkup ? escaped(text) : text,
+      server.knowsClicks ? defaultAction() : QStringList(),
+      keepsLow ? Urgency::low : Urgency::normal);
   const QDBusPendingCall pending = call(server.uniqueName, QStringLiteral("Notify"), notification);
   const QDBusPendingReply<quint32> reply = co_await pending;
   if (reply.isError()) throw failure(reply.error());
@@ -113,7 +130,26 @@ QCoro::Task<DesktopNotificationCenter::Server> DesktopNotificationCenter::findSe
   const QDBusMessage answer = co_await pending;
   const QDBusPendingReply<QStringList> reply = answer;
   if (reply.isError()) throw failure(reply.error());
-  co_return Server{answer.service(), reply.value().contains(QStringLiteral("body-markup"))};
+  const QStringList capabilities = reply.value();
+  co_return Server{answer.service(), capabilities.contains(QStringLiteral("body-markup")),
+                   capabilities.contains(QStringLiteral("actions"))};
+}
+
+/// Comes just before the click that it belongs to.
+void DesktopNotificationCenter::keepToken(quint32 id, const QString& token) {
+  if (identifierOf(id)) accept(ActivationToken{.token = token, .startupID = token});
+}
+
+void DesktopNotificationCenter::handOutClick(quint32 id, const QString& action) {
+  const std::optional<std::string> identifier = identifierOf(id);
+  if (identifier && action == clickAction) emit clicked(*identifier);
+}
+
+/// None for a notification of another program's, which a server may tell all of.
+std::optional<std::string> DesktopNotificationCenter::identifierOf(quint32 id) const {
+  const auto found =
+      std::ranges::find(_serverIDs, id, [](const auto& entry) { return entry.second; });
+  return found == _serverIDs.end() ? std::nullopt : std::optional(found->first);
 }
 
 /// Whether a server lists what isn't urgent, without a banner. Others show that for a moment and

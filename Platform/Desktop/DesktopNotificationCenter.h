@@ -6,6 +6,7 @@
 #include <QString>
 #include <chrono>
 #include <map>
+#include <optional>
 #include <string>
 
 #include "Platform/Desktop/NotificationCenter.h"
@@ -35,13 +36,23 @@ class DesktopNotificationCenter : public QObject, public NotificationCenter {
   /// There is a server now, where there was none or another one.
   void serverCame();
 
+  /// The user clicked a notification that was added under this identifier. A token that came with
+  /// the click waits for the window that answers it.
+  void clicked(const std::string& identifier);
+
+ private slots:
+  void keepToken(quint32 id, const QString& token);
+  void handOutClick(quint32 id, const QString& action);
+
  private:
   struct Server {
     QString uniqueName;  ///< Names this very process, and no other as long as the bus lives.
     bool readsMarkup = false;
+    bool knowsClicks = false;
   };
 
   QCoro::Task<Server> findServer();
+  std::optional<std::string> identifierOf(quint32 id) const;
   QCoro::Task<bool> keepsLowUrgency(QString server);
   QDBusPendingCall call(const QString& server, const QString& method,
                         const QVariantList& arguments) const;

@@ -94,6 +94,9 @@ class AppModel : public QObject {
   /// Delivers what no notification service took today. Call when one has come.
   QCoro::Task<void> resumeNotifications();
 
+  /// Tells the user that Tidemar goes on without a window, the first time that this is called.
+  QCoro::Task<void> tellThatItGoesOn();
+
   void setOpensAtLogin(bool isOn);
   QCoro::Task<void> requestNotificationPermission();
 

@@ -6,6 +6,7 @@
 #include "Tidemar/Model/AppModel.h"
 #include "Tidemar/Model/ApplicationLog.h"
 #include "Tidemar/Model/Failures.h"
+#include "TidemarUI/State/Labels.h"
 #include "TidemarUI/State/SystemBin.h"
 #include "TidemarUI/State/TomorrowNotification.h"
 
@@ -34,6 +35,20 @@ QCoro::Task<void> AppModel::notifyTomorrow(Date now) {
 QCoro::Task<void> AppModel::resumeNotifications() {
   refreshSystemState();
   co_await notifyTomorrow(_services.currentDate());
+}
+
+QCoro::Task<void> AppModel::tellThatItGoesOn() {
+  constexpr const char* key = "toldThatItGoesOn";
+  if (_services.standardDefaults.boolean(key).value_or(false)) co_return;
+  const bool isTold = co_await postNotification("goesOn", std::string(labels::goesOn),
+                                                std::string(labels::goesOnExplanation));
+  if (!isTold) co_return;
+  try {
+    _services.standardDefaults.setBoolean(key, true);
+  } catch (...) {
+    applicationLog().log(LogLevel::error, "Couldn't store a setting: %{public}s",
+                         textForLog(std::current_exception()));
+  }
 }
 
 QCoro::Task<void> AppModel::notifyOnce(std::string identifier, Date now, std::string title,

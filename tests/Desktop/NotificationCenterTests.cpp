@@ -121,6 +121,31 @@ TEST_F(NotificationCenterTest, TheSameIdentifierReplacesUnderTheSameServerAlone)
       << "under another server the id may be another program's";
 }
 
+TEST_F(NotificationCenterTest, AClickTellsTheIdentifierOfWhatWasClicked) {
+  startServer({u"body"_s, u"actions"_s});
+  ASSERT_EQ(add("tomorrow.1"), "");
+  ASSERT_EQ(add("tomorrow.2"), "");
+  EXPECT_EQ(shown.back()[5].toStringList().value(0), u"default"_s);
+  std::vector<std::string> clicks;
+  QEventLoop untilTheLast;
+  QObject::connect(&*center, &DesktopNotificationCenter::clicked, &untilTheLast,
+                   [&](const std::string& identifier) {
+                     clicks.push_back(identifier);
+                     if (identifier == "tomorrow.1") untilTheLast.quit();
+                   });
+  QTimer::singleShot(20s, &untilTheLast, &QEventLoop::quit);
+  const auto invoke = [this](quint32 id, const QString& action) {
+    server->send(objectPath, serviceName, u"ActionInvoked"_s, {id, action});
+  };
+  invoke(6, u"default"_s);
+  invoke(8, u"close"_s);
+  invoke(8, u"default"_s);
+  invoke(7, u"default"_s);
+  untilTheLast.exec();
+  EXPECT_EQ(clicks, (std::vector<std::string>{"tomorrow.2", "tomorrow.1"}))
+      << "another program's and other actions aren't clicks on ours";
+}
+
 TEST_F(NotificationCenterTest, NamesAreShownAsTheyAreWhateverTheServerReads) {
   const QString name = u"<b>bold</b> & \"<img src='x'/>"_s;
   const struct {
