@@ -22,7 +22,7 @@ ItemRemoval::ItemRemoval(int folder, const KeptDirectories& kept)
 FileURL ItemRemoval::trash(const ItemState& item, const FileURL& url) {
   for (int attempt = 0;; ++attempt) {
     const FolderBin::Place place = _bin.take(item.name, url);
-    const bool isSame = isUnchanged(*place.in, place.name, item);
+    const bool isSame = place.in->isUnchanged(place.name, item);
     const bool isInPlace = _bin.isInPlace();
     if (isSame && isInPlace) return place.url;
     // One that can't go back has gone to the Bin after all, and is better told of than hidden.

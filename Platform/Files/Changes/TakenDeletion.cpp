@@ -17,7 +17,7 @@ void TakenDeletion::run(const ItemState& item, const FileURL& url) {
   if (!isTaken && taking != ENOSPC && taking != EDQUOT) failToTake(url, taking);
 
   const std::string path = PrivateDirectory::inPlace(0, item.name);
-  int code = !isTaken || isUnchanged(*_reading, path, item) ? 0 : ESTALE;
+  int code = !isTaken || _reading->isUnchanged(path, item) ? 0 : ESTALE;
   if (code == 0) code = Deletion(isTaken ? &*_taken : nullptr, _directory, item).run();
   if (code == 0) return;
   if (isTaken) {
@@ -52,13 +52,6 @@ void TakenDeletion::failToTake(const FileURL& url, int code) const {
 void TakenDeletion::fail(const FileURL& url, int code) const {
   if (code == ESTALE) throw ItemChanged(_operation, url, code, "it changed meanwhile");
   throw obstacleError(_operation, url, code);
-}
-
-bool isUnchanged(FolderReading& reading, const std::string& path, const ItemState& item) try {
-  const ItemState present = reading.readOne(path, false, nullptr, nullptr);
-  return present.root == item.root && present.tree == item.tree;
-} catch (const PlatformError&) {
-  return false;
 }
 
 }  // namespace tidemar

@@ -41,9 +41,4 @@ class TakenDeletion {
   std::optional<FolderReading> _reading;   ///< Of that.
 };
 
-/// Whether the entry at this path is still what had been looked at, down to the last entry in it;
-/// its own change time, which a rename moves, is left out. What can't be read can't be told to be
-/// the same.
-bool isUnchanged(FolderReading& reading, const std::string& path, const ItemState& item);
-
 }  // namespace tidemar

@@ -71,9 +71,23 @@ ItemState FolderReading::readOne(const std::string& name, bool isHidden, TreeVis
                                  Obstacles* obstacles) {
   _visitor = visitor;
   _obstacles = obstacles;
+  return readOne(name, false, isHidden);
+}
+
+bool FolderReading::isUnchanged(const std::string& path, const ItemState& item) try {
+  _visitor = nullptr;
+  _obstacles = nullptr;
+  const ItemState present = readOne(path, S_ISDIR(item.root.kind), false);
+  return present.root == item.root && present.tree == item.tree;
+} catch (const PlatformError&) {
+  return false;
+}
+
+/// With those who are told set. One that is known to be a directory is opened at once.
+ItemState FolderReading::readOne(const std::string& name, bool isDirectory, bool isHidden) {
   _root = {};
   _tree = {};
-  if (!readEntry(name.c_str(), false, isHidden))
+  if (!readEntry(name.c_str(), isDirectory, isHidden))
     throw PlatformError(operation, _url.appendingPathComponent(name), ENOENT);
   return {.name = name,
           .root = _root,

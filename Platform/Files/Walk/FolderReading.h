@@ -33,9 +33,16 @@ class FolderReading : private WalkHandler {
   ItemState readOne(const std::string& name, bool isHidden, TreeVisitor* visitor,
                     Obstacles* obstacles);
 
+  /// Whether the entry at this path is still what had been looked at, down to the last entry in it;
+  /// its own change time, which a rename moves, is left out. What can't be read can't be told to be
+  /// the same.
+  bool isUnchanged(const std::string& path, const ItemState& item);
+
  private:
   void entry(const WalkedEntry& entry) override;
   void failed(int code) override;
+
+  ItemState readOne(const std::string& name, bool isDirectory, bool isHidden);
 
   /// Answers false for one that has vanished.
   bool readEntry(const char* name, bool isDirectory, bool isHidden);
