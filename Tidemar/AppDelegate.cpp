@@ -31,6 +31,7 @@
 #include "Tidemar/WindowCoordinator.h"
 #include "TidemarUI/State/FailureLine.h"
 #include "TidemarUI/State/Labels.h"
+#include "TidemarUI/State/TomorrowNotification.h"
 #include "TidemarUI/Views/Icons.h"
 #include "TidemarUI/Views/QuietStyle.h"
 
@@ -168,6 +169,8 @@ void AppDelegate::finishLaunching() {
   connect(qApp, &QGuiApplication::focusWindowChanged, model, [model](QWindow* window) {
     if (window != nullptr) model->refreshSystemState();
   });
+  connect(&_platform->notifications, &DesktopNotificationCenter::serverCame, model,
+          [model] { model->resumeNotifications(); });
   _platform->finderExtension.onChange = [model] { model->refreshSystemState(); };
   connect(qApp, &QCoreApplication::aboutToQuit, model, &AppModel::stopClearing);
   model->startSchedule();
@@ -189,6 +192,11 @@ void AppDelegate::makeScreens() {
       .quit = [this] { quit(); },
       .names = systemNames()});
   _menuBarExtra = std::make_unique<MenuBarExtra>(*_windows);
+  connect(_windows.get(), &WindowCoordinator::lastWindowClosed, this, [this] {
+    if (!_isQuitting && !_menuBarExtra->isShown()) _appModel->tellThatItGoesOn();
+  });
+  connect(&_platform->notifications, &DesktopNotificationCenter::clicked, _windows.get(),
+          [this](const std::string& identifier) { showSubject(identifier); });
   connect(_instance.get(), &ApplicationInstance::activated, _windows.get(),
           [this] { _windows->showMain(); });
   connect(_instance.get(), &ApplicationInstance::opened, _windows.get(),
@@ -197,6 +205,14 @@ void AppDelegate::makeScreens() {
           [this](const std::string& action, const QVariantList& parameters) {
             perform(action, parameters);
           });
+}
+
+/// Opens the main window at the folder that a notification is about.
+void AppDelegate::showSubject(const std::string& notification) {
+  const auto id = folderOfNotification(notification);
+  const FolderReport* report = id ? _appModel->reportForFolder(*id) : nullptr;
+  _windows->showMain(report != nullptr ? std::optional(FileURL(report->folder.path))
+                                       : std::nullopt);
 }
 
 /// Gives the windows their icon when the first of them comes: to find it all icon themes are read,

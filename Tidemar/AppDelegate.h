@@ -41,6 +41,7 @@ class AppDelegate : public QObject {
   void finishLaunching();
   void makeScreens();
   QCoro::Task<void> open(std::string url);
+  void showSubject(const std::string& notification);
   void perform(const std::string& action, const QVariantList& parameters);
 
   bool _isQuitting = false;

@@ -20,6 +20,9 @@ class MenuBarExtra : public QObject {
   explicit MenuBarExtra(WindowCoordinator& windows);
   ~MenuBarExtra() override;
 
+  /// Whether the icon is there to be seen.
+  bool isShown() const noexcept { return _icon != nullptr; }
+
  private:
   void follow();
   void makeIcon();

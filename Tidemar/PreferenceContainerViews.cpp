@@ -48,7 +48,7 @@ SetupContainerView::SetupContainerView(const ScreenContext& context)
   onOpenExtensionManagement = context.showExtensionManagement;
   onToggleOpenAtLogin = [this](bool isOn) { _context.model.setOpensAtLogin(isOn); };
   onOpenLoginItemsSettings = context.openLoginItemsSettings;
-  onRequestNotifications = [this] { _context.model.requestNotificationPermission(); };
+  onRequestNotifications = [this] { requestNotifications(); };
   refresh();
 }
 
@@ -57,7 +57,18 @@ void SetupContainerView::refresh() {
   setState({.isExtensionEnabled = !model.isFinderExtensionOff(),
             .isOpenAtLogin = model.isLoginItemEnabled(),
             .isOpenAtLoginRequiresApproval = model.loginItemNeedsApproval(),
-            .isNotificationsEnabled = model.isNotificationAuthorized()});
+            .isNotificationsEnabled = model.isNotificationAuthorized(),
+            .wereNotificationsRefused = _wereNotificationsRefused});
+}
+
+QCoro::Task<void> SetupContainerView::requestNotifications() {
+  // The window may be closed before the answer; the model outlives it.
+  const QPointer<QWidget> guard(this);
+  AppModel& model = _context.model;
+  co_await model.requestNotificationPermission();
+  if (!guard) co_return;
+  _wereNotificationsRefused = !model.isNotificationAuthorized();
+  refresh();
 }
 
 }  // namespace tidemar

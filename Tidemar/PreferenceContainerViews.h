@@ -30,8 +30,10 @@ class SetupContainerView : public SetupView {
 
  private:
   void refresh();
+  QCoro::Task<void> requestNotifications();
 
   const ScreenContext& _context;
+  bool _wereNotificationsRefused = false;
   ModelObserver _observer;
 };
 

@@ -125,6 +125,7 @@ void WindowCoordinator::forget(QWidget& window) {
   if (found->first == mainIdentifier) storeFrames();
   _windows.erase(found);
   window.deleteLater();
+  if (_windows.empty()) emit lastWindowClosed();
 }
 
 QWidget* WindowCoordinator::makeMainWindow() {

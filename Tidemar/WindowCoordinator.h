@@ -45,6 +45,9 @@ class WindowCoordinator : public QObject {
  signals:
   void showInMenuBarChanged();
 
+  /// The user has closed the last window; Tidemar goes on without one.
+  void lastWindowClosed();
+
  protected:
   bool eventFilter(QObject* object, QEvent* event) override;
 

@@ -2,8 +2,11 @@
 
 #include <QGuiApplication>
 #include <QWidget>
+#include <QWindow>
 #include <algorithm>
 #include <cstdint>
+#include <cstdlib>
+#include <memory>
 #include <optional>
 #include <string>
 #include <utility>
@@ -83,6 +86,18 @@ void activate(xcb_connection_t* connection, xcb_window_t window, std::uint32_t t
   xcb_flush(connection);
 }
 
+/// A property of one number; none where it isn't there.
+std::optional<std::uint32_t> number(xcb_connection_t* connection, xcb_window_t window,
+                                    const char* property) {
+  const auto cookie =
+      xcb_get_property(connection, 0, window, X11::atom(property), XCB_GET_PROPERTY_TYPE_ANY, 0, 1);
+  const std::unique_ptr<xcb_get_property_reply_t, decltype(&std::free)> reply(
+      xcb_get_property_reply(connection, cookie, nullptr), &std::free);
+  if (!reply || reply->format != 32 || xcb_get_property_value_length(reply.get()) != 4)
+    return std::nullopt;
+  return *static_cast<const std::uint32_t*>(xcb_get_property_value(reply.get()));
+}
+
 }  // namespace
 
 ActivationToken ActivationToken::fromEnvironment() {
@@ -98,6 +113,22 @@ QVariantMap ActivationToken::platformData() const {
   if (!token.isEmpty()) data[tokenKey] = token;
   if (!startupID.isEmpty()) data[startupIDKey] = startupID;
   return data;
+}
+
+QString startupIDForRequest() {
+  static int count = 0;
+  xcb_connection_t* connection = X11::connection();
+  const QWindow* window = QGuiApplication::focusWindow();
+  if (connection == nullptr || window == nullptr) return {};
+  const auto shown = static_cast<xcb_window_t>(window->winId());
+  // The toolkit may keep the time of the last input on a window of its own.
+  const auto keeper = number(connection, shown, "_NET_WM_USER_TIME_WINDOW").value_or(shown);
+  const auto time = number(connection, keeper, "_NET_WM_USER_TIME");
+  if (!time) return {};
+  return QStringLiteral("tidemar-%1-%2_TIME%3")
+      .arg(QCoreApplication::applicationPid())
+      .arg(++count)
+      .arg(*time);
 }
 
 void accept(const ActivationToken& token) {

@@ -22,6 +22,11 @@ struct ActivationToken {
   QVariantMap platformData() const;
 };
 
+/// What to hand to another program with a request that the user has just made here, so that its
+/// window may come before ours: a startup ID with the time of that. Empty where there is none, as
+/// on Wayland, whose tokens the toolkit doesn't give out. Main thread.
+QString startupIDForRequest();
+
 /// Takes the token of a request that another process handed over: tells an X11 desktop that the
 /// start is over, and keeps the token for the next `bringForward`. Main thread.
 void accept(const ActivationToken& token);

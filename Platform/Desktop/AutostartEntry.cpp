@@ -1,5 +1,6 @@
 #include "Platform/Desktop/AutostartEntry.h"
 
+#include <algorithm>
 #include <cerrno>
 
 #include "Platform/Desktop/KeyFile.h"
@@ -45,7 +46,17 @@ std::string text(const FileURL& program) {
          "Exec=" +
          argument(path) + " " + std::string(loginArgument) +
          "\n"
+         "TryExec=" +
+         escaped(path) +
+         "\n"
          "StartupNotify=false\n";
+}
+
+bool isHidden(std::string_view text) {
+  const auto entries = KeyFile::entriesOfGroup(text, "Desktop Entry");
+  return std::ranges::any_of(entries, [](const KeyFile::Entry& entry) {
+    return entry.key == "Hidden" && entry.value == "true";
+  });
 }
 
 LoginItem::Status status(std::string_view text) {

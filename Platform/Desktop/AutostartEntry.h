@@ -22,4 +22,7 @@ std::string text(const FileURL& program);
 /// the desktops' own settings has switched it off. Text that is no entry is off.
 LoginItem::Status status(std::string_view text);
 
+/// Whether an entry is switched off in a way that some desktops show nowhere.
+bool isHidden(std::string_view text);
+
 }  // namespace tidemar::AutostartEntry

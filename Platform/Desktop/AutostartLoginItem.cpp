@@ -29,24 +29,31 @@ std::filesystem::file_status kindOf(const FileURL& file) {
   return std::filesystem::status(file.path(), error);
 }
 
+/// Empty where there is none that the desktop could read.
+std::string entryText() {
+  const FileURL file = entryFile();
+  // Reading anything else might wait for ever.
+  if (!std::filesystem::is_regular_file(kindOf(file))) return {};
+  try {
+    return WholeFile::read(file).value_or("");
+  } catch (const PlatformError&) {
+    // The desktop can't read it either.
+    return {};
+  }
+}
+
 }  // namespace
 
 AutostartLoginItem::AutostartLoginItem(FileURL program) : _program(std::move(program)) {}
 
 LoginItem::Status AutostartLoginItem::status() const {
-  const FileURL file = entryFile();
-  // Reading anything else might wait for ever.
-  if (!std::filesystem::is_regular_file(kindOf(file))) return Status::off;
-  try {
-    return AutostartEntry::status(WholeFile::read(file).value_or(""));
-  } catch (const PlatformError&) {
-    // The desktop can't read it either.
-    return Status::off;
-  }
+  return AutostartEntry::status(entryText());
 }
 
 void AutostartLoginItem::registerItem() {
-  if (status() != Status::off) return;
+  const std::string before = entryText();
+  // A hidden entry may have no switch but ours; the others are the desktop's settings' to turn.
+  if (AutostartEntry::status(before) != Status::off && !AutostartEntry::isHidden(before)) return;
   const FileURL file = entryFile();
   const auto kind = kindOf(file);
   if (std::filesystem::exists(kind) && !std::filesystem::is_regular_file(kind)) {

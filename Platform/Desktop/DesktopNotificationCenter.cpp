@@ -6,11 +6,16 @@
 #include <QDBusPendingReply>
 #include <QStringList>
 #include <QVariantMap>
+#include <algorithm>
 #include <stdexcept>
 #include <utility>
 
+#include "Platform/Desktop/ActivationToken.h"
+
 namespace tidemar {
 namespace {
+
+const QString serviceName = QStringLiteral("org.freedesktop.Notifications");
 
 /// The server's own words might quote the notification, and the log must not.
 std::runtime_error failure(const QDBusError& error) {
@@ -24,6 +29,9 @@ std::runtime_error failure(const QDBusError& error) {
     case QDBusError::Timeout:
       return std::runtime_error("The notification service didn't answer.");
     default:
+      // What the bus says where it could start one and may not.
+      if (error.name() == QStringLiteral("org.freedesktop.DBus.Error.NameHasNoOwner"))
+        return std::runtime_error("This desktop has no notification service.");
       return std::runtime_error("The notification service refused (" + error.name().toStdString() +
                                 ").");
   }
@@ -35,19 +43,29 @@ QString escaped(QString text) {
       .replace(u'>', QStringLiteral("&gt;"));
 }
 
+enum class Urgency : uchar { low = 0, normal = 1 };
+
+/// What a click on the whole of a notification invokes; its label is shown by few.
+const QString clickAction = QStringLiteral("default");
+
+QStringList defaultAction() {
+  return {clickAction, QStringLiteral("Open Tidemar")};
+}
+
 /// What is given to "Notify". An id of 0 replaces nothing.
-QVariantList quietNotification(quint32 replacedID, const QString& title, const QString& body) {
-  constexpr uchar lowUrgency = 0;
+QVariantList quietNotification(quint32 replacedID, const QString& title, const QString& body,
+                               const QStringList& actions, Urgency urgency) {
   constexpr int serversOwnExpiry = -1;
   const QVariantMap hints = {
-      {QStringLiteral("urgency"), QVariant::fromValue(lowUrgency)},
+      {QStringLiteral("urgency"), QVariant::fromValue(static_cast<uchar>(urgency))},
+      {QStringLiteral("suppress-sound"), true},
       {QStringLiteral("desktop-entry"), QStringLiteral("app.quernly.tidemar")}};
   return {QStringLiteral("Tidemar"),
           replacedID,
           QStringLiteral("app.quernly.tidemar"),
           title,
           body,
-          QStringList(),
+          actions,
           hints,
           serversOwnExpiry};
 }
@@ -56,7 +74,20 @@ QVariantList quietNotification(quint32 replacedID, const QString& title, const Q
 
 DesktopNotificationCenter::DesktopNotificationCenter(QDBusConnection bus,
                                                      std::chrono::milliseconds patience)
-    : _bus(std::move(bus)), _patience(patience) {}
+    : _bus(std::move(bus)),
+      _patience(patience),
+      _watcher(serviceName, _bus, QDBusServiceWatcher::WatchForOwnerChange) {
+  connect(&_watcher, &QDBusServiceWatcher::serviceOwnerChanged, this,
+          [this](const QString&, const QString&, const QString& owner) {
+            if (!owner.isEmpty()) emit serverCame();
+          });
+  const auto follow = [this](const char* signal, const char* slot) {
+    _bus.connect(serviceName, QStringLiteral("/org/freedesktop/Notifications"), serviceName,
+                 QLatin1String(signal), this, slot);
+  };
+  follow("ActivationToken", SLOT(keepToken(quint32, QString)));
+  follow("ActionInvoked", SLOT(handOutClick(quint32, QString)));
+}
 
 QCoro::Task<bool> DesktopNotificationCenter::isAuthorized() {
   try {
@@ -75,6 +106,7 @@ QCoro::Task<bool> DesktopNotificationCenter::requestAuthorization() {
 QCoro::Task<void> DesktopNotificationCenter::add(std::string identifier, std::string title,
                                                  std::string body) {
   const Server server = co_await findServer();
+  const bool keepsLow = co_await keepsLowUrgency(server.uniqueName);
   if (_server != server.uniqueName) {
     // Under another server these ids are those of other programs' notifications.
     _serverIDs.clear();
@@ -83,8 +115,10 @@ QCoro::Task<void> DesktopNotificationCenter::add(std::string identifier, std::st
   const auto earlier = _serverIDs.find(identifier);
   const quint32 replaced = earlier == _serverIDs.end() ? 0 : earlier->second;
   const QString text = QString::fromStdString(body);
-  const QVariantList notification = quietNotification(replaced, QString::fromStdString(title),
-                                                      server.readsMarkup ? escaped(text) : text);
+  const QVariantList notification = quietNotification(
+      replaced, QString::fromStdString(title), server.readsMarkup ? escaped(text) : text,
+      server.knowsClicks ? defaultAction() : QStringList(),
+      keepsLow ? Urgency::low : Urgency::normal);
   const QDBusPendingCall pending = call(server.uniqueName, QStringLiteral("Notify"), notification);
   const QDBusPendingReply<quint32> reply = co_await pending;
   if (reply.isError()) throw failure(reply.error());
@@ -92,19 +126,46 @@ QCoro::Task<void> DesktopNotificationCenter::add(std::string identifier, std::st
 }
 
 QCoro::Task<DesktopNotificationCenter::Server> DesktopNotificationCenter::findServer() {
-  const QDBusPendingCall pending =
-      call(QStringLiteral("org.freedesktop.Notifications"), QStringLiteral("GetCapabilities"), {});
+  const QDBusPendingCall pending = call(serviceName, QStringLiteral("GetCapabilities"), {});
   const QDBusMessage answer = co_await pending;
   const QDBusPendingReply<QStringList> reply = answer;
   if (reply.isError()) throw failure(reply.error());
-  co_return Server{answer.service(), reply.value().contains(QStringLiteral("body-markup"))};
+  const QStringList capabilities = reply.value();
+  co_return Server{answer.service(), capabilities.contains(QStringLiteral("body-markup")),
+                   capabilities.contains(QStringLiteral("actions"))};
+}
+
+/// Comes just before the click that it belongs to.
+void DesktopNotificationCenter::keepToken(quint32 id, const QString& token) {
+  if (identifierOf(id)) accept(ActivationToken{.token = token, .startupID = token});
+}
+
+void DesktopNotificationCenter::handOutClick(quint32 id, const QString& action) {
+  const std::optional<std::string> identifier = identifierOf(id);
+  if (identifier && action == clickAction) emit clicked(*identifier);
+}
+
+/// None for a notification of another program's, which a server may tell all of.
+std::optional<std::string> DesktopNotificationCenter::identifierOf(quint32 id) const {
+  const auto found =
+      std::ranges::find(_serverIDs, id, [](const auto& entry) { return entry.second; });
+  return found == _serverIDs.end() ? std::nullopt : std::optional(found->first);
+}
+
+/// Whether a server lists what isn't urgent, without a banner. Others show that for a moment and
+/// keep it nowhere.
+QCoro::Task<bool> DesktopNotificationCenter::keepsLowUrgency(QString server) {
+  const QDBusPendingCall pending = call(server, QStringLiteral("GetServerInformation"), {});
+  const QDBusMessage answer = co_await pending;
+  co_return answer.type() == QDBusMessage::ReplyMessage&& answer.arguments().value(0).toString() ==
+      QStringLiteral("gnome-shell");
 }
 
 QDBusPendingCall DesktopNotificationCenter::call(const QString& server, const QString& method,
                                                  const QVariantList& arguments) const {
-  QDBusMessage message =
-      QDBusMessage::createMethodCall(server, QStringLiteral("/org/freedesktop/Notifications"),
-                                     QStringLiteral("org.freedesktop.Notifications"), method);
+  QDBusMessage message = QDBusMessage::createMethodCall(
+      server, QStringLiteral("/org/freedesktop/Notifications"), serviceName, method);
+  message.setAutoStartService(false);
   message.setArguments(arguments);
   return _bus.asyncCall(message, static_cast<int>(_patience.count()));
 }

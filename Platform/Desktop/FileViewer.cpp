@@ -15,6 +15,7 @@
 
 #include <fcntl.h>
 
+#include "Platform/Desktop/ActivationToken.h"
 #include "Platform/Files/Descriptors/FileDescriptor.h"
 #include "Platform/Files/Trash/PercentEncoding.h"
 
@@ -54,7 +55,7 @@ QString fileURI(const FileURL& url) {
 }
 
 template <class URLs>
-QDBusMessage fileManagerRequest(const QString& method, const URLs& urls) {
+QDBusMessage fileManagerRequest(const QString& method, const URLs& urls, const QString& startupID) {
   QStringList uris;
   for (const FileURL& url : urls)
     uris << fileURI(url);
@@ -62,7 +63,7 @@ QDBusMessage fileManagerRequest(const QString& method, const URLs& urls) {
       QDBusMessage::createMethodCall(QStringLiteral("org.freedesktop.FileManager1"),
                                      QStringLiteral("/org/freedesktop/FileManager1"),
                                      QStringLiteral("org.freedesktop.FileManager1"), method);
-  request << uris << QString();  // No identifier of a start.
+  request << uris << startupID;
   return request;
 }
 
@@ -110,17 +111,20 @@ QCoro::Task<void> openFoldersOf(QDBusConnection bus, std::vector<FileURL> items)
 
 }  // namespace
 
-QCoro::Task<void> showItems(QDBusConnection sessionBus, std::vector<FileURL> items) {
+QCoro::Task<void> showItems(QDBusConnection sessionBus, std::vector<FileURL> items,
+                            QString startupID) {
   // A drive that doesn't answer holds up a look at it for long.
   const QFuture<Present> look = QtConcurrent::run(&present, std::move(items));
   const Present there = co_await look;
 
   if (!there.items.empty()) {
-    const QDBusMessage request = fileManagerRequest(QStringLiteral("ShowItems"), there.items);
+    const QDBusMessage request =
+        fileManagerRequest(QStringLiteral("ShowItems"), there.items, startupID);
     const bool isShown = co_await isTaken(sessionBus, request);
     if (!isShown) co_await openFoldersOf(sessionBus, there.items);
   } else if (!there.folders.empty()) {
-    const QDBusMessage request = fileManagerRequest(QStringLiteral("ShowFolders"), there.folders);
+    const QDBusMessage request =
+        fileManagerRequest(QStringLiteral("ShowFolders"), there.folders, startupID);
     const bool isShown = co_await isTaken(sessionBus, request);
     if (isShown) co_return;
     for (const FileURL& folder : there.folders)
@@ -129,7 +133,7 @@ QCoro::Task<void> showItems(QDBusConnection sessionBus, std::vector<FileURL> ite
 }
 
 void show(const std::vector<FileURL>& items) {
-  showItems(QDBusConnection::sessionBus(), items);
+  showItems(QDBusConnection::sessionBus(), items, startupIDForRequest());
 }
 
 }  // namespace tidemar::FileViewer

@@ -2,6 +2,7 @@
 
 #include <QCoroTask>
 #include <QDBusConnection>
+#include <QString>
 #include <vector>
 
 #include "TidemarCore/FileURL.h"
@@ -13,7 +14,9 @@ namespace tidemar::FileViewer {
 /// request, their folders are opened. Items that have gone are left out; if all have, the nearest
 /// folders above them that are still there are shown. Done once the file manager took the request.
 /// Never fails: where nothing can show a folder, nothing happens.
-QCoro::Task<void> showItems(QDBusConnection sessionBus, std::vector<FileURL> items);
+/// `startupID` lets the file manager's window come forward; empty for none.
+QCoro::Task<void> showItems(QDBusConnection sessionBus, std::vector<FileURL> items,
+                            QString startupID = {});
 
 /// The same by the session's own bus, without waiting for it.
 void show(const std::vector<FileURL>& items);

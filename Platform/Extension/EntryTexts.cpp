@@ -51,13 +51,15 @@ def paths_of(uri):
 class TidemarMakeTemporary(GObject.GObject, @MODULE@.MenuProvider):
     def get_file_items(self, *arguments):
         selection = arguments[-1]  # some versions give the window first
+        if not os.access(HELPER, os.X_OK):
+            return []
         if not all(is_local_folder(item) for item in selection):
             return []
         temporary = temporary_paths()
         uris = [item.get_uri() for item in selection if temporary.isdisjoint(paths_of(item.get_uri()))]
         if not uris:
             return []
-        entry = @MODULE@.MenuItem(name="Tidemar::MakeTemporary", label="@LABEL@")
+        entry = @MODULE@.MenuItem(name="Tidemar::MakeTemporary", label="@LABEL@", icon="@ICON@")
         entry.connect("activate", lambda *_: subprocess.Popen([HELPER, *uris]))
         return [entry]
 )python";
@@ -72,21 +74,24 @@ std::string dolphinServiceMenuText(const FileURL& helper) {
          "Actions=makeTemporary;\n"
          "X-KDE-Protocols=file\n"
          "X-KDE-Priority=TopLevel\n"
-         "\n"
+         "TryExec=" +
+         keyFileEscaped(helper.path()) +
+         "\n\n"
          "[Desktop Action makeTemporary]\n"
          "Name=" +
-         menuCommandName +
-         "\n"
-         "Exec=" +
-         desktopExecQuoted(helper.path()) + " %U\n";
+         menuCommandName + "\nIcon=" + iconName + "\nExec=" + desktopExecQuoted(helper.path()) +
+         " %U\n";
 }
 
 std::string nemoActionText(const FileURL& helper) {
-  return ownershipComment + "[Nemo Action]\nName=" + menuCommandName +
+  return ownershipComment + "[Nemo Action]\nName=" + menuCommandName + "\nIcon-Name=" + iconName +
          "\nExec=" + keyFileEscaped(percentDoubled(shellQuoted(helper.path()))) +
          " %U\n"
          // A URI may hold an apostrophe, but never what is special between double quotes.
          "Quote=double\n"
+         "Dependencies=" +
+         keyFileEscaped(helper.path()) +
+         ";\n"
          "Selection=notnone\n"
          "Extensions=dir;\n";
 }
@@ -94,6 +99,9 @@ std::string nemoActionText(const FileURL& helper) {
 std::string scriptText(std::string_view prefix, const FileURL& helper) {
   return "#!/bin/sh\n" + ownershipComment +
          "# The selection comes as URIs, one a line: no name can break a line in two.\n"
+         "[ -x " +
+         shellQuoted(helper.path()) +
+         " ] || exit 0\n"
          "set -f\n"
          "IFS='\n'\n"
          "exec " +
@@ -104,6 +112,7 @@ std::string pythonExtensionText(std::string_view module, const FileURL& helper) 
   std::string text = pythonExtension;
   replaceAll(text, "@MODULE@", module);
   replaceAll(text, "@LABEL@", menuCommandName);
+  replaceAll(text, "@ICON@", iconName);
   replaceAll(text, "@HELPER@", pythonBytes(helper.path()));
   return ownershipComment + text;
 }

@@ -10,6 +10,8 @@ namespace tidemar {
 
 inline constexpr const char* menuCommandName = "Tidemar: Make Temporary…";
 
+inline constexpr const char* iconName = "app.quernly.tidemar";
+
 /// Begins the comment that every file of Tidemar's has had and has to have.
 inline constexpr std::string_view ownershipMark = "# Written by Tidemar";
 

@@ -122,9 +122,9 @@ List read(std::string_view text) {
 
 /// In one line, so that it can go again with its one line break, whatever that is in this list.
 std::string ourAction(std::string_view command) {
-  return "<action><name>" + xmlEscaped(menuCommandName) + "</name><unique-id>" +
-         std::string(identifier) + "</unique-id><command>" + xmlEscaped(command) +
-         "</command><patterns>*</patterns><directories/></action>";
+  return std::string("<action><icon>") + iconName + "</icon><name>" + xmlEscaped(menuCommandName) +
+         "</name><unique-id>" + std::string(identifier) + "</unique-id><command>" +
+         xmlEscaped(command) + "</command><patterns>*</patterns><directories/></action>";
 }
 
 }  // namespace

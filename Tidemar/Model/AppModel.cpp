@@ -77,12 +77,13 @@ QCoro::Task<AppModel::NumberedSnapshot> AppModel::readAndPublish(
     std::shared_ptr<const SinceReading> since) {
   // The number is taken where the reading begins, which may be long after it was asked for.
   const auto number = std::make_shared<std::uint64_t>(0);
-  const auto read = [engine = _engine, &services = _services, last = _lastReading, number, since] {
+  const auto read = [engine = _engine, &services = _services, last = _lastReading, number, since,
+                     left = _leftItems] {
     *number = ++*last;
     const bool isNext = since && *number == since->number + 1;
     return sharedDetached(services.executor,
                           readSnapshot(*engine, services.fileManager, services.currentDate,
-                                       isNext ? since->untouched : RecentReports()));
+                                       isNext ? since->untouched : RecentReports(), left));
   };
   std::shared_ptr<const Snapshot> snapshot;
   try {

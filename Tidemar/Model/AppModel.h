@@ -91,6 +91,12 @@ class AppModel : public QObject {
   /// fail. What is on its way back already, or back, is passed over.
   QCoro::Task<void> putBack(std::vector<std::int64_t> journalEntryIDs);
 
+  /// Delivers what no notification service took today. Call when one has come.
+  QCoro::Task<void> resumeNotifications();
+
+  /// Tells the user that Tidemar goes on without a window, the first time that this is called.
+  QCoro::Task<void> tellThatItGoesOn();
+
   void setOpensAtLogin(bool isOn);
   QCoro::Task<void> requestNotificationPermission();
 
@@ -131,10 +137,16 @@ class AppModel : public QObject {
     RecentReports untouched;
   };
 
+  /// What a run leaves to be known of a folder.
+  struct Cleared {
+    std::shared_ptr<const FolderReport> untouched;  ///< As it was read, if nothing was to go.
+    std::vector<LeftItem> left;
+  };
+
   QCoro::Task<NumberedSnapshot> readAndPublish(std::shared_ptr<const SinceReading> since = nullptr);
   QCoro::Task<void> serveRefreshes();
   QCoro::Task<void> clearFolders();
-  QCoro::Task<std::shared_ptr<const FolderReport>> clear(std::int64_t folderID, Date now);
+  QCoro::Task<Cleared> clear(std::int64_t folderID, Date now);
   QCoro::Task<void> passOver(Folder seen, Date now);
   bool isClockTrusted(Date now, const std::vector<FolderReport>& reports);
   void letCommandsFoldersGo();
@@ -177,6 +189,7 @@ class AppModel : public QObject {
   std::shared_ptr<std::atomic<std::uint64_t>> _lastReading =
       std::make_shared<std::atomic<std::uint64_t>>(0);
   std::uint64_t _shownReading = 0;  ///< That of the snapshot.
+  LeftItems _leftItems;             ///< Of the last cycle that cleared.
 
   std::shared_ptr<Occurrence> _askedReading;  ///< Done for all who asked; none if nobody has.
   bool _isServingRefreshes = false;
@@ -185,7 +198,8 @@ class AppModel : public QObject {
   bool _isLoginItemEnabled = false;
   bool _loginItemNeedsApproval = false;
   bool _isNotificationAuthorized = false;
-  bool _isRunning = false;  ///< A background cycle is under way.
+  bool _isRunning = false;    ///< A background cycle is under way.
+  bool _isNotifying = false;  ///< The day's notifications are being delivered.
 
   std::shared_ptr<RunGate> _runGate;
   std::shared_ptr<Engine> _engine;  ///< Shared with the tasks under way.

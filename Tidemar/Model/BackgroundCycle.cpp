@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <chrono>
+#include <span>
 #include <variant>
 
 #include "Tidemar/Model/AppModel.h"
@@ -20,6 +21,17 @@ class Raised {
  private:
   bool& _flag;
 };
+
+/// The first of them: they are kept as long as the folder stands, and nobody reads a million.
+std::vector<LeftItem> leftItems(const std::vector<RemovalFailure>& failures) {
+  constexpr std::size_t most = 10;
+  std::vector<LeftItem> left;
+  for (const RemovalFailure& failure : std::span(failures).first(std::min(most, failures.size()))) {
+    const FileURL& url = failure.item.url;
+    left.push_back({url, leftItemLine(url.path(), failure.error)});
+  }
+  return left;
+}
 
 }  // namespace
 
@@ -55,32 +67,38 @@ QCoro::Task<void> AppModel::clearFolders() {
   const auto since = std::make_shared<SinceReading>();
   since->number = read.number;
   if (isClockTrusted(now, listed->reports)) {
+    LeftItems leftItems;
     for (const FolderReport& report : listed->reports) {
       // One that couldn't be read may or may not have been Temporary.
       if (!report.folder.id || !report.status) continue;
       if (isTemporary(report)) {
-        if (auto untouched = co_await clear(*report.folder.id, now))
-          since->untouched.emplace(*report.folder.id, std::move(untouched));
+        Cleared cleared = co_await clear(*report.folder.id, now);
+        if (cleared.untouched)
+          since->untouched.emplace(*report.folder.id, std::move(cleared.untouched));
+        if (!cleared.left.empty()) leftItems.emplace(*report.folder.id, std::move(cleared.left));
       } else {
         co_await passOver(report.folder, now);
       }
     }
+    _leftItems = std::move(leftItems);
   }
   co_await readAndPublish(since);
   co_await notifyTomorrow(now);
 }
 
-/// Answers the folder as the run read it, if nothing was to go.
-QCoro::Task<std::shared_ptr<const FolderReport>> AppModel::clear(std::int64_t folderID, Date now) {
+QCoro::Task<AppModel::Cleared> AppModel::clear(std::int64_t folderID, Date now) {
   const auto run = [engine = _engine, gate = _runGate, &executor = _services.executor, folderID,
-                    now]() -> std::shared_ptr<const FolderReport> {
+                    now] {
     RunResult result = engine->run(folderID, now, *gate);
     if (!result.failures.empty()) {
       applicationLog().log(LogLevel::error, "Run of folder %lld left %ld items that were to go",
                            folderID, result.failures.size());
     }
-    if (!result.untouched) return nullptr;
-    return sharedDetached(executor, *std::move(result.untouched));
+    Cleared cleared;
+    cleared.left = leftItems(result.failures);
+    if (result.untouched)
+      cleared.untouched = sharedDetached(executor, *std::move(result.untouched));
+    return cleared;
   };
   try {
     co_return co_await detached(_services.executor, run);
@@ -93,7 +111,7 @@ QCoro::Task<std::shared_ptr<const FolderReport>> AppModel::clear(std::int64_t fo
     applicationLog().log(LogLevel::error, "Run of folder %lld failed: %{public}s", folderID,
                          textForLog(std::current_exception()));
   }
-  co_return std::shared_ptr<const FolderReport>();
+  co_return Cleared();
 }
 
 /// What a run does to a folder that isn't Temporary; one that is by now waits for the next cycle.

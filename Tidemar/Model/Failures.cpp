@@ -35,4 +35,10 @@ std::string lineForUser(const std::exception_ptr& error) {
   });
 }
 
+std::string leftItemLine(const std::string& path, const std::exception_ptr& error) {
+  return described(error, [&path](const std::exception& exception) {
+    return leftItemLine(path, exception, SystemBin::name());
+  });
+}
+
 }  // namespace tidemar

@@ -20,4 +20,7 @@ std::string textForLog(const std::exception_ptr& error);
 /// The sentence for the user.
 std::string lineForUser(const std::exception_ptr& error);
 
+/// The sentence for the user on an item that this kept from being removed.
+std::string leftItemLine(const std::string& path, const std::exception_ptr& error);
+
 }  // namespace tidemar

@@ -44,7 +44,8 @@ bool isOf(const Folder& folder, const FolderReport& report) {
 }  // namespace
 
 Snapshot readSnapshot(Engine& engine, const FileManager& fileManager,
-                      const std::function<Date()>& currentDate, const RecentReports& recent) {
+                      const std::function<Date()>& currentDate, const RecentReports& recent,
+                      const LeftItems& left) {
   const Date since = currentDate() - journalSeconds;
   Snapshot snapshot;
   for (const Folder& folder : engine.store().folders()) {
@@ -54,6 +55,8 @@ Snapshot readSnapshot(Engine& engine, const FileManager& fileManager,
     } else {
       snapshot.reports.push_back(readFolder(engine, folder, currentDate()));
     }
+    if (const auto found = left.find(folder.id.value_or(0)); found != left.end())
+      snapshot.reports.back().left = found->second;
   }
   snapshot.journal = engine.store().journalSince(since);
   snapshot.freeSpace = freeSpaceOfHome(fileManager);

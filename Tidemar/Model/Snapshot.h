@@ -25,12 +25,16 @@ struct Snapshot {
 /// What was read of folders a moment ago, by their row ids.
 using RecentReports = std::unordered_map<std::int64_t, std::shared_ptr<const FolderReport>>;
 
+/// What the last runs left of what was to go, by the folders' row ids.
+using LeftItems = std::unordered_map<std::int64_t, std::vector<LeftItem>>;
+
 /// Reads every folder and the journal, each folder at its own moment, but for those of which a
 /// recent report has the same rules and the same place. A folder that can't be read has a report
 /// without a status, and the reason is logged. Throws where the rows can't be read. Any thread;
 /// takes as long as the disks do.
 Snapshot readSnapshot(Engine& engine, const FileManager& fileManager,
-                      const std::function<Date()>& currentDate, const RecentReports& recent);
+                      const std::function<Date()>& currentDate, const RecentReports& recent,
+                      const LeftItems& left);
 
 /// Whether a report's folder carries the tag, as far as is known.
 bool isTemporary(const FolderReport& report) noexcept;

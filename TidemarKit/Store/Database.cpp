@@ -91,7 +91,7 @@ int Database::waitForOthers(void* database, int earlierWaits) {
   const auto now = std::chrono::steady_clock::now();
   if (earlierWaits == 0) self._endOfPatience = now + self._patience;
   if (now >= self._endOfPatience) return 0;
-  const auto pause = pauses[std::min<std::size_t>(earlierWaits, pauses.size() - 1)];
+  const auto pause = pauses[std::min(static_cast<std::size_t>(earlierWaits), pauses.size() - 1)];
   std::this_thread::sleep_until(std::min(now + pause, self._endOfPatience));
   return 1;
 }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "Platform/PlatformError.h"
 #include "Platform/Text.h"
 #include "TidemarKit/Engine/Failure.h"
 #include "TidemarUI/State/PathName.h"
@@ -43,6 +44,18 @@ std::string failureLine(const std::exception& error, const std::string& bin) {
   if (const auto* failure = dynamic_cast<const EngineFailure*>(&error))
     return std::visit(Sentence{bin}, failure->failure());
   return displayText(error.what());
+}
+
+std::string leftItemLine(const std::string& path, const std::exception& error,
+                         const std::string& bin) {
+  if (dynamic_cast<const EngineFailure*>(&error) != nullptr) return failureLine(error, bin);
+  const auto* refusal = dynamic_cast<const PlatformError*>(&error);
+  if (refusal == nullptr) return nameOfPath(path) + ": " + displayText(error.what());
+  const std::string& refused = refusal->url().path();
+  // It may be something within the item that keeps all of it.
+  const std::string part = refused == path ? "" : " " + nameOfPath(refused);
+  return nameOfPath(path) + ": couldn't " + refusal->operation() + part + ": " +
+         displayText(refusal->reason()) + ".";
 }
 
 std::string putBackFailureText(std::vector<std::string> lines) {

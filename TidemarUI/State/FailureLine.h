@@ -10,6 +10,10 @@ namespace tidemar {
 /// of itself.
 std::string failureLine(const std::exception& error, const std::string& bin);
 
+/// Why an item stayed that was to go, as one sentence that names it.
+std::string leftItemLine(const std::string& path, const std::exception& error,
+                         const std::string& bin);
+
 /// The text under "Some items couldn't be put back": each sentence once, sorted, a line each.
 std::string putBackFailureText(std::vector<std::string> lines);
 

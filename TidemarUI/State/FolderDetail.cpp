@@ -7,7 +7,7 @@
 namespace tidemar {
 
 bool canSetTemporary(const MainFolder& folder) {
-  return folder.isReadable && !folder.isProtectedRoot;
+  return folder.isReadable && (!folder.isProtectedRoot || folder.isTemporary);
 }
 
 std::optional<std::string_view> temporaryFooter(const MainFolder& folder) {

@@ -10,7 +10,8 @@
 
 namespace tidemar {
 
-/// Whether the switch "Temporary" can be used.
+/// Whether the switch "Temporary" can be used. A tag that a protected folder carries, which another
+/// program may have set, can be taken off.
 bool canSetTemporary(const MainFolder& folder);
 
 /// What stands under that switch, if anything does.

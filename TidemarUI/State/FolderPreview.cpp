@@ -8,12 +8,12 @@
 
 namespace tidemar {
 
-FolderPreview folderPreview(const std::optional<FolderStatus>& status,
-                            const TemporarySettings& settings, Date now, const Formats& formats,
+FolderPreview folderPreview(const FolderReport& report, Date now, const Formats& formats,
                             const std::string& bin) {
+  const auto& status = report.status;
   if (!status) return {.headline = std::string(labels::cannotReadFolder), .forecast = {}};
 
-  const ForecastFolder folder{settings, *status};
+  const ForecastFolder folder{report.folder.settings, *status, report.left};
   FolderPreview preview;
   preview.forecast = forecastGroups({&folder, 1}, now, formats, bin);
   std::int64_t count = 0;

@@ -1,12 +1,10 @@
 #pragma once
 
-#include <optional>
 #include <string>
 #include <vector>
 
 #include "Platform/Locale/Formats.h"
-#include "TidemarCore/TemporarySettings.h"
-#include "TidemarKit/Engine/FolderStatus.h"
+#include "TidemarKit/FolderReport.h"
 #include "TidemarUI/State/ForecastGroup.h"
 
 namespace tidemar {
@@ -19,8 +17,7 @@ struct FolderPreview {
   friend bool operator==(const FolderPreview&, const FolderPreview&) = default;
 };
 
-FolderPreview folderPreview(const std::optional<FolderStatus>& status,
-                            const TemporarySettings& settings, Date now, const Formats& formats,
+FolderPreview folderPreview(const FolderReport& report, Date now, const Formats& formats,
                             const std::string& bin);
 
 }  // namespace tidemar

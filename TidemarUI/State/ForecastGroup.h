@@ -42,6 +42,7 @@ struct ForecastGroup {
   bool isAtRestart = false;    ///< They go when the computer restarts.
   std::vector<FileURL> items;  ///< In the order of the folders, and of each folder's plan.
   std::string totalSize;       ///< The sum of their sizes as a file size.
+  std::string left = {};       ///< Which of them the last run couldn't remove and why, a line each.
 
   /// What the group is called. Two of one forecast are called the same where days that are over
   /// still stand in it, since these read as today too.

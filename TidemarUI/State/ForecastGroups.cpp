@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <map>
 #include <optional>
+#include <string_view>
 #include <utility>
 
 #include "TidemarCore/SaturatingArithmetic.h"
@@ -29,6 +30,20 @@ class StartOfDay {
   const Calendar& _calendar;
   std::optional<DayInterval> _day;
 };
+
+using ReasonsByItem = std::map<FileURL, std::string_view>;
+
+ReasonsByItem reasonsByItem(std::span<const LeftItem> left) {
+  ReasonsByItem reasons;
+  for (const LeftItem& item : left)
+    reasons.emplace(item.url, item.reason);
+  return reasons;
+}
+
+void addLine(std::string& text, std::string_view line) {
+  if (!text.empty()) text += '\n';
+  text += line;
+}
 
 std::string headingText(const Moment& moment, Date now, const Formats& formats) {
   switch (moment.kind) {
@@ -78,10 +93,12 @@ std::vector<ForecastGroup> forecastGroups(std::span<const ForecastFolder> folder
   struct Content {
     std::vector<FileURL> items;
     std::int64_t size = 0;
+    std::string left;
   };
   const Date horizon = forecastHorizon(now, formats.calendar());
   std::map<GroupKey, Content> contents;
   for (const ForecastFolder& folder : folders) {
+    const ReasonsByItem reasons = reasonsByItem(folder.left);
     auto group = contents.end();  // Neighbours mostly share theirs.
     for (const ForecastEntry& entry :
          forecastEntries(folder.settings.emptyOnRestart, folder.settings.disposal, folder.status,
@@ -90,6 +107,10 @@ std::vector<ForecastGroup> forecastGroups(std::span<const ForecastFolder> folder
         group = contents.try_emplace(entry.key).first;
       Content& content = group->second;
       content.items.push_back(entry.item->url);
+      if (!reasons.empty() && entry.key.moment == Moment::now()) {
+        const auto reason = reasons.find(entry.item->url);
+        if (reason != reasons.end()) addLine(content.left, reason->second);
+      }
       content.size = addingSaturated(content.size, entry.item->size);
     }
   }
@@ -102,7 +123,8 @@ std::vector<ForecastGroup> forecastGroups(std::span<const ForecastFolder> folder
                       .isPermanent = key.disposal == Disposal::delete_,
                       .isAtRestart = key.moment.kind == Moment::Kind::restart,
                       .items = std::move(content.items),
-                      .totalSize = formats.byteCountText(content.size)});
+                      .totalSize = formats.byteCountText(content.size),
+                      .left = std::move(content.left)});
   }
   return groups;
 }

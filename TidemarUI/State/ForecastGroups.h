@@ -6,15 +6,16 @@
 
 #include "Platform/Locale/Formats.h"
 #include "TidemarCore/TemporarySettings.h"
-#include "TidemarKit/Engine/FolderStatus.h"
+#include "TidemarKit/FolderReport.h"
 #include "TidemarUI/State/ForecastGroup.h"
 
 namespace tidemar {
 
-/// One folder that takes part in a forecast. Borrows both.
+/// One folder that takes part in a forecast. Borrows all of it.
 struct ForecastFolder {
   const TemporarySettings& settings;
   const FolderStatus& status;
+  std::span<const LeftItem> left = {};
 };
 
 /// One item and the group in which it stands. Borrows the item from its folder's status.

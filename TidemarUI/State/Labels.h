@@ -90,6 +90,11 @@ inline constexpr std::string_view noFileManager =
     "No file manager was found that Tidemar can extend. It knows Dolphin, Files (Nautilus), Nemo, "
     "Caja and Thunar.";
 
+// Without a window and an icon
+inline constexpr std::string_view goesOn = "Tidemar goes on without a window";
+inline constexpr std::string_view goesOnExplanation =
+    "It keeps clearing your folders. To see it again, open Tidemar from your applications.";
+
 // The application
 inline constexpr std::string_view tidemar = "Tidemar";
 inline constexpr std::string_view settings = "Settings…";

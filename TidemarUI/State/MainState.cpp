@@ -25,7 +25,7 @@ MainState mainState(std::span<const FolderReport> reports, std::span<const Journ
                              .isReadable = status.has_value(),
                              .distanceToGoing = distanceText(report, now, formats),
                              .settings = folder.settings,
-                             .preview = folderPreview(status, folder.settings, now, formats, bin)});
+                             .preview = folderPreview(report, now, formats, bin)});
   }
   return state;
 }

@@ -48,7 +48,7 @@ MenuBarState menuBarState(std::span<const FolderReport> reports,
     ++activeCount;
     if (report.status) {
       statuses.push_back(&*report.status);
-      forecastFolders.push_back({folder.settings, *report.status});
+      forecastFolders.push_back({folder.settings, *report.status, report.left});
     }
     if (folder.id) {
       state.folders.push_back({.id = *folder.id,

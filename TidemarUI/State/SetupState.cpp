@@ -49,6 +49,9 @@ SetupStep notificationsStep(const SetupState& state) {
   if (!step.isDone) {
     step.offer = SetupOffer::requestNotifications;
     step.offerTitle = "Allow Notifications";
+    if (state.wereNotificationsRefused)
+      step.hint =
+          "Nothing on this desktop shows notifications. Start a notification service first.";
   }
   return step;
 }

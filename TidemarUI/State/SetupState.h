@@ -14,6 +14,7 @@ struct SetupState {
   bool isOpenAtLogin = false;                  ///< The login item is on.
   bool isOpenAtLoginRequiresApproval = false;  ///< It waits for the user's approval.
   bool isNotificationsEnabled = false;         ///< Notifications are authorized.
+  bool wereNotificationsRefused = false;       ///< They were asked for, in vain.
 
   friend bool operator==(const SetupState&, const SetupState&) = default;
 };

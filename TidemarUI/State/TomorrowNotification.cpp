@@ -1,6 +1,7 @@
 #include "TidemarUI/State/TomorrowNotification.h"
 
 #include <algorithm>
+#include <charconv>
 #include <chrono>
 #include <cmath>
 #include <cstdint>
@@ -12,6 +13,11 @@
 #include "TidemarUI/State/PathName.h"
 
 namespace tidemar {
+namespace {
+
+constexpr std::string_view identifierPrefix = "tomorrow.";
+
+}  // namespace
 
 std::optional<TomorrowNotification> tomorrowNotification(const FolderReport& report, Date now,
                                                          const Calendar& calendar,
@@ -27,9 +33,10 @@ std::optional<TomorrowNotification> tomorrowNotification(const FolderReport& rep
   const std::string what = folder.settings.disposal == Disposal::delete_
                                ? " will be deleted permanently tomorrow."
                                : " will go to the " + bin + " tomorrow.";
-  return TomorrowNotification{.identifier = "tomorrow." + std::to_string(*folder.id),
-                              .title = nameOfPath(folder.path),
-                              .body = countedItems(count) + what};
+  return TomorrowNotification{
+      .identifier = std::string(identifierPrefix) + std::to_string(*folder.id),
+      .title = nameOfPath(folder.path),
+      .body = countedItems(count) + what};
 }
 
 bool mayGoTomorrow(const FolderReport& report, Date now) {
@@ -38,6 +45,14 @@ bool mayGoTomorrow(const FolderReport& report, Date now) {
   const auto& upcoming = report.status->upcoming;
   const auto next = std::ranges::lower_bound(upcoming, now, {}, &Upcoming::date);
   return next != upcoming.end() && next->date < now + longestTwoDays;
+}
+
+std::optional<std::int64_t> folderOfNotification(std::string_view identifier) {
+  if (!identifier.starts_with(identifierPrefix)) return std::nullopt;
+  const std::string_view digits = identifier.substr(identifierPrefix.size());
+  std::int64_t id = 0;
+  const auto [end, error] = std::from_chars(digits.begin(), digits.end(), id);
+  return error == std::errc() && end == digits.end() ? std::optional(id) : std::nullopt;
 }
 
 std::string notificationStampKey(const std::string& identifier) {

@@ -1,7 +1,9 @@
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include "Platform/Locale/Calendar.h"
 #include "TidemarKit/FolderReport.h"
@@ -22,6 +24,9 @@ struct TomorrowNotification {
 std::optional<TomorrowNotification> tomorrowNotification(const FolderReport& report, Date now,
                                                          const Calendar& calendar,
                                                          const std::string& bin);
+
+/// The row id of the folder that a notification of this identifier is about; none for another's.
+std::optional<std::int64_t> folderOfNotification(std::string_view identifier);
 
 /// False where nothing of the folder goes tomorrow in any time zone. Needs no calendar: what one
 /// reads of time zones stays in memory, and a program without a window has no other use for it.

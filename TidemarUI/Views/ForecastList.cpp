@@ -12,7 +12,7 @@ namespace {
 class ForecastRow : public MenuRow {
  public:
   explicit ForecastRow(const ForecastList& list) {
-    setToolTip(textOf(labels::showInFinder(list.names())));
+    _hint = textOf(labels::showInFinder(list.names()));
     connect(this, &QPushButton::clicked, this, [this, &list] {
       const auto items = _items;
       callClosure(list.onShowInFinder, *items);
@@ -22,6 +22,9 @@ class ForecastRow : public MenuRow {
   /// Shares the ownership of what the group is part of: a row can stand for a million items.
   void show(const ForecastGroup& group, const std::shared_ptr<const void>& owner) {
     _items = {owner, &group.items};
+    const QString left = textOf(group.left);
+    setAccessibleDescription(left);
+    setToolTip(plainToolTip(left.isEmpty() ? _hint : left + u'\n' + _hint));
     setContent({.title = textOf(group.when),
                 .isTitleStrong = true,
                 .trailing = textOf(rowSummary(group)),
@@ -29,6 +32,7 @@ class ForecastRow : public MenuRow {
   }
 
  private:
+  QString _hint;
   std::shared_ptr<const std::vector<FileURL>> _items;
 };
 

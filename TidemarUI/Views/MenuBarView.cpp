@@ -61,8 +61,9 @@ class MenuBarView::FolderRow : public MenuRow {
     const QIcon icon = summary.path == _summary.path ? content().icon : icons::folder(summary.path);
     _summary = summary;
     const std::string line = summary.place.empty() ? "" : '\n' + summary.place;
-    setToolTip(textOf(summary.rules + line));
-    setAccessibleDescription(toolTip());
+    const QString description = textOf(summary.rules + line);
+    setToolTip(plainToolTip(description));
+    setAccessibleDescription(description);
     setContent({.icon = icon,
                 .iconSize = folderIconSize,
                 .title = textOf(summary.name),

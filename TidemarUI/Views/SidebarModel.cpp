@@ -153,6 +153,7 @@ QVariant SidebarModel::data(const QModelIndex& index, int role) const {
     case Qt::AccessibleTextRole:
       return textOf(shown.detail.empty() ? shown.name : shown.name + ", " + shown.detail);
     case Qt::ToolTipRole:
+      return shown.isFolder() ? plainToolTip(textOf(shown.path)) : QVariant();
     case Qt::AccessibleDescriptionRole:
       return shown.isFolder() ? textOf(shown.path) : QVariant();
     default:

@@ -3,6 +3,7 @@
 #include <QEvent>
 #include <QPainter>
 #include <QStyle>
+#include <QTextDocument>
 
 namespace tidemar {
 
@@ -76,7 +77,7 @@ QString TextLabel::elidedText() const {
 
 void TextLabel::updateToolTip() {
   if (_overflow != Overflow::elideInMiddle) return;
-  setToolTip(elidedText() == text() ? QString() : text());
+  setToolTip(elidedText() == text() ? QString() : plainToolTip(text()));
 }
 
 TextLabel* makeBlockTitle(std::string_view text, QWidget* parent) {
@@ -86,6 +87,10 @@ TextLabel* makeBlockTitle(std::string_view text, QWidget* parent) {
   label->setContentsMargins(style::rowOutset, 0, style::rowOutset, 0);
   label->show(text);
   return label;
+}
+
+QString plainToolTip(const QString& text) {
+  return Qt::mightBeRichText(text) ? Qt::convertFromPlainText(text) : text;
 }
 
 QString textOf(std::string_view utf8) {

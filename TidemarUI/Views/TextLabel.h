@@ -48,4 +48,7 @@ TextLabel* makeBlockTitle(std::string_view text, QWidget* parent = nullptr);
 /// UTF-8 as the toolkit's text.
 QString textOf(std::string_view utf8);
 
+/// A tooltip that shows this text as it is: a name may look like markup, which tooltips draw.
+QString plainToolTip(const QString& text);
+
 }  // namespace tidemar

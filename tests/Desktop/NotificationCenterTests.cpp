@@ -45,18 +45,20 @@ class NotificationCenterTest : public BusTest {
   /// A server with these capabilities, whose ids begin at 7.
   void startServer(const QStringList& capabilities = {}) {
     server.reset();
-    server.emplace(bus->connect(), serviceName, objectPath,
-                   [this, capabilities, id = 7U](const QDBusMessage& call) mutable {
-                     if (manner == Manner::isSilent) return QDBusMessage();
-                     if (call.member() == u"GetCapabilities") return call.createReply(capabilities);
-                     if (manner == Manner::refuses)
-                       return call.createErrorReply(u"org.example.TooMany"_s,
-                                                    u"too many of “canary”"_s);
-                     shown.push_back(call.arguments());
-                     EXPECT_EQ(call.signature(), u"susssasa{sv}i"_s);
-                     const quint32 replaced = shown.back()[1].toUInt();
-                     return call.createReply(replaced != 0 ? replaced : id++);
-                   });
+    server.emplace(
+        bus->connect(), serviceName, objectPath,
+        [this, capabilities, id = 7U](const QDBusMessage& call) mutable {
+          if (manner == Manner::isSilent) return QDBusMessage();
+          if (call.member() == u"GetCapabilities") return call.createReply(capabilities);
+          if (call.member() == u"GetServerInformation")
+            return call.createReply(QVariantList{serverName, u"Vendor"_s, u"1"_s, u"1.2"_s});
+          if (manner == Manner::refuses)
+            return call.createErrorReply(u"org.example.TooMany"_s, u"too many of “canary”"_s);
+          shown.push_back(call.arguments());
+          EXPECT_EQ(call.signature(), u"susssasa{sv}i"_s);
+          const quint32 replaced = shown.back()[1].toUInt();
+          return call.createReply(replaced != 0 ? replaced : id++);
+        });
   }
 
   std::string add(const std::string& identifier, const std::string& title = "Downloads",
@@ -73,6 +75,7 @@ class NotificationCenterTest : public BusTest {
   std::optional<DesktopNotificationCenter> center;
   std::optional<FakeService> server;
   Manner manner = Manner::accepts;
+  QString serverName = u"gnome-shell"_s;
   std::vector<QVariantList> shown;  ///< The arguments of each call of "Notify".
 };
 
@@ -95,8 +98,14 @@ TEST_F(NotificationCenterTest, AQuietNotificationIsDelivered) {
   EXPECT_EQ(urgency.typeId(), QMetaType::UChar) << "servers pass over any other type";
   EXPECT_EQ(urgency.toInt(), 0);
   EXPECT_EQ(hints[u"desktop-entry"_s].toString(), u"app.quernly.tidemar"_s);
-  EXPECT_EQ(hints.size(), 2) << "nothing that makes it pass by unseen, or heard";
+  EXPECT_EQ(hints[u"suppress-sound"_s], QVariant(true));
+  EXPECT_EQ(hints.size(), 3) << "nothing that makes it pass by unseen";
   EXPECT_EQ(shown[0][7].toInt(), -1);
+
+  serverName = u"Plasma"_s;
+  ASSERT_EQ(add("tomorrow.1"), "");
+  EXPECT_EQ(qdbus_cast<QVariantMap>(shown[1][6])[u"urgency"_s], QVariant::fromValue(uchar{1}))
+      << "what isn't urgent would come into no list there";
 }
 
 TEST_F(NotificationCenterTest, TheSameIdentifierReplacesUnderTheSameServerAlone) {
@@ -110,6 +119,31 @@ TEST_F(NotificationCenterTest, TheSameIdentifierReplacesUnderTheSameServerAlone)
     replaced.push_back(arguments[1].toUInt());
   EXPECT_EQ(replaced, (std::vector<quint32>{0, 0, 7, 8, 0}))
       << "under another server the id may be another program's";
+}
+
+TEST_F(NotificationCenterTest, AClickTellsTheIdentifierOfWhatWasClicked) {
+  startServer({u"body"_s, u"actions"_s});
+  ASSERT_EQ(add("tomorrow.1"), "");
+  ASSERT_EQ(add("tomorrow.2"), "");
+  EXPECT_EQ(shown.back()[5].toStringList().value(0), u"default"_s);
+  std::vector<std::string> clicks;
+  QEventLoop untilTheLast;
+  QObject::connect(&*center, &DesktopNotificationCenter::clicked, &untilTheLast,
+                   [&](const std::string& identifier) {
+                     clicks.push_back(identifier);
+                     if (identifier == "tomorrow.1") untilTheLast.quit();
+                   });
+  QTimer::singleShot(20s, &untilTheLast, &QEventLoop::quit);
+  const auto invoke = [this](quint32 id, const QString& action) {
+    server->send(objectPath, serviceName, u"ActionInvoked"_s, {id, action});
+  };
+  invoke(6, u"default"_s);
+  invoke(8, u"close"_s);
+  invoke(8, u"default"_s);
+  invoke(7, u"default"_s);
+  untilTheLast.exec();
+  EXPECT_EQ(clicks, (std::vector<std::string>{"tomorrow.2", "tomorrow.1"}))
+      << "another program's and other actions aren't clicks on ours";
 }
 
 TEST_F(NotificationCenterTest, NamesAreShownAsTheyAreWhateverTheServerReads) {
@@ -133,7 +167,18 @@ TEST_F(NotificationCenterTest, WhatKeepsItBackIsToldAndHoldsNothingUp) {
   const std::string missing = "This desktop has no notification service.";
   EXPECT_FALSE(isAuthorized());
   EXPECT_EQ(add("tomorrow.1"), missing);
+  bus->makeStartable(serviceName);
+  EXPECT_EQ(add("tomorrow.1"), missing) << "it isn't started by that";
+  int serversThatCame = 0;
+  QEventLoop untilItIsThere;
+  QObject::connect(&*center, &DesktopNotificationCenter::serverCame, &untilItIsThere, [&] {
+    ++serversThatCame;
+    untilItIsThere.quit();
+  });
+  QTimer::singleShot(20s, &untilItIsThere, &QEventLoop::quit);
   startServer();
+  untilItIsThere.exec();
+  EXPECT_EQ(serversThatCame, 1);
   EXPECT_TRUE(isAuthorized());
   manner = Manner::refuses;
   EXPECT_EQ(add("tomorrow.1"), "The notification service refused (org.example.TooMany).")

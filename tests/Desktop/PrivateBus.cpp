@@ -1,5 +1,6 @@
 #include "PrivateBus.h"
 
+#include <QDBusMessage>
 #include <stdexcept>
 
 namespace tidemar::testing {
@@ -7,7 +8,9 @@ namespace {
 
 std::string configuration(const std::string& socketDirectory) {
   return "<busconfig><type>session</type><listen>unix:dir=" + socketDirectory +
-         "</listen><policy context=\"default\"><allow send_destination=\"*\" eavesdrop=\"true\"/>"
+         "</listen><servicedir>" + socketDirectory +
+         "</servicedir><policy context=\"default\"><allow send_destination=\"*\" "
+         "eavesdrop=\"true\"/>"
          "<allow eavesdrop=\"true\"/><allow own=\"*\"/></policy></busconfig>";
 }
 
@@ -26,6 +29,15 @@ PrivateBus::PrivateBus() {
 PrivateBus::~PrivateBus() {
   for (const QString& name : _connections)
     QDBusConnection::disconnectFromBus(name);
+}
+
+void PrivateBus::makeStartable(const QString& name) {
+  const std::string service = name.toStdString();
+  writeFile(_directory.url(service + ".service"),
+            "[D-BUS Service]\nName=" + service + "\nExec=/bin/false\n");
+  connect().call(QDBusMessage::createMethodCall(
+      QStringLiteral("org.freedesktop.DBus"), QStringLiteral("/org/freedesktop/DBus"),
+      QStringLiteral("org.freedesktop.DBus"), QStringLiteral("ReloadConfig")));
 }
 
 QDBusConnection PrivateBus::connect() {

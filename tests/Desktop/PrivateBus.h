@@ -11,13 +11,16 @@
 
 namespace tidemar::testing {
 
-/// A session bus for one test, which starts no services by itself.
+/// A session bus for one test, which knows no services to start but those it is told of.
 class PrivateBus {
  public:
   PrivateBus();
   ~PrivateBus();
 
   const QString& address() const { return _address; }
+
+  /// Has the bus start that service when it is called, as far as it may, which then fails.
+  void makeStartable(const QString& name);
 
   /// A new connection, which ends with the bus.
   QDBusConnection connect();

@@ -91,6 +91,23 @@ INSTANTIATE_TEST_SUITE_P(Platform, Taking, ::testing::Values(Disposal::bin, Disp
                            return disposal.param == Disposal::bin ? "toTheBin" : "deleting";
                          });
 
+TEST_P(Taking, asksForNoFileMoreOftenThanItsStepsNeed) {
+  constexpr int count = 10;
+  for (int i = 0; i < count; ++i)
+    writeFile(FileURL(path(std::to_string(i))), "x");
+  take(look("single"));
+  int calls = 0;
+  withActionBefore(
+      SYS_statx, [&](int number) { calls = number; },
+      [&] {
+        for (int i = 0; i < count; ++i)
+          take(look(std::to_string(i).c_str()));
+      });
+  // The list of hidden names, the look and the check; the Bin's place, or the file as it is
+  // deleted.
+  EXPECT_LE(calls, GetParam() == Disposal::bin ? 4 * count : 5 * count);
+}
+
 TEST_P(Taking, whatChangedAfterTheLookComesBack) {
   struct Row {
     const char* name;

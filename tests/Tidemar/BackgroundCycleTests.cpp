@@ -80,6 +80,20 @@ TEST(BackgroundCycle, AFolderThatFailsCostsOnlyItselfAndAllShareOneDate) {
   EXPECT_TRUE(world.alerts.told.empty()) << "a cycle tells the user nothing";
 }
 
+TEST(BackgroundCycle, WhatARunCouldNotRemoveIsKnownUntilARunCan) {
+  ModelWorld world;
+  world.makeTemporary("/a", {"old" + old});
+  world.disk.before("trash /a/old",
+                    [] { throw PlatformError("remove", FileURL("/a/old"), EPERM); });
+  world.runCycle();
+  const std::vector<LeftItem> left = world.model->reports().at(0).left;
+  ASSERT_EQ(left.size(), 1U);
+  EXPECT_EQ(left[0].url, FileURL("/a/old"));
+  EXPECT_NE(left[0].reason.find("not permitted"), std::string::npos) << left[0].reason;
+  world.runCycle();
+  EXPECT_TRUE(world.model->reports().at(0).left.empty());
+}
+
 TEST(BackgroundCycle, AFolderThatIsRemovedMeanwhileIsNoFailure) {
   if (access("/run/systemd/journal/socket", W_OK) == 0)
     GTEST_SKIP() << "the log goes to this machine's journal and can't be read here";

@@ -24,7 +24,7 @@ TEST(DailyNotification, ComesOnceADayForEachFolder) {
   EXPECT_EQ(world.standardDefaults.string("notified.tomorrow.1"), std::nullopt);
 
   world.notifications.refuses = false;
-  world.runCycle();
+  QCoro::waitFor(world.model->resumeNotifications());
   EXPECT_EQ(world.notifications.delivered,
             (Lines{"tomorrow.1|a|2 items will go to the Bin tomorrow.",
                    "tomorrow.2|b|1 item will go to the Bin tomorrow."}))

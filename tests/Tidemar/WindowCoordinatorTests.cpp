@@ -100,6 +100,24 @@ TEST_F(WindowCoordinatorTest, OpensOneWindowOfAKindAtTheFolderThatItIsGiven) {
   EXPECT_EQ(selection(), MainSelection::folder(first));
 }
 
+TEST_F(WindowCoordinatorTest, ItTellsOnceThatItGoesOnWhenTheLastWindowCloses) {
+  QObject::connect(&windows, &WindowCoordinator::lastWindowClosed, world.model.get(),
+                   [this] { world.model->tellThatItGoesOn(); });
+  const auto told = [this] { return world.notifications.delivered.size(); };
+  windows.showMain();
+  windows.showSettings();
+  windows.window("main")->close();
+  EXPECT_EQ(told(), 0U) << "a window is open";
+  world.notifications.refuses = true;
+  windows.window("settings")->close();
+  world.notifications.refuses = false;
+  for (int time = 0; time < 2; ++time) {
+    windows.showMain();
+    windows.window("main")->close();
+    EXPECT_EQ(told(), 1U) << "it was not taken the first time";
+  }
+}
+
 TEST_F(WindowCoordinatorTest, FoldersThatAreDroppedOnTheWindowAreAddedAndNeverMoved) {
   const TemporaryDirectory real;
   makeTree(real.url(), "Inbox/\nnote.txt 1\n");

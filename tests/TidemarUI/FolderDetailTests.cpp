@@ -102,6 +102,8 @@ TEST(FolderDetail, ExplainsWhatIsOnAndWhatCannotBe) {
       folder.isProtectedRoot = isProtectedRoot;
       EXPECT_EQ(canSetTemporary(folder), isReadable && !isProtectedRoot);
       EXPECT_EQ(temporaryFooter(folder).has_value(), !canSetTemporary(folder));
+      folder.isTemporary = true;
+      EXPECT_EQ(canSetTemporary(folder), isReadable) << "a tag can be taken off";
     }
   }
 }

@@ -18,19 +18,21 @@ constexpr Date now = utc(2026, 11, 16, 23, 59);
 struct SampleFolder {
   TemporarySettings settings;
   FolderStatus status;
+  std::vector<LeftItem> left = {};
 };
 
 /// Each group as "when | action | names | size".
 std::vector<std::string> drawn(const std::vector<SampleFolder>& samples) {
   std::vector<ForecastFolder> folders;
   for (const SampleFolder& sample : samples)
-    folders.push_back({sample.settings, sample.status});
+    folders.push_back({sample.settings, sample.status, sample.left});
   std::vector<std::string> lines;
   for (const ForecastGroup& group : forecastGroups(folders, now, sampleFormats(), "Bin")) {
     std::string line = group.when + " | " + group.action + " |";
     for (const FileURL& item : group.items)
       line += " " + std::string(item.lastPathComponent());
-    lines.push_back(line + " | " + group.totalSize);
+    line += " | " + group.totalSize;
+    lines.push_back(group.left.empty() ? line : line + " | " + group.left);
     EXPECT_EQ(group.id(), group.when + " · " + group.action);
     EXPECT_EQ(group.isPermanent, group.action == "Delete Permanently");
     EXPECT_EQ(group.isAtRestart, group.when == "On restart");
@@ -72,6 +74,12 @@ TEST(ForecastGroups, TellWhatGoesWhen) {
        {{{}, taggedStatus({}, {going("z", utc(2026, 11, 18, 22), 2'000'000)})},
         {{}, taggedStatus({}, {going("a", utc(2026, 11, 18, 1)), going("b", tomorrow)})}},
        {"Tomorrow | Move to Bin | b | 1 kB", "Wed, Nov 18 | Move to Bin | z a | 2 MB"}},
+      {"what the last run left says why, as long as it is to go now",
+       {{{},
+         taggedStatus({sampleItem("a"), sampleItem("b")}, {going("c", tomorrow)}),
+         {{sampleItem("b").url, "b: no."}, {sampleItem("c").url, "c: no."}}},
+        {{}, taggedStatus({sampleItem("d")}, {}), {{sampleItem("d").url, "d: no."}}}},
+       {"Now | Move to Bin | a b d | 3 kB | b: no.\nd: no.", "Tomorrow | Move to Bin | c | 1 kB"}},
       {"a past day that isn't due yet reads as today",
        {{{}, taggedStatus({}, {going("a", utc(2026, 11, 10))})}},
        {"Today | Move to Bin | a | 1 kB"}},

@@ -64,7 +64,7 @@ TEST(FolderPreview, HeadlineTellsTheWeek) {
   for (const auto& row : rows) {
     SCOPED_TRACE(row.name);
     const FolderPreview preview =
-        folderPreview(row.status, row.settings, now, sampleFormats(), "Bin");
+        folderPreview(sampleReport(1, row.status, row.settings), now, sampleFormats(), "Bin");
     EXPECT_EQ(preview.headline, row.headline);
     EXPECT_EQ(preview.forecast.size(), row.groupCount);
   }

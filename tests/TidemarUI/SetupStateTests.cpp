@@ -38,6 +38,10 @@ TEST(SetupState, OffersWhatIsNotDoneYet) {
       EXPECT_EQ(steps[i].offerTitle.empty(), steps[i].offer == none) << i;
     }
     EXPECT_EQ(steps[0].hint.empty(), row.done[0]);
+    EXPECT_TRUE(steps[2].hint.empty());
+    SetupState refused = row.state;
+    refused.wereNotificationsRefused = true;
+    EXPECT_EQ(setupSteps(refused)[2].hint.empty(), row.done[2]) << "what is missing is told";
   }
 }
 

@@ -41,8 +41,11 @@ TEST(TomorrowNotification, TellsWhatGoesOnTheUsersTomorrow) {
     EXPECT_TRUE(!told || mayGoTomorrow(row.report, now));
     if (told) {
       EXPECT_EQ(*told, (TomorrowNotification{"tomorrow.12", "Downloads", row.body}));
+      EXPECT_EQ(folderOfNotification(told->identifier), 12);
     }
   }
+  for (const char* other : {"tomorrow.", "tomorrow.1x", "background", "12"})
+    EXPECT_EQ(folderOfNotification(other), std::nullopt);
   EXPECT_FALSE(
       mayGoTomorrow(sampleReport(1, taggedStatus({}, {going("a", utc(2026, 11, 20))})), now));
   // Within one day of the user's the stamp changes at UTC's midnight.

@@ -2,6 +2,7 @@
 #include <QAbstractSpinBox>
 #include <QComboBox>
 #include <QLabel>
+#include <QTextDocument>
 #include <map>
 #include <set>
 
@@ -88,6 +89,24 @@ TEST(Accessibility, NoTextKeepsAnotherSystemsNames) {
       isNamed = isNamed || text.find("Dolphin") != text.npos;
     }
     EXPECT_TRUE(isNamed);
+  }
+}
+
+TEST(Accessibility, WhatARowTellsBesideItsTextIsNeverMarkup) {
+  const QString name = QStringLiteral("<b>x</b> & y");
+  MenuBarState state = sampleState({sampleFolder(1)}).overview;
+  state.folders[0].place = name.toStdString();
+  state.forecast[0].left = name.toStdString();
+  MenuBarView popover;
+  popover.setState(shared(state));
+  for (const char* row : {"folder 1, Nothing to clear", "Now, 2 items · 1 MB, a, b"}) {
+    auto* widget = child<QAbstractButton>(popover, row);
+    ASSERT_NE(widget, nullptr);
+    QTextDocument drawn;
+    const QString tooltip = widget->toolTip();
+    Qt::mightBeRichText(tooltip) ? drawn.setHtml(tooltip) : drawn.setPlainText(tooltip);
+    EXPECT_TRUE(drawn.toPlainText().contains(name)) << tooltip.toStdString();
+    EXPECT_TRUE(widget->accessibleDescription().contains(name));
   }
 }
 

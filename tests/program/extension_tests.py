@@ -46,7 +46,7 @@ module, path, *uris = sys.argv[1:]
 class MenuProvider: pass
 
 class MenuItem:
-    def __init__(self, name, label): self.label = label
+    def __init__(self, name, label, icon): self.label = label
     def connect(self, signal, handler): self.press = handler
 
 class Item:

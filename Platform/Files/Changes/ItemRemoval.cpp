@@ -16,7 +16,6 @@ constexpr int mostAttempts = 3;
 
 ItemRemoval::ItemRemoval(int folder, const KeptDirectories& kept)
     : _folder(folder),
-      _kept(kept),
       _bin(folder, kept),
       _deletion(folder, folder, kept, operationOf(Disposal::delete_)) {}
 

@@ -25,7 +25,6 @@ class ItemRemoval {
 
  private:
   int _folder;
-  const KeptDirectories& _kept;
   FolderBin _bin;
   TakenDeletion _deletion;
 };
