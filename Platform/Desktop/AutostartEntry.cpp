@@ -47,7 +47,7 @@ std::string text(const FileURL& program) {
          argument(path) + " " + std::string(loginArgument) +
          "\n"
          "TryExec=" +
-         escaped(path) +
+         keyFileEscaped(path) +
          "\n"
          "StartupNotify=false\n";
 }
