@@ -244,7 +244,7 @@ QCoro::Task<void> AppDelegate::quit() {
 }
 
 QCoro::Task<void> AppDelegate::open(std::string url) {
-  if (const std::optional<FileURL> folder = co_await _appModel->open(std::move(url)))
+  if (const std::optional<FileURL> folder = co_await _appModel->followLink(std::move(url)))
     _windows->showMain(*folder, MainWindowState::Cause::link);
 }
 

@@ -79,9 +79,8 @@ void MainContainerView::connectClosures() {
 
 void MainContainerView::refresh() {
   _states.ask([snapshot = _context.model.snapshot(),
-               isExtensionOff = _context.model.isFinderExtensionOff(),
-               now = _context.currentDate(), formats = _context.currentFormats(),
-               bin = SystemBin::name()] {
+               isExtensionOff = _context.model.isFinderExtensionOff(), now = _context.currentDate(),
+               formats = _context.currentFormats(), bin = SystemBin::name()] {
     return mainState(snapshot->reports, snapshot->journal, snapshot->freeSpace, isExtensionOff, now,
                      formats, bin);
   });

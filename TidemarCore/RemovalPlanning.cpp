@@ -1,10 +1,8 @@
 #include "TidemarCore/RemovalPlanning.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
-#include <limits>
-#include <optional>
+#include <cstddef>
 
 #include "TidemarCore/NameOrder.h"
 #include "TidemarCore/SaturatingArithmetic.h"
@@ -30,10 +28,7 @@ std::int64_t countEarlierThan(Date cutoff, std::span<const DatedItem> list) {
 
 /// A tenth of the volume, rounded up to a whole byte.
 std::int64_t targetCapacity(std::int64_t totalCapacity) {
-  const double target = std::ceil(static_cast<double>(totalCapacity) * 0.1);
-  // Only a tenth of a total far beyond any disk would leave the range; the cast must be defined
-  // even so.
-  return static_cast<std::int64_t>(std::clamp(target, -1e18, 1e18));
+  return static_cast<std::int64_t>(std::ceil(static_cast<double>(totalCapacity) * 0.1));
 }
 
 std::int64_t totalSize(std::span<const Item> items) {

@@ -321,8 +321,8 @@ void folders(const Arguments& arguments) {
 void states(const Arguments& arguments) {
   constexpr int count = 1000;
   const std::string& kind = arguments.at(0);
-  const TemporarySettings settings =
-      sampleSettings(kind == "quiet" ? 90 : kind == "full" ? 7 : 14, kind == "listed");
+  const int age = kind == "quiet" ? 90 : kind == "full" ? 7 : 14;
+  const TemporarySettings settings = sampleSettings(age, kind == "listed");
   const double days = kind == "quiet" ? 90 : kind == "full" ? 7 : 21;
   const std::vector<FolderReport> reports = sampleReports(count, count, settings, days);
 

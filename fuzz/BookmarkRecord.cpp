@@ -1,7 +1,6 @@
 #include "Platform/Files/Bookmarks/BookmarkRecord.h"
 
 #include <algorithm>
-#include <optional>
 
 #include "fuzz/Check.h"
 

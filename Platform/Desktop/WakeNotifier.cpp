@@ -2,7 +2,6 @@
 
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
-#include <utility>
 
 #include "Platform/Desktop/ClockWatcher.h"
 #include "Platform/Desktop/SleepClocks.h"

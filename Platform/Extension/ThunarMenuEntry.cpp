@@ -2,7 +2,6 @@
 
 #include <cerrno>
 #include <cstdlib>
-#include <optional>
 
 #include <sys/stat.h>
 #include <unistd.h>

@@ -1,5 +1,7 @@
 #include "Platform/Extension/XMLPieces.h"
 
+#include <stdexcept>
+
 namespace tidemar {
 
 std::size_t XMLPieces::endAfter(std::string_view delimiter, std::size_t from) const {

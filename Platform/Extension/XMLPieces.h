@@ -2,7 +2,6 @@
 
 #include <cstddef>
 #include <optional>
-#include <stdexcept>
 #include <string_view>
 
 namespace tidemar {

@@ -8,8 +8,8 @@
 #include "Platform/Files/Descriptors/DirectoryOpening.h"
 #include "Platform/Files/DiskFolder.h"
 #include "Platform/Files/Places/BootTime.h"
+#include "Platform/Files/Places/FixedPlaces.h"
 #include "Platform/Files/Places/StandardDirectories.h"
-#include "Platform/Files/Places/SystemDirectories.h"
 #include "Platform/Files/Places/Volumes.h"
 
 namespace tidemar {

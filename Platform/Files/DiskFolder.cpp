@@ -10,13 +10,13 @@
 #include "Platform/Files/Bookmarks/BookmarkRecord.h"
 #include "Platform/Files/Changes/GiveBack.h"
 #include "Platform/Files/Changes/LeftCopy.h"
-#include "Platform/Files/Changes/Obstacles.h"
 #include "Platform/Files/Changes/PutBack.h"
 #include "Platform/Files/Descriptors/DescriptorPath.h"
 #include "Platform/Files/Places/AnsweringPaths.h"
 #include "Platform/Files/Places/Volumes.h"
 #include "Platform/Files/Tags.h"
 #include "Platform/Files/Trash/TrashPaths.h"
+#include "Platform/Files/Walk/Obstacles.h"
 
 namespace tidemar {
 namespace {

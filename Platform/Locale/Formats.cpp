@@ -80,13 +80,14 @@ std::string text(const icu::DateFormat& format, Date date) {
 
 class Formats::Formatters {
  public:
-  Formatters(const icu::Locale& locale, std::string_view timeZoneIdentifier)
+  Formatters(const icu::Locale& dates, const icu::Locale& numbers,
+             std::string_view timeZoneIdentifier)
       : calendar(timeZoneIdentifier),
-        shortDate(dateFormat(u"EEEdMMM", locale, timeZoneIdentifier)),
-        timeOfDay(dateFormat(u"jm", locale, timeZoneIdentifier)),
-        byteCount(locale.getName()),
-        integer(icu::number::NumberFormatter::withLocale(locale)),
-        parser(integerParser(locale)) {}
+        shortDate(dateFormat(u"EEEdMMM", dates, timeZoneIdentifier)),
+        timeOfDay(dateFormat(u"jm", dates, timeZoneIdentifier)),
+        byteCount(numbers.getName()),
+        integer(icu::number::NumberFormatter::withLocale(numbers)),
+        parser(integerParser(numbers)) {}
 
   const Calendar calendar;
   const std::unique_ptr<const icu::DateFormat> shortDate;
@@ -96,9 +97,10 @@ class Formats::Formatters {
   const std::unique_ptr<const icu::NumberFormat> parser;
 };
 
-Formats::Formats(std::string_view localeIdentifier, std::string_view timeZoneIdentifier)
-    : _formatters(
-          std::make_shared<const Formatters>(knownLocale(localeIdentifier), timeZoneIdentifier)) {}
+Formats::Formats(std::string_view dateLocale, std::string_view numberLocale,
+                 std::string_view timeZoneIdentifier)
+    : _formatters(std::make_shared<const Formatters>(
+          knownLocale(dateLocale), knownLocale(numberLocale), timeZoneIdentifier)) {}
 
 const Calendar& Formats::calendar() const noexcept {
   return _formatters->calendar;
@@ -133,8 +135,8 @@ std::optional<std::int64_t> Formats::integer(std::string_view text) const {
   return number.getInt64(error);
 }
 
-std::string currentLocaleIdentifier() {
-  for (const char* variable : {"LC_ALL", "LC_TIME", "LANG"}) {
+std::string currentLocaleIdentifier(const char* category) {
+  for (const char* variable : {"LC_ALL", category, "LANG"}) {
     const char* const value = std::getenv(variable);
     if (value != nullptr && *value != '\0') return value;
   }
@@ -142,7 +144,8 @@ std::string currentLocaleIdentifier() {
 }
 
 Formats currentFormats() {
-  return Formats(currentLocaleIdentifier(), currentTimeZoneIdentifier());
+  return Formats(currentLocaleIdentifier("LC_TIME"), currentLocaleIdentifier("LC_NUMERIC"),
+                 currentTimeZoneIdentifier());
 }
 
 }  // namespace tidemar

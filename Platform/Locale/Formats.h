@@ -12,15 +12,20 @@
 namespace tidemar {
 
 /// How one person reads days, times, numbers and sizes: a time zone with its calendar, and the
-/// formatters of a locale. Making one costs a thousand times what using it does, so one is made for
-/// a locale and handed on. Immutable to its user; copies share the formatters. One thread at a time
-/// may use it and its copies. All texts are UTF-8.
+/// formatters of a locale, or of two. Making one costs a thousand times what using it does, so one
+/// is made for a locale and handed on. Immutable to its user; copies share the formatters. One
+/// thread at a time may use it and its copies. All texts are UTF-8.
 class Formats {
  public:
   /// The locale by its ICU or POSIX name ("de_DE", "de_DE.UTF-8", "sr_RS@latin"), the zone by its
   /// IANA name. A locale whose language ICU doesn't know, "C" included, reads as American English;
   /// a zone that isn't known is UTC.
-  Formats(std::string_view localeIdentifier, std::string_view timeZoneIdentifier);
+  Formats(std::string_view localeIdentifier, std::string_view timeZoneIdentifier)
+      : Formats(localeIdentifier, localeIdentifier, timeZoneIdentifier) {}
+
+  /// With a locale for days and times, and one for numbers and sizes.
+  Formats(std::string_view dateLocale, std::string_view numberLocale,
+          std::string_view timeZoneIdentifier);
 
   const Calendar& calendar() const noexcept;
 
@@ -47,11 +52,11 @@ class Formats {
   std::shared_ptr<const Formatters> _formatters;
 };
 
-/// The name of the locale in which the user reads dates, by the environment: the first of LC_ALL,
-/// LC_TIME and LANG that isn't empty, or else "C".
-std::string currentLocaleIdentifier();
+/// The name of the locale that the environment gives for a category, "LC_TIME" or "LC_NUMERIC": the
+/// first of LC_ALL, the category and LANG that isn't empty, or else "C".
+std::string currentLocaleIdentifier(const char* category);
 
-/// The formats of this user on this system now.
+/// The formats of this user on this system now: days and times by LC_TIME, all else by LC_NUMERIC.
 Formats currentFormats();
 
 }  // namespace tidemar

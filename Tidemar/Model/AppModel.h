@@ -102,7 +102,7 @@ class AppModel : public QObject {
 
   /// Handles a URL of the scheme "tidemar": makes the folder it names known and Temporary. Any
   /// other URL is ignored. The folder is answered once that is done, as its report has it.
-  QCoro::Task<std::optional<FileURL>> open(std::string url);
+  QCoro::Task<std::optional<FileURL>> followLink(std::string url);
 
   /// Stops clearing between two items and waits for the commands under way, though not for long: a
   /// disk that doesn't answer must not hold the end up. The first step of the end of the process,
@@ -123,6 +123,7 @@ class AppModel : public QObject {
   class CommandScope;
 
   std::shared_ptr<Engine> makeEngine();
+
   /// What was read and the number of that reading.
   struct NumberedSnapshot {
     std::shared_ptr<const Snapshot> snapshot;

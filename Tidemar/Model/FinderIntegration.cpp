@@ -12,7 +12,7 @@ void AppModel::publishTemporaryPaths() {
   }
 }
 
-QCoro::Task<std::optional<FileURL>> AppModel::open(std::string url) {
+QCoro::Task<std::optional<FileURL>> AppModel::followLink(std::string url) {
   const std::optional<FileURL> folderURL = folderOfLink(url);
   if (!folderURL) co_return std::nullopt;
 

@@ -3,7 +3,6 @@
 #include <QCoreApplication>
 #include <cerrno>
 #include <condition_variable>
-#include <cstdint>
 #include <deque>
 #include <mutex>
 #include <system_error>

@@ -27,55 +27,55 @@ void updateRow(Database& database, const JournalEntry& entry) {
 
 }  // namespace
 
-Store::Store() : database(std::make_unique<DatabaseQueue>()) {
-  storeMigrator().migrate(*database);
+Store::Store() : _database(std::make_unique<DatabaseQueue>()) {
+  storeMigrator().migrate(*_database);
 }
 
 Store::Store(const std::string& path, std::chrono::milliseconds patience)
-    : database(std::make_unique<DatabaseQueue>(path, patience)) {
-  storeMigrator().migrate(*database);
+    : _database(std::make_unique<DatabaseQueue>(path, patience)) {
+  storeMigrator().migrate(*_database);
 }
 
 Store::~Store() = default;
 
 std::optional<FileURL> Store::directory() const {
-  const std::string file = database->file();
+  const std::string file = _database->file();
   if (file.empty()) return std::nullopt;
   return FileURL(file).deletingLastPathComponent();
 }
 
 Store::PlacesVersion Store::placesVersion() const {
-  return database->read([&](Database& db) {
+  return _database->read([&](Database& db) {
     return PlacesVersion{.ours = _placesChanges, .others = db.otherConnectionsVersion()};
   });
 }
 
 std::vector<Folder> Store::folders() const {
-  return database->read([](Database& db) { return FolderRow::all(db); });
+  return _database->read([](Database& db) { return FolderRow::all(db); });
 }
 
 std::optional<Folder> Store::folder(std::int64_t id) const {
-  return database->read([&](Database& db) { return FolderRow::withID(db, id); });
+  return _database->read([&](Database& db) { return FolderRow::withID(db, id); });
 }
 
 std::optional<Folder> Store::folder(const std::string& path) const {
-  return database->read([&](Database& db) { return FolderRow::withPath(db, path); });
+  return _database->read([&](Database& db) { return FolderRow::withPath(db, path); });
 }
 
 std::optional<JournalEntry> Store::journalEntry(std::int64_t id) const {
-  return database->read([&](Database& db) { return JournalEntryRow::withID(db, id); });
+  return _database->read([&](Database& db) { return JournalEntryRow::withID(db, id); });
 }
 
 std::vector<JournalEntry> Store::journalSince(Date date) const {
-  return database->read([&](Database& db) { return JournalEntryRow::since(db, date); });
+  return _database->read([&](Database& db) { return JournalEntryRow::since(db, date); });
 }
 
 std::vector<JournalEntry> Store::journalOfFolder(std::int64_t folderID) const {
-  return database->read([&](Database& db) { return JournalEntryRow::ofFolder(db, folderID); });
+  return _database->read([&](Database& db) { return JournalEntryRow::ofFolder(db, folderID); });
 }
 
 Folder Store::insert(Folder folder) {
-  folder.id = database->write([&](Database& db) {
+  folder.id = _database->write([&](Database& db) {
     ++_placesChanges;
     return FolderRow::insert(db, folder);
   });
@@ -83,7 +83,7 @@ Folder Store::insert(Folder folder) {
 }
 
 std::optional<Folder> Store::insert(Folder folder, const std::vector<Folder>& known) {
-  return database->write([&](Database& db) -> std::optional<Folder> {
+  return _database->write([&](Database& db) -> std::optional<Folder> {
     const auto isKnown = [&](const Folder& row) {
       return std::ranges::find(known, row.id, &Folder::id) != known.end();
     };
@@ -95,20 +95,20 @@ std::optional<Folder> Store::insert(Folder folder, const std::vector<Folder>& kn
 }
 
 JournalEntry Store::insert(JournalEntry entry) {
-  entry.id = database->write([&](Database& db) { return JournalEntryRow::insert(db, entry); });
+  entry.id = _database->write([&](Database& db) { return JournalEntryRow::insert(db, entry); });
   return entry;
 }
 
 void Store::tryInsert(const JournalEntry& entry) {
-  database->attempt([&](Database& db) { JournalEntryRow::insert(db, entry); });
+  _database->attempt([&](Database& db) { JournalEntryRow::insert(db, entry); });
 }
 
 void Store::tryUpdate(const JournalEntry& entry) {
-  database->attempt([&](Database& db) { updateRow(db, entry); });
+  _database->attempt([&](Database& db) { updateRow(db, entry); });
 }
 
 void Store::record(JournalEntry& entry) {
-  database->write([&](Database& db) {
+  _database->write([&](Database& db) {
     if (JournalEntryRow::isStored(db, entry)) return;
     entry.id.reset();
     entry.id = JournalEntryRow::insert(db, entry);
@@ -116,19 +116,19 @@ void Store::record(JournalEntry& entry) {
 }
 
 void Store::update(const Folder& folder) {
-  database->write([&](Database& db) {
+  _database->write([&](Database& db) {
     ++_placesChanges;
     if (!FolderRow::update(db, folder)) throw notFound("folder", folder.id);
   });
 }
 
 void Store::update(const JournalEntry& entry) {
-  database->write([&](Database& db) { updateRow(db, entry); });
+  _database->write([&](Database& db) { updateRow(db, entry); });
 }
 
 Folder Store::change(std::optional<std::int64_t> folderID,
                      const std::function<void(Folder&)>& change) {
-  return database->write([&](Database& db) {
+  return _database->write([&](Database& db) {
     auto folder = folderID ? FolderRow::withID(db, *folderID) : std::nullopt;
     if (!folder) throw notFound("folder", folderID);
     const Folder before = *folder;
@@ -140,7 +140,7 @@ Folder Store::change(std::optional<std::int64_t> folderID,
 }
 
 bool Store::deleteFolder(std::int64_t id) {
-  return database->write([&](Database& db) {
+  return _database->write([&](Database& db) {
     ++_placesChanges;
     return FolderRow::remove(db, id);
   });

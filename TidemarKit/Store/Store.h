@@ -18,10 +18,10 @@ namespace tidemar {
 class DatabaseQueue;
 
 /// All that is remembered between launches: a thin set of reads and writes over one SQLite file,
-/// one transaction each. Any thread may call it; calls are served one at a time
-/// in order of arrival, each blocking its caller. Every operation throws `DatabaseError`. One that
-/// meets another program's lock waits for it; else nothing is tried twice. A write throws, before
-/// or after its commit, where the file isn't in its place any more.
+/// one transaction each. Any thread may call it; calls are served one at a time in order of
+/// arrival, each blocking its caller. Every operation throws `DatabaseError`. One that meets
+/// another program's lock waits for it; else nothing is tried twice. A write throws, before or
+/// after its commit, where the file isn't in its place any more.
 ///
 /// Dates are kept to the millisecond: a date read back may differ from the one written by less than
 /// that.
@@ -86,8 +86,7 @@ class Store {
   /// the file; called again with such an entry it looks for that row first.
   void record(JournalEntry& entry);
 
-  /// Writes all fields to the row of the record's id. Throws `RecordNotFound` where the row is
-  /// gone.
+  /// Writes all fields to the row of the record's id. Throws `RecordNotFound` where it is gone.
   void update(const Folder& folder);
   void update(const JournalEntry& entry);
 
@@ -99,7 +98,7 @@ class Store {
   bool deleteFolder(std::int64_t id);
 
  private:
-  std::unique_ptr<DatabaseQueue> database;
+  std::unique_ptr<DatabaseQueue> _database;
   std::int64_t _placesChanges = 0;  ///< Changed and read by accesses to the database alone.
 };
 

@@ -1,7 +1,6 @@
 #include "TidemarKit/Store/StoredWords.h"
 
 #include <nlohmann/json.hpp>
-#include <optional>
 
 #include <sqlite3.h>
 

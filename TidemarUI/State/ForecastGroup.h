@@ -51,7 +51,4 @@ struct ForecastGroup {
   friend bool operator==(const ForecastGroup&, const ForecastGroup&) = default;
 };
 
-/// How items go, as the user reads it: "Delete Permanently" or "Move to {bin}".
-std::string disposalText(Disposal disposal, const std::string& bin);
-
 }  // namespace tidemar

@@ -8,6 +8,7 @@
 
 #include "TidemarCore/SaturatingArithmetic.h"
 #include "TidemarUI/State/DayWords.h"
+#include "TidemarUI/State/DisposalText.h"
 #include "TidemarUI/State/Labels.h"
 
 namespace tidemar {
@@ -57,10 +58,6 @@ std::string headingText(const Moment& moment, Date now, const Formats& formats) 
 }
 
 }  // namespace
-
-std::string disposalText(Disposal disposal, const std::string& bin) {
-  return disposal == Disposal::delete_ ? std::string(labels::deletePermanently) : "Move to " + bin;
-}
 
 Date forecastHorizon(Date now, const Calendar& calendar) {
   const auto day = calendar.day(now, forecastDays);

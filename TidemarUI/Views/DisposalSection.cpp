@@ -4,6 +4,7 @@
 #include <QWheelEvent>
 #include <utility>
 
+#include "TidemarUI/State/DisposalText.h"
 #include "TidemarUI/State/FolderDetail.h"
 #include "TidemarUI/State/Labels.h"
 #include "TidemarUI/State/SettingsEdits.h"

@@ -1,5 +1,4 @@
 #include <QDBusMessage>
-#include <optional>
 
 #include <gtest/gtest.h>
 

@@ -109,12 +109,16 @@ TEST(Formats, TakesLocaleAndZoneFromTheEnvironment) {
   const ScopedEnvironment language("LANG", "fr_FR.UTF-8");
   const ScopedEnvironment noTime("LC_TIME", "");
   const ScopedEnvironment nothing("LC_ALL", "");
-  EXPECT_EQ(currentLocaleIdentifier(), "fr_FR.UTF-8");
+  EXPECT_EQ(currentLocaleIdentifier("LC_TIME"), "fr_FR.UTF-8");
   const ScopedEnvironment time("LC_TIME", "de_DE.UTF-8");
   const ScopedEnvironment zone("TZ", "Asia/Tokyo");
+  const ScopedEnvironment numbers("LC_NUMERIC", "en_US.UTF-8");
   EXPECT_EQ(currentFormats().shortDate(utc(2026, 11, 18, 22, 30)), "Do., 19. Nov.");
+  EXPECT_EQ(currentFormats().byteCountText(1'500'000), "1.5 MB");
+  EXPECT_EQ(currentFormats().integerText(3650), "3,650");
+  EXPECT_EQ(currentFormats().integer("3,650"), 3650);
   const ScopedEnvironment all("LC_ALL", "ja_JP.UTF-8");
-  EXPECT_EQ(currentLocaleIdentifier(), "ja_JP.UTF-8");
+  EXPECT_EQ(currentLocaleIdentifier("LC_NUMERIC"), "ja_JP.UTF-8");
 }
 
 TEST(Calendar, CountsMidnightsOfTheWallClock) {

@@ -1,5 +1,4 @@
 #include <array>
-#include <cstdlib>
 #include <limits>
 #include <thread>
 #include <vector>

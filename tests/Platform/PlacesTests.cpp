@@ -107,7 +107,7 @@ TEST(Packages, AreToldByTheEndingOfADirectorysName) {
   EXPECT_EQ(isPackage("c.AppDir"), false) << "a link";
 }
 
-TEST(SystemDirectories, HoldTheUsersAndTheProgramsOwnPlacesByTheirOwnNames) {
+TEST(FixedPlaces, HoldTheUsersAndTheProgramsOwnPlacesByTheirOwnNames) {
   TemporaryDirectory home;
   const ScopedHome scoped(home.url());
   const ScopedEnvironment data("XDG_DATA_HOME", home.path("data"));

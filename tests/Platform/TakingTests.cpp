@@ -14,8 +14,8 @@
 #include <unistd.h>
 
 #include "Platform/Files/Changes/GiveBack.h"
-#include "Platform/Files/Changes/ReadLease.h"
 #include "Platform/Files/Descriptors/FileDescriptor.h"
+#include "Platform/Files/Descriptors/ReadLease.h"
 #include "Platform/Files/DiskFileManager.h"
 #include "support/FailingSystemCall.h"
 #include "support/FileExpectations.h"

@@ -152,13 +152,13 @@ TEST(FinderIntegration, ALinkMakesAFolderTemporaryOnceAndForAll) {
   world.disk.draw("/home/ada/My-Folder/");
   world.disk.tags("/home/ada/My-Folder") = {"Work", "Red"};
   const char* link = "tidemar://folder?path=/home/ada/My%2DFolder";
-  EXPECT_EQ(QCoro::waitFor(world.model->open(link)), FileURL("/home/ada/My-Folder"));
+  EXPECT_EQ(QCoro::waitFor(world.model->followLink(link)), FileURL("/home/ada/My-Folder"));
   EXPECT_EQ(world.disk.tags("/home/ada/My-Folder"), (Lines{"Work", "Red", "Tidemar: Temporary"}));
 
   world.disk.operations().clear();
-  EXPECT_TRUE(QCoro::waitFor(world.model->open(link)));
+  EXPECT_TRUE(QCoro::waitFor(world.model->followLink(link)));
   EXPECT_EQ(world.disk.changes(), Lines{}) << "a Temporary folder is only shown";
-  EXPECT_FALSE(QCoro::waitFor(world.model->open("tidemar://elsewhere?path=/home/ada")));
+  EXPECT_FALSE(QCoro::waitFor(world.model->followLink("tidemar://elsewhere?path=/home/ada")));
   EXPECT_EQ(world.model->reports().size(), 1U);
   EXPECT_TRUE(world.alerts.told.empty());
 }

@@ -65,7 +65,7 @@ class OverlappingWorld : public ModelWorld {
         }
         return;
       case Act::link:
-        return keep(model->open("tidemar://folder?path=/d"));
+        return keep(model->followLink("tidemar://folder?path=/d"));
       case Act::quit:
         return keep(model->finishCommands());
     }

@@ -8,7 +8,6 @@
 #include <sstream>
 #include <stdexcept>
 #include <system_error>
-#include <utility>
 #include <vector>
 
 #include <fcntl.h>

@@ -1,12 +1,10 @@
 #include "Platform/Files/Changes/CopyComparison.h"
 
 #include <algorithm>
-#include <array>
 #include <cerrno>
 #include <climits>
 #include <cstdint>
 #include <cstdlib>
-#include <string_view>
 #include <utility>
 #include <vector>
 

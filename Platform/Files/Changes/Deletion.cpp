@@ -8,8 +8,8 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-#include "Platform/Files/Changes/ReadLease.h"
 #include "Platform/Files/Descriptors/DirectoryOpening.h"
+#include "Platform/Files/Descriptors/ReadLease.h"
 #include "Platform/Files/Descriptors/Rename.h"
 
 namespace tidemar {

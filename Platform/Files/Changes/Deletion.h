@@ -5,9 +5,9 @@
 #include <vector>
 
 #include "Platform/Files/Changes/PrivateDirectory.h"
-#include "Platform/Files/Changes/ReadLease.h"
 #include "Platform/Files/Descriptors/EntryValues.h"
 #include "Platform/Files/Descriptors/FileDescriptor.h"
+#include "Platform/Files/Descriptors/ReadLease.h"
 #include "Platform/Files/ItemState.h"
 #include "Platform/Files/Walk/DirectoryReader.h"
 

@@ -2,10 +2,7 @@
 
 #include <cerrno>
 #include <ctime>
-#include <string_view>
 #include <utility>
-
-#include <unistd.h>
 
 #include "Platform/Files/Changes/GiveBack.h"
 #include "Platform/Files/Descriptors/DescriptorPath.h"

@@ -2,7 +2,6 @@
 
 #include <cerrno>
 #include <climits>
-#include <optional>
 #include <system_error>
 #include <vector>
 

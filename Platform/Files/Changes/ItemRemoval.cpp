@@ -3,8 +3,8 @@
 #include <cerrno>
 
 #include "Platform/Files/Changes/GiveBack.h"
-#include "Platform/Files/Changes/Obstacles.h"
 #include "Platform/Files/OpenFolder.h"
+#include "Platform/Files/Walk/Obstacles.h"
 
 namespace tidemar {
 namespace {

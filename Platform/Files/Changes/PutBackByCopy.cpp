@@ -10,7 +10,6 @@
 #include "Platform/Files/Changes/CopyComparison.h"
 #include "Platform/Files/Changes/CopyItem.h"
 #include "Platform/Files/Changes/LeftCopy.h"
-#include "Platform/Files/Changes/Obstacles.h"
 #include "Platform/Files/Changes/PrivateDirectory.h"
 #include "Platform/Files/Changes/TakenDeletion.h"
 #include "Platform/Files/Descriptors/EntryValues.h"
@@ -18,6 +17,7 @@
 #include "Platform/Files/OpenFolder.h"
 #include "Platform/Files/Trash/TrashPaths.h"
 #include "Platform/Files/Walk/FolderReading.h"
+#include "Platform/Files/Walk/Obstacles.h"
 #include "Platform/Text.h"
 
 namespace tidemar {

@@ -5,9 +5,9 @@
 
 #include "Platform/Files/Changes/Deletion.h"
 #include "Platform/Files/Changes/GiveBack.h"
-#include "Platform/Files/Changes/Obstacles.h"
 #include "Platform/Files/Descriptors/Rename.h"
 #include "Platform/Files/OpenFolder.h"
+#include "Platform/Files/Walk/Obstacles.h"
 
 namespace tidemar {
 

@@ -23,7 +23,7 @@ FileURL pathOfDescriptor(int directory, const FileURL& url, const std::string& o
   return FileURL(std::string(path.data(), static_cast<std::size_t>(size)));
 }
 
-bool leadsTo(const FileURL& path, int directory) noexcept {
+bool leadsTo(const FileURL& path, int directory) {
   EntryValues there{};
   EntryValues opened{};
   return readValuesAt(path.path().c_str(), there) == 0 &&

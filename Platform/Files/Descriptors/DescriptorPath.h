@@ -13,7 +13,7 @@ FileURL pathOfDescriptor(int directory, const FileURL& url, const std::string& o
 
 /// Whether a path leads to this open directory now: not so if it was moved, replaced or deleted, or
 /// if its drive was taken away, after which the kernel's path of it leads anywhere.
-bool leadsTo(const FileURL& path, int directory) noexcept;
+bool leadsTo(const FileURL& path, int directory);
 
 /// The top directory of the mount in which an open directory lies, itself if it is one; opened only
 /// as a place to work from. Throws as above.

@@ -65,7 +65,7 @@ std::expected<FileDescriptor, int> makeFile(int directory, const char* name, std
 /// As above, but written and locked before it has a name, so that a process that is killed leaves
 /// nothing without content. Answers none where the file system has no files without a name.
 std::optional<std::expected<FileDescriptor, int>> makeFileAtOnce(int directory, const char* name,
-                                                                 std::string_view text) noexcept {
+                                                                 std::string_view text) {
   FileDescriptor file(openat(directory, ".", O_WRONLY | O_TMPFILE | O_CLOEXEC, 0600));
   if (!file) return std::nullopt;
   if (const int code = writeAll(file.get(), text); code != 0) return std::unexpected(code);
@@ -172,7 +172,7 @@ std::expected<std::string, int> readTrashRecord(int infoDirectory, const std::st
 }
 
 std::expected<FileDescriptor, int> makeTrashRecord(int infoDirectory, const std::string& name,
-                                                   std::string_view text) noexcept {
+                                                   std::string_view text) {
   const std::string record = recordName(name);
   auto made = makeFileAtOnce(infoDirectory, record.c_str(), text);
   return made ? *std::move(made)
@@ -196,7 +196,7 @@ std::expected<HeldRecord, int> holdTrashRecord(int infoDirectory, const std::str
   return HeldRecord{std::move(file), *std::move(text)};
 }
 
-void removeTrashRecord(int infoDirectory, const std::string& name) noexcept {
+void removeTrashRecord(int infoDirectory, const std::string& name) {
   unlinkat(infoDirectory, recordName(name).c_str(), 0);
 }
 

@@ -34,7 +34,7 @@ std::string directorySizesWithout(std::string_view name, std::string_view sizes)
 /// was left, or an errno value, EEXIST where there is a record of this name. On failure nothing is
 /// left.
 std::expected<FileDescriptor, int> makeTrashRecord(int infoDirectory, const std::string& name,
-                                                   std::string_view text) noexcept;
+                                                   std::string_view text);
 
 /// A record that another run has left, or that belongs to an item which has left the Trash.
 struct HeldRecord {
@@ -51,7 +51,7 @@ std::expected<HeldRecord, int> holdTrashRecord(int infoDirectory, const std::str
 std::expected<std::string, int> readTrashRecord(int infoDirectory, const std::string& name);
 
 /// Deletes the record of an item; none is no failure.
-void removeTrashRecord(int infoDirectory, const std::string& name) noexcept;
+void removeTrashRecord(int infoDirectory, const std::string& name);
 
 /// Takes all that an open Trash knows of an item that has left it: its line in the cache
 /// `directorysizes`, and its record in the open `info` directory as long as that has this text and

@@ -1,12 +1,10 @@
 #include "Platform/Files/Walk/DirectoryReader.h"
 
 #include <cerrno>
-#include <cstring>
 #include <system_error>
 #include <utility>
 
 #include <dirent.h>
-#include <unistd.h>
 
 namespace tidemar {
 namespace {

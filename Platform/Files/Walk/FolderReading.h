@@ -3,12 +3,12 @@
 #include <functional>
 #include <string>
 
-#include "Platform/Files/Changes/Obstacles.h"
 #include "Platform/Files/Descriptors/EntryValues.h"
 #include "Platform/Files/ItemState.h"
 #include "Platform/Files/OpenFolder.h"
 #include "Platform/Files/Walk/DirectoryReader.h"
 #include "Platform/Files/Walk/KeptDirectories.h"
+#include "Platform/Files/Walk/Obstacles.h"
 #include "Platform/Files/Walk/TreeWalk.h"
 
 namespace tidemar {

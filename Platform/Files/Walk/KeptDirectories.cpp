@@ -5,8 +5,8 @@
 
 #include <unistd.h>
 
+#include "Platform/Files/Places/FixedPlaces.h"
 #include "Platform/Files/Places/StandardDirectories.h"
-#include "Platform/Files/Places/SystemDirectories.h"
 
 namespace tidemar {
 bool KeptDirectories::isFixed(const EntryValues& directory, std::string_view name) const {

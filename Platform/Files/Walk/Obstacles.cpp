@@ -1,4 +1,4 @@
-#include "Platform/Files/Changes/Obstacles.h"
+#include "Platform/Files/Walk/Obstacles.h"
 
 #include <cerrno>
 
@@ -6,7 +6,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "Platform/Files/Changes/ReadLease.h"
+#include "Platform/Files/Descriptors/ReadLease.h"
 
 namespace tidemar {
 namespace {

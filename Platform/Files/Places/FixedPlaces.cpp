@@ -1,4 +1,4 @@
-#include "Platform/Files/Places/SystemDirectories.h"
+#include "Platform/Files/Places/FixedPlaces.h"
 
 #include "Platform/Files/Places/StandardDirectories.h"
 #include "Platform/Files/Places/UserDirectories.h"

@@ -1,4 +1,4 @@
-#include "Platform/Files/Changes/ReadLease.h"
+#include "Platform/Files/Descriptors/ReadLease.h"
 
 #include <algorithm>
 #include <array>
