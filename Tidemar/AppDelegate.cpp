@@ -10,6 +10,7 @@
 
 #include "Platform/Desktop/AutostartLoginItem.h"
 #include "Platform/Desktop/DefaultFileManager.h"
+#include "Platform/Desktop/DesktopColorScheme.h"
 #include "Platform/Desktop/DesktopNotificationCenter.h"
 #include "Platform/Desktop/FileManagerExtension.h"
 #include "Platform/Desktop/FileViewer.h"
@@ -32,6 +33,7 @@
 #include "TidemarUI/State/FailureLine.h"
 #include "TidemarUI/State/Labels.h"
 #include "TidemarUI/State/TomorrowNotification.h"
+#include "TidemarUI/Views/AccessibleRoles.h"
 #include "TidemarUI/Views/Icons.h"
 #include "TidemarUI/Views/QuietStyle.h"
 
@@ -83,6 +85,18 @@ UpdateTexts updateTexts() {
           .newVersionHint = std::string(labels::newVersionHint)};
 }
 
+ColorScheme schemeFor(DesktopColorScheme::Preference preference) {
+  switch (preference) {
+    case DesktopColorScheme::Preference::dark:
+      return ColorScheme::dark;
+    case DesktopColorScheme::Preference::light:
+      return ColorScheme::light;
+    case DesktopColorScheme::Preference::none:
+      break;
+  }
+  return ColorScheme::asGiven;
+}
+
 SystemNames systemNames() {
   const std::string fileManager = DefaultFileManager::name();
   return {.fileManager = fileManager.empty() ? "Files" : fileManager, .computer = "computer"};
@@ -101,6 +115,7 @@ struct PlatformServices {
   UserDefaults standardDefaults = UserDefaults::standard();
   UserDefaults sharedDefaults = UserDefaults::shared();
   WakeNotifier wakeNotifier{QDBusConnection::systemBus()};
+  DesktopColorScheme colorScheme{QDBusConnection::sessionBus()};
   PackageUpdates updateService{QDBusConnection::systemBus(), packageOfProgram(currentProgram()),
                                updateTexts(), alerts};
 };
@@ -178,6 +193,10 @@ void AppDelegate::finishLaunching() {
 
 void AppDelegate::makeScreens() {
   adoptQuietStyle();
+  installAccessibleRoles();
+  connect(
+      &_platform->colorScheme, &DesktopColorScheme::told, this,
+      [](DesktopColorScheme::Preference preference) { adoptColorScheme(schemeFor(preference)); });
   qApp->installEventFilter(this);
   _updates = std::make_unique<Updates>(_platform->updateService);
   _windows = std::make_unique<WindowCoordinator>(ScreenContext{
@@ -215,8 +234,9 @@ void AppDelegate::showSubject(const std::string& notification) {
                                        : std::nullopt);
 }
 
-/// Gives the windows their icon when the first of them comes: to find it all icon themes are read,
-/// and a start at login shows no window.
+/// Gives the windows their icon and their colours when the first of them comes: for the one all
+/// icon themes are read, for the other a service may be started, and a start at login shows no
+/// window.
 bool AppDelegate::eventFilter(QObject* object, QEvent* event) {
   if (event->type() == QEvent::Show && object->isWidgetType()) {
     const auto* widget = static_cast<QWidget*>(object);
@@ -224,6 +244,7 @@ bool AppDelegate::eventFilter(QObject* object, QEvent* event) {
     if (widget->isWindow() && !widget->windowFlags().testFlag(Qt::BypassWindowManagerHint)) {
       qApp->removeEventFilter(this);
       QApplication::setWindowIcon(icons::application());
+      _platform->colorScheme.follow();
     }
   }
   return QObject::eventFilter(object, event);

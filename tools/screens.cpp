@@ -25,25 +25,6 @@ namespace {
 constexpr Date now{1'794'787'200};
 constexpr std::int64_t megabyte = 1'000'000;
 
-QPalette makePalette(bool isDark) {
-  const QColor window = isDark ? QColor(0x25, 0x27, 0x2b) : QColor(0xf6, 0xf6, 0xf7);
-  const QColor text = isDark ? QColor(0xec, 0xee, 0xf0) : QColor(0x1d, 0x1f, 0x22);
-  QPalette palette(text, window, window.lighter(110), window.darker(130), window.darker(110), text,
-                   text, isDark ? QColor(0x1e, 0x20, 0x23) : QColor(Qt::white), window);
-  palette.setColor(QPalette::Highlight,
-                   isDark ? QColor(0x5b, 0x9b, 0xff) : QColor(0x1f, 0x6f, 0xeb));
-  palette.setColor(QPalette::HighlightedText,
-                   isDark ? QColor(0x0d, 0x14, 0x20) : QColor(Qt::white));
-  for (const auto role : {QPalette::Text, QPalette::WindowText, QPalette::ButtonText}) {
-    QColor faded = text;
-    faded.setAlphaF(0.42F);
-    palette.setColor(QPalette::Disabled, role, faded);
-  }
-  palette.setColor(QPalette::ToolTipBase, window);
-  palette.setColor(QPalette::ToolTipText, text);
-  return palette;
-}
-
 Item item(const std::string& path, std::int64_t size) {
   return {FileURL(path), now, size};
 }
@@ -267,7 +248,7 @@ int main(int argc, char** argv) {
 
   tidemar::Painter painter(directory);
   for (const bool isDark : {false, true}) {
-    QApplication::setPalette(tidemar::makePalette(isDark));
+    QApplication::setPalette(tidemar::quietPalette(isDark));
     painter.variant = isDark ? QStringLiteral("dark") : QStringLiteral("light");
     tidemar::drawScreens(painter);
     tidemar::drawConfirmation(painter);

@@ -4,6 +4,7 @@
 
 #include "TidemarUI/State/FolderDetail.h"
 #include "TidemarUI/State/Labels.h"
+#include "TidemarUI/Views/AccessibleRoles.h"
 #include "TidemarUI/Views/Closures.h"
 #include "TidemarUI/Views/DisposalSection.h"
 #include "TidemarUI/Views/Icons.h"
@@ -56,6 +57,7 @@ FolderDetailView::FolderDetailView(const Formats& formats, const std::string& bi
 
 QLayout* FolderDetailView::makeHeader(const SystemNames& names) {
   _icon = new QLabel;
+  markAsDecoration(*_icon);
   _name = makeLabel(style::TextSize::folderName, QFont::DemiBold, TextLabel::Tone::primary,
                     TextLabel::Overflow::elideInMiddle);
   _path = makeLabel(style::TextSize::secondary, QFont::Normal, TextLabel::Tone::secondary,
@@ -86,7 +88,6 @@ FormSection* FolderDetailView::makeTemporarySection() {
   explanation->show(labels::temporaryExplanation);
   _temporary = new Switch;
   _temporary->setAccessibleName(textOf(labels::temporary));
-  _temporary->setAccessibleDescription(textOf(labels::temporaryExplanation));
   _temporary->onToggle = [this](bool isOn) { callClosure(onSetTemporary, _folder->id, isOn); };
   title->setBuddy(_temporary);
 
@@ -145,7 +146,10 @@ void FolderDetailView::showFolder(const MainFolder& folder) {
   _path->show(folder.path);
   _temporary->show(folder.isTemporary);
   _temporary->setEnabled(canSetTemporary(folder));
-  _temporarySection->setFooter(temporaryFooter(folder).value_or(std::string_view()));
+  const std::string_view footer = temporaryFooter(folder).value_or(std::string_view());
+  _temporarySection->setFooter(footer);
+  _temporary->setAccessibleDescription(
+      textOf(_temporary->isEnabled() ? labels::temporaryExplanation : footer));
 
   _previewHeadline->show(folder.preview.headline);
   const QString explanation = textOf(nowExplanation(folder.preview));

@@ -7,6 +7,9 @@
 #include <QPalette>
 #include <QStandardPaths>
 #include <array>
+#include <cstdlib>
+#include <optional>
+#include <span>
 #include <utility>
 
 #include "TidemarUI/Views/Style.h"
@@ -36,6 +39,26 @@ QIcon themed(const QString& themeName, const QString& shippedName) {
   return QIcon::hasThemeIcon(themeName) ? QIcon::fromTheme(themeName) : shipped(shippedName);
 }
 
+/// Whether a picture is a drawing in one colour, its soft edges not looked at.
+bool isOneColoured(const QPixmap& picture) {
+  constexpr int opaque = 200;
+  constexpr int tolerance = 16;
+  const QImage image = picture.toImage().convertToFormat(QImage::Format_ARGB32);
+  std::optional<QRgb> first;
+  for (int y = 0; y < image.height(); ++y) {
+    const auto* line = reinterpret_cast<const QRgb*>(image.constScanLine(y));
+    for (const QRgb pixel : std::span(line, static_cast<std::size_t>(image.width()))) {
+      if (qAlpha(pixel) < opaque) continue;
+      if (!first) first = pixel;
+      if (std::abs(qRed(pixel) - qRed(*first)) > tolerance ||
+          std::abs(qGreen(pixel) - qGreen(*first)) > tolerance ||
+          std::abs(qBlue(pixel) - qBlue(*first)) > tolerance)
+        return false;
+    }
+  }
+  return first.has_value();
+}
+
 /// Takes the shape of a picture and fills it with one colour.
 class SymbolEngine : public QIconEngine {
  public:
@@ -56,6 +79,7 @@ class SymbolEngine : public QIconEngine {
 
   QPixmap scaledPixmap(const QSize& size, QIcon::Mode mode, QIcon::State, qreal scale) override {
     QPixmap filled = _shape.pixmap(size, scale);
+    if (!isToBeFilled(filled)) return filled;
     QPainter painter(&filled);
     painter.setCompositionMode(QPainter::CompositionMode_SourceIn);
     painter.fillRect(filled.rect(), color(mode));
@@ -64,6 +88,8 @@ class SymbolEngine : public QIconEngine {
 
   QString iconName() override { return _themeName; }
   bool isNull() override { return _shape.isNull(); }
+
+  virtual bool isToBeFilled(const QPixmap&) const { return true; }
 
  private:
   QColor color(QIcon::Mode mode) const {
@@ -78,6 +104,16 @@ class SymbolEngine : public QIconEngine {
   QIcon _shape;
   QColor _color;  ///< Invalid to follow the palette.
   QString _themeName;
+};
+
+/// A picture in its own colours. Some themes draw small ones in one colour, meant to be filled by
+/// whoever shows them: as they are, they vanish on a dark ground and on a selected row.
+class PictureEngine : public SymbolEngine {
+ public:
+  explicit PictureEngine(QIcon picture) : SymbolEngine(std::move(picture), {}) {}
+
+  QIconEngine* clone() const override { return new PictureEngine(*this); }
+  bool isToBeFilled(const QPixmap& picture) const override { return isOneColoured(picture); }
 };
 
 }  // namespace
@@ -113,14 +149,13 @@ QIcon folder(const std::string& path) {
       std::pair(Place::DesktopLocation, "user-desktop"),
       std::pair(Place::HomeLocation, "user-home"),
   };
-  const QIcon plain = themed(QStringLiteral("folder"), QStringLiteral("folder"));
   for (const auto& [place, name] : places) {
     const QString themeName = QString::fromLatin1(name);
     if (path == QStandardPaths::writableLocation(place).toStdString() &&
         QIcon::hasThemeIcon(themeName))
-      return QIcon::fromTheme(themeName);
+      return QIcon(new PictureEngine(QIcon::fromTheme(themeName)));
   }
-  return plain;
+  return QIcon(new PictureEngine(themed(QStringLiteral("folder"), QStringLiteral("folder"))));
 }
 
 QIcon application() {

@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "TidemarUI/State/Labels.h"
+#include "TidemarUI/Views/AccessibleRoles.h"
 #include "TidemarUI/Views/Closures.h"
 #include "TidemarUI/Views/Icons.h"
 #include "TidemarUI/Views/ReadingOrder.h"
@@ -126,6 +127,7 @@ MenuBarView::MenuBarView(const SystemNames& names, QWidget* parent)
 
 QWidget* MenuBarView::makeWarning(const SystemNames& names) {
   auto* icon = new QLabel;
+  markAsDecoration(*icon);
   icon->setPixmap(icons::symbol(icons::Symbol::warning)
                       .pixmap(QSize(warningIconSize, warningIconSize), devicePixelRatio()));
   auto* text = new TextLabel(style::TextSize::body, QFont::Normal, TextLabel::Tone::primary,

@@ -219,6 +219,33 @@ int QuietStyle::pixelMetric(PixelMetric metric, const QStyleOption* option,
   }
 }
 
+QPalette quietPalette(bool isDark) {
+  const QColor window = isDark ? QColor(0x25, 0x27, 0x2b) : QColor(0xf6, 0xf6, 0xf7);
+  const QColor text = isDark ? QColor(0xec, 0xee, 0xf0) : QColor(0x1d, 0x1f, 0x22);
+  QPalette palette(text, window, window.lighter(110), window.darker(130), window.darker(110), text,
+                   text, isDark ? QColor(0x1e, 0x20, 0x23) : QColor(Qt::white), window);
+  palette.setColor(QPalette::Highlight,
+                   isDark ? QColor(0x5b, 0x9b, 0xff) : QColor(0x1f, 0x6f, 0xeb));
+  palette.setColor(QPalette::HighlightedText,
+                   isDark ? QColor(0x0d, 0x14, 0x20) : QColor(Qt::white));
+  for (const auto role : {QPalette::Text, QPalette::WindowText, QPalette::ButtonText}) {
+    QColor faded = text;
+    faded.setAlphaF(static_cast<float>(style::disabledOpacity));
+    palette.setColor(QPalette::Disabled, role, faded);
+  }
+  palette.setColor(QPalette::ToolTipBase, window);
+  palette.setColor(QPalette::ToolTipText, text);
+  return palette;
+}
+
+void adoptColorScheme(ColorScheme scheme) {
+  static const QPalette given = QApplication::palette();
+  if (dynamic_cast<QuietStyle*>(QApplication::style()) == nullptr) return;
+  const bool isDark = scheme == ColorScheme::dark;
+  const bool isGiven = scheme == ColorScheme::asGiven || isDark == style::isDark(given);
+  QApplication::setPalette(isGiven ? given : quietPalette(isDark));
+}
+
 void adoptQuietStyle() {
   if (QApplication::style()->name().compare(QStringLiteral("fusion"), Qt::CaseInsensitive) == 0)
     QApplication::setStyle(new QuietStyle);

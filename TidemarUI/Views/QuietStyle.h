@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QPalette>
 #include <QProxyStyle>
 
 namespace tidemar {
@@ -35,5 +36,14 @@ class QuietStyle : public QProxyStyle {
 /// Gives the application that style where the desktop left it with Fusion. Call it once, after the
 /// application exists.
 void adoptQuietStyle();
+
+/// The palettes that go with that style.
+QPalette quietPalette(bool isDark);
+
+enum class ColorScheme { asGiven, light, dark };
+
+/// Shows the application in a light or a dark palette where it has that style: the desktop's own
+/// palette where that is of this kind, else the style's. Can be called again at any time.
+void adoptColorScheme(ColorScheme scheme);
 
 }  // namespace tidemar

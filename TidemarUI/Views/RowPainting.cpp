@@ -105,7 +105,7 @@ void paintRow(QPainter& painter, const QRect& rect, const RowContent& content, c
     const QRect place =
         QStyle::alignedRect(direction, Qt::AlignLeft | Qt::AlignVCenter, size, inner);
     content.icon.paint(&painter, place, Qt::AlignCenter,
-                       isSelected && content.isIconSymbolic ? QIcon::Selected : QIcon::Normal);
+                       isSelected ? QIcon::Selected : QIcon::Normal);
     const int taken = content.iconSize + iconGap;
     inner = QStyle::visualRect(direction, inner, inner.adjusted(taken, 0, 0, 0));
   }

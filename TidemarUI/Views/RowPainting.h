@@ -10,9 +10,8 @@ namespace tidemar {
 /// What a row of a list or a menu says. Empty texts take no place.
 struct RowContent {
   QIcon icon = {};
-  int iconSize = 0;             ///< 0 for a row without an icon.
-  bool isIconSymbolic = false;  ///< The icon takes the colour of the texts.
-  QString title = {};           ///< Elided in the middle where it doesn't fit.
+  int iconSize = 0;    ///< 0 for a row without an icon.
+  QString title = {};  ///< Elided in the middle where it doesn't fit.
   bool isTitleStrong = false;
   QString trailing = {};  ///< At the far edge of the first line, never cut.
   QString detail = {};    ///< The second line, in small type; elided in the middle.

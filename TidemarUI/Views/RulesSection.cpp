@@ -37,7 +37,9 @@ RulesSection::RulesSection(const Formats& formats, const std::string& binName,
   _size = addRule(labels::sizeRule, settingsWithSizeRule);
   addNumber(*_size, formats, labels::sizeRule, settingsWithSizeLimit);
   _automatic = addRule(labels::automaticRule, settingsWithAutomatic);
-  _automatic->setToolTip(textOf(automaticTooltip(binName)));
+  const QString needs = textOf(automaticTooltip(binName));
+  _automatic->setToolTip(needs);
+  _automatic->checkBox->setAccessibleDescription(needs);
   _restart = addRule(labels::restartRule(names), settingsWithEmptyOnRestart);
 
   // Numbers stand below one another, and so do their units.

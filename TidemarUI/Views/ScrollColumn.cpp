@@ -1,5 +1,6 @@
 #include "TidemarUI/Views/ScrollColumn.h"
 
+#include <QApplication>
 #include <QScrollBar>
 #include <algorithm>
 
@@ -24,6 +25,13 @@ ScrollColumn::ScrollColumn(int maximumWidth, QWidget* parent)
   // The window's own ground shows through.
   viewport()->setAutoFillBackground(false);
   ground->setAutoFillBackground(false);
+
+  // The toolkit follows the Tab key alone, and not what an assistive tool or a shortcut chooses. A
+  // window that comes forward stays where it was scrolled to.
+  connect(qApp, &QApplication::focusChanged, this, [this](QWidget* before, QWidget* now) {
+    if (before != nullptr && now != nullptr && widget()->isAncestorOf(now))
+      ensureWidgetVisible(now);
+  });
 }
 
 void ScrollColumn::scrollToTop() {

@@ -27,7 +27,6 @@ constexpr int titleBottom = style::grid;
 RowContent contentOf(const SidebarRow& row) {
   return {.icon = row.isFolder() ? icons::folder(row.path) : icons::symbol(icons::Symbol::calendar),
           .iconSize = iconSize,
-          .isIconSymbolic = !row.isFolder(),
           .title = textOf(row.name),
           .detail = textOf(row.detail)};
 }

@@ -8,11 +8,14 @@
 
 #include <gtest/gtest.h>
 
+#include "TidemarUI/State/FolderDetail.h"
 #include "TidemarUI/State/Labels.h"
+#include "TidemarUI/Views/AccessibleRoles.h"
 #include "TidemarUI/Views/MainView.h"
 #include "TidemarUI/Views/MenuBarView.h"
 #include "TidemarUI/Views/SettingsView.h"
 #include "TidemarUI/Views/SetupView.h"
+#include "TidemarUI/Views/Switch.h"
 #include "ViewSamples.h"
 
 namespace tidemar::testing {
@@ -108,6 +111,41 @@ TEST(Accessibility, WhatARowTellsBesideItsTextIsNeverMarkup) {
     EXPECT_TRUE(drawn.toPlainText().contains(name)) << tooltip.toStdString();
     EXPECT_TRUE(widget->accessibleDescription().contains(name));
   }
+}
+
+TEST(Accessibility, AWindowIsOneAndAPictureThatSaysNothingIsNone) {
+  installAccessibleRoles();
+  QWidget window;
+  auto* picture = new QLabel(&window);
+  markAsDecoration(*picture);
+  auto* part = new QWidget(&window);
+  present(window, {100, 100});
+  const auto role = [](QWidget* widget) {
+    return QAccessible::queryAccessibleInterface(widget)->role();
+  };
+  EXPECT_EQ(role(&window), QAccessible::Window);
+  EXPECT_NE(role(part), QAccessible::Window);
+  EXPECT_TRUE(QAccessible::queryAccessibleInterface(picture)->state().invisible);
+}
+
+TEST(Accessibility, WhatTakesTheFocusComesIntoSightAndSaysWhyItIsOff) {
+  MainView main(viewFormats(), "Bin");
+  MainFolder folder = sampleFolder(1);
+  main.setState(shared(sampleState({folder})));
+  main.setSelection(MainSelection::folder(1));
+  present(main, {640, 420});
+  child<Switch>(main, "Temporary")->setFocus();
+  auto* picker = child<QComboBox>(main);
+  picker->setFocus();
+  QApplication::processEvents();
+  EXPECT_EQ(picker->visibleRegion().boundingRect(), picker->rect());
+  auto* automatic = child<QCheckBox>(main, std::string(labels::automaticRule));
+  EXPECT_FALSE(automatic->accessibleDescription().isEmpty());
+  folder.isTemporary = false;
+  folder.isProtectedRoot = true;
+  main.setState(shared(sampleState({folder})));
+  EXPECT_EQ(child<Switch>(main, "Temporary")->accessibleDescription().toStdString(),
+            temporaryFooter(folder));
 }
 
 TEST(Accessibility, AStepSaysWhetherItIsDone) {

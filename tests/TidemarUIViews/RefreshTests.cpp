@@ -15,6 +15,7 @@
 #include "TidemarUI/Views/MainView.h"
 #include "TidemarUI/Views/MenuBarView.h"
 #include "TidemarUI/Views/NumberFieldView.h"
+#include "TidemarUI/Views/QuietStyle.h"
 #include "TidemarUI/Views/Sidebar.h"
 #include "ViewSamples.h"
 
@@ -176,6 +177,21 @@ TEST(Refresh, AFoldersPictureIsRenderedOnceForAllPages) {
     return icons::folder(path).pixmap(QSize(32, 32)).cacheKey();
   };
   EXPECT_EQ(rendered("/first"), rendered("/second"));
+}
+
+TEST(Refresh, TheColoursFollowTheDesktopsAndGoBackToTheGivenOnes) {
+  const QPalette given = QApplication::palette();
+  adoptColorScheme(ColorScheme::dark);
+  EXPECT_EQ(QApplication::palette(), given) << "another style has colours of its own";
+  const QString name = QApplication::style()->name();
+  QApplication::setStyle(new QuietStyle);
+  for (const auto scheme : {ColorScheme::dark, ColorScheme::light, ColorScheme::dark}) {
+    adoptColorScheme(scheme);
+    EXPECT_EQ(style::isDark(QApplication::palette()), scheme == ColorScheme::dark);
+  }
+  adoptColorScheme(ColorScheme::asGiven);
+  EXPECT_EQ(QApplication::palette().color(QPalette::Window), given.color(QPalette::Window));
+  QApplication::setStyle(name);
 }
 
 TEST(Refresh, AThousandFoldersAreWalkedThroughThoughFewHaveARow) {
