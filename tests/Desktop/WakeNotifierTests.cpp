@@ -41,6 +41,7 @@ TEST_F(WakeNotifierTest, CountsTheWakesThatLogindTells) {
     WakeNotifier notifier(ours);
     int wakes = 0;
     QObject::connect(&notifier, &WakeNotifier::didWake, [&wakes] { ++wakes; });
+    settle(ours, logind);  // The bus knows by then what the notifier listens for.
     for (const bool isAboutToSleep : row.isAboutToSleep) {
       QDBusMessage signal = QDBusMessage::createSignal(
           u"/org/freedesktop/login1"_s, u"org.freedesktop.login1.Manager"_s, u"PrepareForSleep"_s);

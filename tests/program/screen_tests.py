@@ -97,7 +97,7 @@ class ScreenTest(unittest.TestCase):
         button was pressed, and takes the keyboard until then; the list's items are there even while it is closed."""
         question = ("label", "Delete cleared items permanently?")
         self.wait_for(lambda: not self.look(*question), "the question is gone")
-        self.find("filler", "Tidemar", Atspi.StateType.ACTIVE)
+        self.find("frame", "Tidemar", Atspi.StateType.ACTIVE)
         self.press("combo box", "Move to Bin")
         self.find("combo box", "Move to Bin", Atspi.StateType.EXPANDED)
         self.type_keys("Down", "Return")
