@@ -36,6 +36,7 @@
 #include "TidemarUI/Views/AccessibleRoles.h"
 #include "TidemarUI/Views/Icons.h"
 #include "TidemarUI/Views/QuietStyle.h"
+#include "TidemarUI/Views/TextLabel.h"
 
 namespace tidemar {
 namespace {
@@ -108,7 +109,8 @@ SystemNames systemNames() {
 struct PlatformServices {
   WaitingPool executor;
   DiskFileManager fileManager;
-  DesktopNotificationCenter notifications{QDBusConnection::sessionBus()};
+  DesktopNotificationCenter notifications{QDBusConnection::sessionBus(),
+                                          textOf(labels::openTidemar)};
   AutostartLoginItem loginItem{currentProgram()};
   ModalAlerts alerts;
   FileManagerExtension finderExtension{extensionTexts(), alerts};
@@ -266,7 +268,7 @@ QCoro::Task<void> AppDelegate::quit() {
 
 QCoro::Task<void> AppDelegate::open(std::string url) {
   if (const std::optional<FileURL> folder = co_await _appModel->followLink(std::move(url)))
-    _windows->showMain(*folder, MainWindowState::Cause::link);
+    _windows->showMain(folder, MainWindowState::Cause::link);
 }
 
 }  // namespace tidemar

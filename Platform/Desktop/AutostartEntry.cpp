@@ -17,10 +17,15 @@ std::string argument(std::string_view path) {
   return path.find_first_of(reserved) == path.npos ? keyFileEscaped(path) : desktopExecQuoted(path);
 }
 
+bool hides(const KeyFile::Entry& entry) {
+  return entry.key == "Hidden" && entry.value == "true";
+}
+
 /// Whether a pair of key and value is a switch of a desktop's settings, and set to off. GNOME and
 /// what came of it, and MATE, have keys of their own; the others use the standard one.
-bool switchesOff(std::string_view key, std::string_view value) {
-  if (key == "Hidden") return value == "true";
+bool switchesOff(const KeyFile::Entry& entry) {
+  const auto& [key, value] = entry;
+  if (hides(entry)) return true;
   return (key == "X-GNOME-Autostart-enabled" || key == "X-MATE-Autostart-enabled") &&
          value == "false";
 }
@@ -53,18 +58,15 @@ std::string text(const FileURL& program) {
 }
 
 bool isHidden(std::string_view text) {
-  const auto entries = KeyFile::entriesOfGroup(text, "Desktop Entry");
-  return std::ranges::any_of(entries, [](const KeyFile::Entry& entry) {
-    return entry.key == "Hidden" && entry.value == "true";
-  });
+  return std::ranges::any_of(KeyFile::entriesOfGroup(text, "Desktop Entry"), hides);
 }
 
 LoginItem::Status status(std::string_view text) {
   bool startsSomething = false;
   bool isSwitchedOff = false;
-  for (const auto& [key, value] : KeyFile::entriesOfGroup(text, "Desktop Entry")) {
-    if (key == "Exec" && !value.empty()) startsSomething = true;
-    if (switchesOff(key, value)) isSwitchedOff = true;
+  for (const KeyFile::Entry& entry : KeyFile::entriesOfGroup(text, "Desktop Entry")) {
+    if (entry.key == "Exec" && !entry.value.empty()) startsSomething = true;
+    if (switchesOff(entry)) isSwitchedOff = true;
   }
   if (isSwitchedOff) return LoginItem::Status::requiresApproval;
   return startsSomething ? LoginItem::Status::enabled : LoginItem::Status::off;

@@ -45,12 +45,8 @@ QString escaped(QString text) {
 
 enum class Urgency : uchar { low = 0, normal = 1 };
 
-/// What a click on the whole of a notification invokes; its label is shown by few.
+/// What a click on the whole of a notification invokes.
 const QString clickAction = QStringLiteral("default");
-
-QStringList defaultAction() {
-  return {clickAction, QStringLiteral("Open Tidemar")};
-}
 
 /// What is given to "Notify". An id of 0 replaces nothing.
 QVariantList quietNotification(quint32 replacedID, const QString& title, const QString& body,
@@ -72,9 +68,10 @@ QVariantList quietNotification(quint32 replacedID, const QString& title, const Q
 
 }  // namespace
 
-DesktopNotificationCenter::DesktopNotificationCenter(QDBusConnection bus,
+DesktopNotificationCenter::DesktopNotificationCenter(QDBusConnection bus, QString clickLabel,
                                                      std::chrono::milliseconds patience)
     : _bus(std::move(bus)),
+      _clickLabel(std::move(clickLabel)),
       _patience(patience),
       _watcher(serviceName, _bus, QDBusServiceWatcher::WatchForOwnerChange) {
   connect(&_watcher, &QDBusServiceWatcher::serviceOwnerChanged, this,
@@ -117,7 +114,7 @@ QCoro::Task<void> DesktopNotificationCenter::add(std::string identifier, std::st
   const QString text = QString::fromStdString(body);
   const QVariantList notification = quietNotification(
       replaced, QString::fromStdString(title), server.readsMarkup ? escaped(text) : text,
-      server.knowsClicks ? defaultAction() : QStringList(),
+      server.knowsClicks ? QStringList{clickAction, _clickLabel} : QStringList(),
       keepsLow ? Urgency::low : Urgency::normal);
   const QDBusPendingCall pending = call(server.uniqueName, QStringLiteral("Notify"), notification);
   const QDBusPendingReply<quint32> reply = co_await pending;

@@ -20,9 +20,10 @@ namespace tidemar {
 class DesktopNotificationCenter : public QObject, public NotificationCenter {
   Q_OBJECT
  public:
-  /// `patience` is how long one answer may take.
-  explicit DesktopNotificationCenter(QDBusConnection bus,
-                                     std::chrono::milliseconds patience = std::chrono::seconds(5));
+  /// `clickLabel` says what a click does, which few servers show; `patience` is how long one answer
+  /// may take.
+  DesktopNotificationCenter(QDBusConnection bus, QString clickLabel,
+                            std::chrono::milliseconds patience = std::chrono::seconds(5));
 
   QCoro::Task<bool> isAuthorized() override;
 
@@ -58,6 +59,7 @@ class DesktopNotificationCenter : public QObject, public NotificationCenter {
                         const QVariantList& arguments) const;
 
   QDBusConnection _bus;
+  QString _clickLabel;
   std::chrono::milliseconds _patience;
   QDBusServiceWatcher _watcher;
   QString _server;                            ///< Gave the ids below.

@@ -83,7 +83,7 @@ QCoro::Task<AppModel::NumberedSnapshot> AppModel::readAndPublish(
     const bool isNext = since && *number == since->number + 1;
     return sharedDetached(services.executor,
                           readSnapshot(*engine, services.fileManager, services.currentDate,
-                                       isNext ? since->untouched : RecentReports(), left));
+                                       isNext ? since->untouched : RecentReports(), *left));
   };
   std::shared_ptr<const Snapshot> snapshot;
   try {

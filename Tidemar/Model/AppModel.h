@@ -147,7 +147,9 @@ class AppModel : public QObject {
   QCoro::Task<void> serveRefreshes();
   QCoro::Task<void> clearFolders();
   QCoro::Task<Cleared> clear(std::int64_t folderID, Date now);
-  QCoro::Task<void> passOver(Folder seen, Date now);
+  QCoro::Task<Cleared> passOver(Folder seen, Date now);
+  template <class Work>
+  QCoro::Task<Cleared> treat(std::int64_t folderID, Work work);
   bool isClockTrusted(Date now, const std::vector<FolderReport>& reports);
   void letCommandsFoldersGo();
   void showFailure(const std::string& action, const std::exception_ptr& error);
@@ -189,7 +191,8 @@ class AppModel : public QObject {
   std::shared_ptr<std::atomic<std::uint64_t>> _lastReading =
       std::make_shared<std::atomic<std::uint64_t>>(0);
   std::uint64_t _shownReading = 0;  ///< That of the snapshot.
-  LeftItems _leftItems;             ///< Of the last cycle that cleared.
+  /// Of the last cycle that cleared.
+  std::shared_ptr<const LeftItems> _leftItems = std::make_shared<LeftItems>();
 
   std::shared_ptr<Occurrence> _askedReading;  ///< Done for all who asked; none if nobody has.
   bool _isServingRefreshes = false;

@@ -1,7 +1,7 @@
+#include <QScopedValueRollback>
 #include <algorithm>
 #include <chrono>
 #include <span>
-#include <variant>
 
 #include "Tidemar/Model/AppModel.h"
 #include "Tidemar/Model/ApplicationLog.h"
@@ -9,18 +9,6 @@
 
 namespace tidemar {
 namespace {
-
-/// Sets a flag as long as it lives.
-class Raised {
- public:
-  explicit Raised(bool& flag) : _flag(flag) { _flag = true; }
-  ~Raised() { _flag = false; }
-  Raised(const Raised&) = delete;
-  Raised& operator=(const Raised&) = delete;
-
- private:
-  bool& _flag;
-};
 
 /// The first of them: they are kept as long as the folder stands, and nobody reads a million.
 std::vector<LeftItem> leftItems(const std::vector<RemovalFailure>& failures) {
@@ -48,7 +36,7 @@ void AppModel::startSchedule() {
 
 QCoro::Task<void> AppModel::runBackgroundCycle() {
   if (_isRunning) co_return;
-  const Raised running(_isRunning);
+  const QScopedValueRollback running(_isRunning, true);
   try {
     co_await clearFolders();
   } catch (...) {
@@ -67,7 +55,7 @@ QCoro::Task<void> AppModel::clearFolders() {
   const auto since = std::make_shared<SinceReading>();
   since->number = read.number;
   if (isClockTrusted(now, listed->reports)) {
-    LeftItems leftItems;
+    const auto left = std::make_shared<LeftItems>();
     for (const FolderReport& report : listed->reports) {
       // One that couldn't be read may or may not have been Temporary.
       if (!report.folder.id || !report.status) continue;
@@ -75,58 +63,62 @@ QCoro::Task<void> AppModel::clearFolders() {
         Cleared cleared = co_await clear(*report.folder.id, now);
         if (cleared.untouched)
           since->untouched.emplace(*report.folder.id, std::move(cleared.untouched));
-        if (!cleared.left.empty()) leftItems.emplace(*report.folder.id, std::move(cleared.left));
+        if (!cleared.left.empty()) left->emplace(*report.folder.id, std::move(cleared.left));
       } else {
         co_await passOver(report.folder, now);
       }
     }
-    _leftItems = std::move(leftItems);
+    _leftItems = left;
   }
   co_await readAndPublish(since);
   co_await notifyTomorrow(now);
 }
 
 QCoro::Task<AppModel::Cleared> AppModel::clear(std::int64_t folderID, Date now) {
-  const auto run = [engine = _engine, gate = _runGate, &executor = _services.executor, folderID,
-                    now] {
-    RunResult result = engine->run(folderID, now, *gate);
-    if (!result.failures.empty()) {
-      applicationLog().log(LogLevel::error, "Run of folder %lld left %ld items that were to go",
-                           folderID, result.failures.size());
+  return treat(
+      folderID, [engine = _engine, gate = _runGate, &executor = _services.executor, folderID, now] {
+        RunResult result = engine->run(folderID, now, *gate);
+        if (!result.failures.empty()) {
+          applicationLog().log(LogLevel::error, "Run of folder %lld left %ld items that were to go",
+                               folderID, result.failures.size());
+        }
+        Cleared cleared;
+        cleared.left = leftItems(result.failures);
+        if (result.untouched)
+          cleared.untouched = sharedDetached(executor, *std::move(result.untouched));
+        return cleared;
+      });
+}
+
+/// What a run does to a folder that isn't Temporary; one that is by now waits for the next cycle.
+QCoro::Task<AppModel::Cleared> AppModel::passOver(Folder seen, Date now) {
+  return treat(*seen.id, [engine = _engine, seen, now] {
+    engine->store().change(seen.id, [&](Folder& row) {
+      if (row.lastRunAt == seen.lastRunAt) row.lastRunAt = now;
+    });
+    return Cleared();
+  });
+}
+
+/// A cycle's work on one folder, of which every failure is logged. One that was removed meanwhile
+/// has nothing to be cleared, and isn't missed.
+template <class Work>
+QCoro::Task<AppModel::Cleared> AppModel::treat(std::int64_t folderID, Work work) {
+  const auto unlessRemoved = [engine = _engine, folderID, work] {
+    try {
+      return work();
+    } catch (...) {
+      if (!engine->store().folder(folderID)) return Cleared();
+      throw;
     }
-    Cleared cleared;
-    cleared.left = leftItems(result.failures);
-    if (result.untouched)
-      cleared.untouched = sharedDetached(executor, *std::move(result.untouched));
-    return cleared;
   };
   try {
-    co_return co_await detached(_services.executor, run);
-  } catch (const EngineFailure& failure) {
-    // One that was removed meanwhile has nothing to clear.
-    if (!std::holds_alternative<EngineFailure::FolderNotFound>(failure.failure()))
-      applicationLog().log(LogLevel::error, "Run of folder %lld failed: %{public}s", folderID,
-                           textForLog(std::current_exception()));
+    co_return co_await detached(_services.executor, unlessRemoved);
   } catch (...) {
     applicationLog().log(LogLevel::error, "Run of folder %lld failed: %{public}s", folderID,
                          textForLog(std::current_exception()));
   }
   co_return Cleared();
-}
-
-/// What a run does to a folder that isn't Temporary; one that is by now waits for the next cycle.
-QCoro::Task<void> AppModel::passOver(Folder seen, Date now) {
-  const auto pass = [engine = _engine, seen, now] {
-    engine->store().change(seen.id, [&](Folder& row) {
-      if (row.lastRunAt == seen.lastRunAt) row.lastRunAt = now;
-    });
-  };
-  try {
-    co_await detached(_services.executor, pass);
-  } catch (...) {
-    applicationLog().log(LogLevel::error, "Run of folder %lld failed: %{public}s", *seen.id,
-                         textForLog(std::current_exception()));
-  }
 }
 
 /// What commands made known or Temporary before now may be cleared; what those under way make so

@@ -39,7 +39,7 @@ class NotificationCenterTest : public BusTest {
 
   void SetUp() override {
     BusTest::SetUp();
-    if (bus) center.emplace(bus->connect());
+    if (bus) center.emplace(bus->connect(), u"Open it"_s);
   }
 
   /// A server with these capabilities, whose ids begin at 7.
@@ -125,7 +125,7 @@ TEST_F(NotificationCenterTest, AClickTellsTheIdentifierOfWhatWasClicked) {
   startServer({u"body"_s, u"actions"_s});
   ASSERT_EQ(add("tomorrow.1"), "");
   ASSERT_EQ(add("tomorrow.2"), "");
-  EXPECT_EQ(shown.back()[5].toStringList().value(0), u"default"_s);
+  EXPECT_EQ(shown.back()[5].toStringList(), (QStringList{u"default"_s, u"Open it"_s}));
   std::vector<std::string> clicks;
   QEventLoop untilTheLast;
   QObject::connect(&*center, &DesktopNotificationCenter::clicked, &untilTheLast,
@@ -188,7 +188,7 @@ TEST_F(NotificationCenterTest, WhatKeepsItBackIsToldAndHoldsNothingUp) {
 
   // The main thread goes on while a server doesn't answer.
   manner = Manner::isSilent;
-  center.emplace(bus->connect(), 100ms);
+  center.emplace(bus->connect(), QString(), 100ms);
   int turns = 0;
   QTimer timer;
   QObject::connect(&timer, &QTimer::timeout, &timer, [&turns] { ++turns; });
@@ -199,7 +199,7 @@ TEST_F(NotificationCenterTest, WhatKeepsItBackIsToldAndHoldsNothingUp) {
 
   server.reset();
   EXPECT_EQ(add("tomorrow.1"), missing);
-  center.emplace(QDBusConnection(u"there is no such connection"_s));
+  center.emplace(QDBusConnection(u"there is no such connection"_s), QString());
   EXPECT_FALSE(isAuthorized());
   EXPECT_EQ(add("tomorrow.1"), "There is no session bus to send notifications over.");
 }

@@ -102,27 +102,24 @@ struct SampleMainView : MainView {
   SampleMainView() : MainView(viewFormats(), "Bin") {}
 };
 
+/// Has each of these closures destroy the view.
+template <class... Closures>
+void letEach(const Destroyer& destroyer, Closures&... closures) {
+  ((closures = destroyer), ...);
+}
+
 /// Shows the page of a folder.
 void prepare(MainView& view, const Destroyer& destroyer) {
-  view.onSelect = destroyer;
-  view.onAddFolder = destroyer;
-  view.onRemoveFolder = destroyer;
-  view.onSetTemporary = destroyer;
-  view.onChangeSettings = destroyer;
-  view.onPutBack = destroyer;
-  view.onShowInFinder = destroyer;
+  letEach(destroyer, view.onSelect, view.onAddFolder, view.onRemoveFolder, view.onSetTemporary,
+          view.onChangeSettings, view.onPutBack, view.onShowInFinder);
   view.setState(shared(sampleState({sampleFolder(1), sampleFolder(2)})));
   view.setSelection(MainSelection::folder(1));
   present(view, {820, 900});
 }
 
 void prepare(MenuBarView& view, const Destroyer& destroyer) {
-  view.onTurnOnFinderExtension = destroyer;
-  view.onSelectFolder = destroyer;
-  view.onUndo = destroyer;
-  view.onShowInFinder = destroyer;
-  view.onOpen = destroyer;
-  view.onQuit = destroyer;
+  letEach(destroyer, view.onTurnOnFinderExtension, view.onSelectFolder, view.onUndo,
+          view.onShowInFinder, view.onOpen, view.onQuit);
   MenuBarState state = sampleState({sampleFolder(1)}).overview;
   state.isFinderExtensionOff = true;
   view.setState(shared(state));
@@ -130,19 +127,15 @@ void prepare(MenuBarView& view, const Destroyer& destroyer) {
 }
 
 void prepare(SettingsView& view, const Destroyer& destroyer) {
-  view.onToggleOpenAtLogin = destroyer;
-  view.onToggleShowInMenuBar = destroyer;
-  view.onOpenLoginItemsSettings = destroyer;
-  view.onOpenSetup = destroyer;
+  letEach(destroyer, view.onToggleOpenAtLogin, view.onToggleShowInMenuBar,
+          view.onOpenLoginItemsSettings, view.onOpenSetup);
   view.setState({.openAtLoginRequiresApproval = true});
   present(view, {420, 400});
 }
 
 void prepare(SetupView& view, const Destroyer& destroyer) {
-  view.onOpenExtensionManagement = destroyer;
-  view.onToggleOpenAtLogin = destroyer;
-  view.onOpenLoginItemsSettings = destroyer;
-  view.onRequestNotifications = destroyer;
+  letEach(destroyer, view.onOpenExtensionManagement, view.onToggleOpenAtLogin,
+          view.onOpenLoginItemsSettings, view.onRequestNotifications);
   present(view, {420, 500});
 }
 
