@@ -73,7 +73,7 @@ class SwapWorld(World):
     def problems_after_swap(self, result, swap, operation):
         name = os.path.basename(swap.decoy)
         with as_user():
-            swap.undo()
+            swap.undo_for_good()
             self.follow_again()
         self.start_again()
         if swap.method == "exchange" and name in TRASH or operation == "put-back" and name in ("file", "tree"):

@@ -51,20 +51,24 @@ class Swap:
             self._moved = contents(self.refuge)
 
     def undo(self):
+        """What a removal has taken just now to look at it isn't there for the moment: a later call finds it."""
         if not self.is_done:
             return
-        self.is_done = False
-        try:
-            if not self.may_change:
-                self.problems += differences(f"moved away, {self.name}", self._moved, contents(self.refuge))
+        if not self.may_change:
+            self.problems += differences(f"moved away, {self.name}", self._moved, contents(self.refuge))
+        with contextlib.suppress(FileNotFoundError):
             if self.method == "exchange":
                 self._exchange()
             else:
                 os.readlink(self.name, dir_fd=self.directory)
                 os.unlink(self.name, dir_fd=self.directory)
                 os.rename(os.path.basename(self.refuge), self.name, src_dir_fd=self.decoys, dst_dir_fd=self.directory)
-        except OSError as error:
-            self.problems.append(f"what was put in the place of {self.name} isn't there any more: {error}")
+            self.is_done = False
+
+    def undo_for_good(self):
+        self.undo()
+        if self.is_done:
+            self.problems.append(f"what was put in the place of {self.name} isn't there any more")
 
     def exchange_until(self, is_over, generator):
         """Now and then pauses, the other way round or not; ends as it began, as far as both are still there."""
