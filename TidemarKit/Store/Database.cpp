@@ -133,7 +133,10 @@ void Database::requireWritableFile() {
   if (code == SQLITE_OK) return;
   int systemCode = 0;
   sqlite3_file_control(_connection.get(), "main", SQLITE_FCNTL_LAST_ERRNO, &systemCode);
-  throw failure("write to", _path, code, std::generic_category().message(systemCode));
+  // Of a full disk SQLite drops the system's word, since its own says it.
+  throw failure("write to", _path, code,
+                systemCode == 0 ? sqlite3_errstr(code)
+                                : std::generic_category().message(systemCode));
 }
 
 Statement Database::statement(std::string_view sql) {

@@ -28,6 +28,7 @@ inline std::optional<int> databaseCodeOf(const std::function<void()>& call) {
     return std::nullopt;
   } catch (const DatabaseError& error) {
     EXPECT_TRUE(std::string_view(error.what()).starts_with("Couldn't ")) << error.what();
+    EXPECT_FALSE(std::string_view(error.what()).contains("Success")) << error.what();
     return error.code() & 0xff;
   }
 }
