@@ -110,8 +110,8 @@ class ScreenTest(unittest.TestCase):
         self.wait_for(lambda: self.rule(column) == value, f"{column} is {value}")
 
     def set_number(self, name, number):
-        """Types a number as a user does and leaves the field."""
-        self.find("spin button", name).grab_focus()
+        """Types a number as a user does, once its rule is seen to be on, and leaves the field."""
+        self.find("spin button", name, Atspi.StateType.ENABLED).grab_focus()
         self.find("spin button", name, Atspi.StateType.FOCUSED)
         self.type_keys("ctrl+a")
         subprocess.run(["xdotool", "type", str(number)], env=SESSION.environment, check=True)
