@@ -110,6 +110,27 @@ QCoro::Task<AppModel::NumberedSnapshot> AppModel::readAndPublish(
   co_return {snapshot, *number};
 }
 
+/// Shows a folder's new rules before its disk is read by them, which can take long. No reading that
+/// began before them is shown after that.
+QCoro::Task<void> AppModel::showPresentRules(std::int64_t folderID) {
+  const std::shared_ptr<const Snapshot> shown = _snapshot;
+  const auto number = std::make_shared<std::uint64_t>(0);
+  const auto change = [engine = _engine, &executor = _services.executor, last = _lastReading,
+                       number, shown, folderID] {
+    *number = ++*last;
+    return sharedDetached(executor, withPresentRules(*shown, *engine, folderID));
+  };
+  try {
+    const auto changed = co_await detached(_services.executor, change);
+    if (_snapshot != shown) co_return;
+    _shownReading = *number;
+    _snapshot = changed;
+    emit reportsChanged();
+  } catch (...) {
+    // The reading that follows meets the same failure and logs it.
+  }
+}
+
 void AppModel::refreshSystemState() {
   publish(_isFinderExtensionOff, !_services.finderExtension.isEnabled(),
           &AppModel::systemStateChanged);

@@ -145,6 +145,7 @@ class AppModel : public QObject {
 
   QCoro::Task<NumberedSnapshot> readAndPublish(std::shared_ptr<const SinceReading> since = nullptr);
   QCoro::Task<void> serveRefreshes();
+  QCoro::Task<void> showPresentRules(std::int64_t folderID);
   QCoro::Task<void> clearFolders();
   QCoro::Task<Cleared> clear(std::int64_t folderID, Date now);
   QCoro::Task<Cleared> passOver(Folder seen, Date now);

@@ -87,8 +87,11 @@ QCoro::Task<void> AppModel::changeSettings(std::int64_t folderID, TemporarySetti
                          number = _edits->add(folderID, shown, wanted)] {
       edits->write(engine->store(), number);
     };
-    if (const Caught caught = co_await carryOut(change))
+    if (const Caught caught = co_await carryOut(change)) {
       showFailure(changingSettings(), caught.error);
+    } else {
+      co_await showPresentRules(folderID);
+    }
   }
   co_await refreshReports();
 }

@@ -63,6 +63,20 @@ Snapshot readSnapshot(Engine& engine, const FileManager& fileManager,
   return snapshot;
 }
 
+Snapshot withPresentRules(const Snapshot& shown, const Engine& engine, std::int64_t folderID) {
+  Snapshot snapshot = shown;
+  const std::optional<Folder> row = engine.store().folder(folderID);
+  for (FolderReport& report : snapshot.reports) {
+    if (!row || report.folder.id != folderID) continue;
+    report.folder.settings = row->settings;
+    if (!report.status) continue;
+    const FolderStatus& read = *report.status;
+    report.status = plannedStatus(read.url, {read.isTagged, read.isProtectedRoot, read.items},
+                                  row->settings, read.conditions);
+  }
+  return snapshot;
+}
+
 bool isTemporary(const FolderReport& report) noexcept {
   return report.status && report.status->isTagged;
 }

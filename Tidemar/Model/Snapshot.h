@@ -36,6 +36,10 @@ Snapshot readSnapshot(Engine& engine, const FileManager& fileManager,
                       const std::function<Date()>& currentDate, const RecentReports& recent,
                       const LeftItems& left);
 
+/// The same with one folder's rules as its row has them now, and what they take of what was read of
+/// it. Reads no disk but the database's; throws where that can't be read. Any thread.
+Snapshot withPresentRules(const Snapshot& shown, const Engine& engine, std::int64_t folderID);
+
 /// Whether a report's folder carries the tag, as far as is known.
 bool isTemporary(const FolderReport& report) noexcept;
 

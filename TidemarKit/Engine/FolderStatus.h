@@ -4,9 +4,11 @@
 #include <vector>
 
 #include "TidemarCore/FileURL.h"
+#include "TidemarCore/FolderSnapshot.h"
 #include "TidemarCore/Forecast.h"
 #include "TidemarCore/Item.h"
 #include "TidemarCore/RemovalPlanning.h"
+#include "TidemarCore/TemporarySettings.h"
 
 namespace tidemar {
 
@@ -18,11 +20,16 @@ struct FolderStatus {
   ItemList items;                  ///< In listing order.
   std::vector<Removal> dueNow;     ///< What goes now, oldest first.
   std::vector<Upcoming> upcoming;  ///< What the age rule will take, earliest first.
+  RunConditions conditions;        ///< Under which it was planned.
 
   /// Bytes of all items; held at the end of the 64-bit range.
   std::int64_t totalSize() const noexcept;
 
   friend bool operator==(const FolderStatus&, const FolderStatus&) = default;
 };
+
+/// What these rules take of what was read of a folder at that place. Pure, and never fails.
+FolderStatus plannedStatus(FileURL url, FolderSnapshot snapshot, const TemporarySettings& settings,
+                           const RunConditions& conditions);
 
 }  // namespace tidemar

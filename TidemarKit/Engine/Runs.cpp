@@ -87,13 +87,8 @@ Engine::Reading Engine::read(std::int64_t folderID, Date now) {
   const RunConditions conditions{now, capacity.available, capacity.total,
                                  System::bootTime(_fileManager), folder.lastRunAt};
 
-  FolderStatus status;
-  status.url = place->url();
-  status.isTagged = isTagged;
-  status.isProtectedRoot = isProtectedRoot;
-  status.dueNow = removalsDueNow(snapshot, folder.settings, conditions);
-  status.upcoming = upcomingRemovals(snapshot, folder.settings);
-  status.items = std::move(snapshot.items);
+  FolderStatus status =
+      plannedStatus(place->url(), std::move(snapshot), folder.settings, conditions);
   return {std::move(folder), std::move(place), std::move(status)};
 }
 

@@ -58,6 +58,21 @@ TEST(FolderCommands, NewSettingsKeepWhatARunWroteMeanwhile) {
   EXPECT_EQ(world.model->reports().at(0).folder.lastRunAt, Date{ModelWorld::start + 100});
 }
 
+TEST(FolderCommands, NewRulesAreShownBeforeTheirFoldersDiskIsAsked) {
+  ModelWorld world;
+  world.makeTemporary("/f", {"a" + ModelWorld::aged(10)});
+  std::vector<FolderReport> shown;
+  world.disk.before("list /f", [&] { shown = world.model->reports(); });
+  TemporarySettings settings;
+  settings.maxAgeDays = 7;
+  QCoro::waitFor(
+      world.model->changeSettings(*world.model->reports().at(0).folder.id, {}, settings));
+  ASSERT_EQ(shown.size(), 1U);
+  EXPECT_EQ(shown[0].folder.settings, settings);
+  EXPECT_EQ(shown[0].status->dueNow.size(), 1U);
+  EXPECT_EQ(shown, world.model->reports());
+}
+
 TEST(FolderCommands, OnlyTheFirstTemporaryFolderAsksForPermission) {
   ModelWorld world;
   world.makeTemporary("/a");
