@@ -7,10 +7,19 @@
 #include "TidemarUI/Views/TextLabel.h"
 
 namespace tidemar {
+namespace {
 
-MenuBarExtra::MenuBarExtra(WindowCoordinator& windows) : _windows(windows) {
-  _menu.addAction(textOf(labels::openTidemar), this, [this] { _windows.showMain(); });
-  _menu.addAction(textOf(labels::quitTidemar), this, [this] { _windows.context().quit(); });
+/// There the icon's menu stands in for the popover, and on Wayland a window that may not say where
+/// it stands comes up in the corner that is farthest from the icon.
+bool isGnome() {
+  return qEnvironmentVariable("XDG_CURRENT_DESKTOP")
+      .split(u':')
+      .contains(QStringLiteral("GNOME"), Qt::CaseInsensitive);
+}
+
+}  // namespace
+
+MenuBarExtra::MenuBarExtra(WindowCoordinator& windows) : _windows(windows), _menu(windows) {
   connect(&_host, &TrayHost::becameAvailable, this, &MenuBarExtra::follow);
   connect(&windows, &WindowCoordinator::showInMenuBarChanged, this, &MenuBarExtra::follow);
   follow();
@@ -24,6 +33,7 @@ void MenuBarExtra::follow() {
   if (isWanted && !_icon) {
     makeIcon();
   } else if (!isWanted) {
+    _ground.reset();
     _icon.reset();
     _popover.reset();
   }
@@ -38,9 +48,17 @@ void MenuBarExtra::makeIcon() {
             if (reason == QSystemTrayIcon::Trigger) togglePopover();
           });
   _icon->show();
+  _ground = std::make_unique<PanelGround>(*_icon);
+  connect(_ground.get(), &PanelGround::told, this, [this](bool isDark) {
+    _icon->setIcon(icons::menuBar(isDark ? icons::Ground::dark : icons::Ground::light));
+  });
 }
 
 void MenuBarExtra::togglePopover() {
+  if (!Popover::canBePlaced() && isGnome()) {
+    _windows.showMain();
+    return;
+  }
   // Most starts are those of a session, which nobody looks at.
   if (!_popover) _popover = std::make_unique<Popover>(_windows);
   _popover->toggle(_icon->geometry());

@@ -1,11 +1,12 @@
 #pragma once
 
-#include <QMenu>
 #include <QObject>
 #include <QSystemTrayIcon>
 #include <memory>
 
+#include "Platform/Desktop/PanelGround.h"
 #include "Platform/Desktop/TrayHost.h"
+#include "Tidemar/TrayMenu.h"
 
 namespace tidemar {
 
@@ -30,8 +31,9 @@ class MenuBarExtra : public QObject {
 
   WindowCoordinator& _windows;
   TrayHost _host;
-  QMenu _menu;  ///< For hosts that open nothing else.
+  TrayMenu _menu;
   std::unique_ptr<QSystemTrayIcon> _icon;
+  std::unique_ptr<PanelGround> _ground;
   std::unique_ptr<Popover> _popover;
 };
 
