@@ -33,8 +33,8 @@ class QuietStyle : public QProxyStyle {
                   const QWidget* widget) const override;
 };
 
-/// Gives the application that style where the desktop left it with Fusion. Call it once, after the
-/// application exists.
+/// Gives the application that style where the desktop left it with Fusion, or with a style that
+/// draws as Fusion does. Call it once, after the application exists.
 void adoptQuietStyle();
 
 /// The palettes that go with that style.
