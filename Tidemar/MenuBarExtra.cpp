@@ -1,5 +1,8 @@
 #include "Tidemar/MenuBarExtra.h"
 
+#include <QApplication>
+#include <QEvent>
+
 #include "Tidemar/Popover.h"
 #include "Tidemar/WindowCoordinator.h"
 #include "TidemarUI/State/Labels.h"
@@ -22,6 +25,7 @@ bool isGnome() {
 MenuBarExtra::MenuBarExtra(WindowCoordinator& windows) : _windows(windows), _menu(windows) {
   connect(&_host, &TrayHost::becameAvailable, this, &MenuBarExtra::follow);
   connect(&windows, &WindowCoordinator::showInMenuBarChanged, this, &MenuBarExtra::follow);
+  qApp->installEventFilter(this);
   follow();
 }
 
@@ -33,7 +37,7 @@ void MenuBarExtra::follow() {
   if (isWanted && !_icon) {
     makeIcon();
   } else if (!isWanted) {
-    _ground.reset();
+    _panel.reset();
     _icon.reset();
     _popover.reset();
   }
@@ -48,10 +52,21 @@ void MenuBarExtra::makeIcon() {
             if (reason == QSystemTrayIcon::Trigger) togglePopover();
           });
   _icon->show();
-  _ground = std::make_unique<PanelGround>(*_icon);
-  connect(_ground.get(), &PanelGround::told, this, [this](bool isDark) {
-    _icon->setIcon(icons::menuBar(isDark ? icons::Ground::dark : icons::Ground::light));
+  _panel = std::make_unique<PanelGround>(*_icon);
+  connect(_panel.get(), &PanelGround::told, this, [this](bool isDark) {
+    _ground = isDark ? icons::Ground::dark : icons::Ground::light;
+    showPicture();
   });
+}
+
+void MenuBarExtra::showPicture() {
+  if (_icon) _icon->setIcon(icons::menuBar(_ground));
+}
+
+bool MenuBarExtra::eventFilter(QObject* object, QEvent* event) {
+  // A host that colours the picture keeps it as it is until it is told of another.
+  if (object == qApp && event->type() == QEvent::ApplicationPaletteChange) showPicture();
+  return QObject::eventFilter(object, event);
 }
 
 void MenuBarExtra::togglePopover() {

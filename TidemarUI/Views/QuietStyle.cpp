@@ -267,9 +267,10 @@ QPalette quietPalette(bool isDark) {
   return palette;
 }
 
-void adoptColorScheme(ColorScheme scheme) {
-  static const QPalette given = QApplication::palette();
+void adoptColorScheme(ColorScheme scheme, const std::optional<QPalette>& desktops) {
+  static const QPalette first = QApplication::palette();
   if (dynamic_cast<QuietStyle*>(QApplication::style()) == nullptr) return;
+  const QPalette given = desktops.value_or(first);
   const bool isDark = scheme == ColorScheme::dark;
   const bool isGiven = scheme == ColorScheme::asGiven || isDark == style::isDark(given);
   QApplication::setPalette(isGiven ? given : quietPalette(isDark));

@@ -2,6 +2,7 @@
 
 #include <QPalette>
 #include <QProxyStyle>
+#include <optional>
 
 namespace tidemar {
 
@@ -43,7 +44,8 @@ QPalette quietPalette(bool isDark);
 enum class ColorScheme { asGiven, light, dark };
 
 /// Shows the application in a light or a dark palette where it has that style: the desktop's own
-/// palette where that is of this kind, else the style's. Can be called again at any time.
-void adoptColorScheme(ColorScheme scheme);
+/// palette where that is of this kind, else the style's. `desktops` is the desktop's palette where
+/// it is another by now than at the start. Can be called again at any time.
+void adoptColorScheme(ColorScheme scheme, const std::optional<QPalette>& desktops = {});
 
 }  // namespace tidemar
