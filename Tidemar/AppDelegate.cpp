@@ -18,6 +18,7 @@
 #include "Platform/Desktop/ModalAlerts.h"
 #include "Platform/Desktop/PackageOwnership.h"
 #include "Platform/Desktop/PackageUpdates.h"
+#include "Platform/Desktop/PlasmaColors.h"
 #include "Platform/Desktop/SleepClocks.h"
 #include "Platform/Desktop/WakeNotifier.h"
 #include "Platform/Files/DiskFileManager.h"
@@ -196,9 +197,12 @@ void AppDelegate::finishLaunching() {
 void AppDelegate::makeScreens() {
   adoptQuietStyle();
   installAccessibleRoles();
-  connect(
-      &_platform->colorScheme, &DesktopColorScheme::told, this,
-      [](DesktopColorScheme::Preference preference) { adoptColorScheme(schemeFor(preference)); });
+  connect(&_platform->colorScheme, &DesktopColorScheme::told, this,
+          [](DesktopColorScheme::Preference preference) {
+            const auto colors = PlasmaColors::palette();
+            // Colours that the user chose one by one say more than that they be dark.
+            adoptColorScheme(colors ? ColorScheme::asGiven : schemeFor(preference), colors);
+          });
   qApp->installEventFilter(this);
   _updates = std::make_unique<Updates>(_platform->updateService);
   _windows = std::make_unique<WindowCoordinator>(ScreenContext{

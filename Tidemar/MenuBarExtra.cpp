@@ -1,5 +1,8 @@
 #include "Tidemar/MenuBarExtra.h"
 
+#include <QApplication>
+#include <QEvent>
+
 #include "Tidemar/Popover.h"
 #include "Tidemar/WindowCoordinator.h"
 #include "TidemarUI/State/Labels.h"
@@ -7,12 +10,22 @@
 #include "TidemarUI/Views/TextLabel.h"
 
 namespace tidemar {
+namespace {
 
-MenuBarExtra::MenuBarExtra(WindowCoordinator& windows) : _windows(windows) {
-  _menu.addAction(textOf(labels::openTidemar), this, [this] { _windows.showMain(); });
-  _menu.addAction(textOf(labels::quitTidemar), this, [this] { _windows.context().quit(); });
+/// There the icon's menu stands in for the popover, and on Wayland a window that may not say where
+/// it stands comes up in the corner that is farthest from the icon.
+bool isGnome() {
+  return qEnvironmentVariable("XDG_CURRENT_DESKTOP")
+      .split(u':')
+      .contains(QStringLiteral("GNOME"), Qt::CaseInsensitive);
+}
+
+}  // namespace
+
+MenuBarExtra::MenuBarExtra(WindowCoordinator& windows) : _windows(windows), _menu(windows) {
   connect(&_host, &TrayHost::becameAvailable, this, &MenuBarExtra::follow);
   connect(&windows, &WindowCoordinator::showInMenuBarChanged, this, &MenuBarExtra::follow);
+  qApp->installEventFilter(this);
   follow();
 }
 
@@ -24,6 +37,7 @@ void MenuBarExtra::follow() {
   if (isWanted && !_icon) {
     makeIcon();
   } else if (!isWanted) {
+    _panel.reset();
     _icon.reset();
     _popover.reset();
   }
@@ -38,9 +52,28 @@ void MenuBarExtra::makeIcon() {
             if (reason == QSystemTrayIcon::Trigger) togglePopover();
           });
   _icon->show();
+  _panel = std::make_unique<PanelGround>(*_icon);
+  connect(_panel.get(), &PanelGround::told, this, [this](bool isDark) {
+    _ground = isDark ? icons::Ground::dark : icons::Ground::light;
+    showPicture();
+  });
+}
+
+void MenuBarExtra::showPicture() {
+  if (_icon) _icon->setIcon(icons::menuBar(_ground));
+}
+
+bool MenuBarExtra::eventFilter(QObject* object, QEvent* event) {
+  // A host that colours the picture keeps it as it is until it is told of another.
+  if (object == qApp && event->type() == QEvent::ApplicationPaletteChange) showPicture();
+  return QObject::eventFilter(object, event);
 }
 
 void MenuBarExtra::togglePopover() {
+  if (!Popover::canBePlaced() && isGnome()) {
+    _windows.showMain();
+    return;
+  }
   // Most starts are those of a session, which nobody looks at.
   if (!_popover) _popover = std::make_unique<Popover>(_windows);
   _popover->toggle(_icon->geometry());

@@ -1,11 +1,13 @@
 #pragma once
 
-#include <QMenu>
 #include <QObject>
 #include <QSystemTrayIcon>
 #include <memory>
 
+#include "Platform/Desktop/PanelGround.h"
 #include "Platform/Desktop/TrayHost.h"
+#include "Tidemar/TrayMenu.h"
+#include "TidemarUI/Views/Icons.h"
 
 namespace tidemar {
 
@@ -23,15 +25,21 @@ class MenuBarExtra : public QObject {
   /// Whether the icon is there to be seen.
   bool isShown() const noexcept { return _icon != nullptr; }
 
+ protected:
+  bool eventFilter(QObject* object, QEvent* event) override;
+
  private:
   void follow();
   void makeIcon();
   void togglePopover();
+  void showPicture();
 
   WindowCoordinator& _windows;
   TrayHost _host;
-  QMenu _menu;  ///< For hosts that open nothing else.
+  TrayMenu _menu;
   std::unique_ptr<QSystemTrayIcon> _icon;
+  std::unique_ptr<PanelGround> _panel;
+  icons::Ground _ground = icons::Ground::unknown;
   std::unique_ptr<Popover> _popover;
 };
 

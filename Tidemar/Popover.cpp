@@ -27,10 +27,6 @@ constexpr qint64 sameClick = 300;
 
 constexpr int screenMargin = 2 * style::grid;
 
-bool canBePlaced() {
-  return !QGuiApplication::platformName().startsWith(QStringLiteral("wayland"));
-}
-
 }  // namespace
 
 QRect popoverFrame(const QRect& icon, const QSize& size, const QRect& available) {
@@ -46,6 +42,10 @@ QRect popoverFrame(const QRect& icon, const QSize& size, const QRect& available)
   return frame;
 }
 
+bool Popover::canBePlaced() {
+  return !QGuiApplication::platformName().startsWith(QStringLiteral("wayland"));
+}
+
 Popover::Popover(WindowCoordinator& windows)
     : QWidget(nullptr, canBePlaced() ? Qt::Tool | Qt::FramelessWindowHint : Qt::Window),
       _windows(windows),
@@ -59,6 +59,7 @@ Popover::Popover(WindowCoordinator& windows)
   column->addWidget(_view);
   auto* quit = new QShortcut(QKeySequence(Qt::CTRL | Qt::Key_Q), this);
   connect(quit, &QShortcut::activated, this, [this] { _view->onQuit(); });
+  connect(&_presses, &PointerPresses::pressed, this, [this] { closeBy(QCursor::pos()); });
   connectClosures();
 }
 
@@ -117,6 +118,7 @@ void Popover::present(std::shared_ptr<const MenuBarState> state) {
     raise();
     activateWindow();
     _view->setFocus();
+    _presses.follow(true);
   }
 }
 
@@ -140,6 +142,18 @@ bool Popover::event(QEvent* event) {
     _sinceFocusLoss.start();
   }
   return QWidget::event(event);
+}
+
+void Popover::closeBy(const QPoint& press) {
+  // A press on the icon is a click to come, which closes it then.
+  if (!isVisible() || frameGeometry().contains(press) || _icon.contains(press)) return;
+  hide();
+  _sinceFocusLoss.start();
+}
+
+void Popover::hideEvent(QHideEvent* event) {
+  QWidget::hideEvent(event);
+  _presses.follow(false);
 }
 
 void Popover::keyPressEvent(QKeyEvent* event) {

@@ -4,6 +4,7 @@
 #include <QWidget>
 #include <functional>
 
+#include "Platform/Desktop/PointerPresses.h"
 #include "Tidemar/ModelObserver.h"
 #include "Tidemar/ScreenContext.h"
 #include "Tidemar/StateMaker.h"
@@ -15,8 +16,8 @@ class MenuBarView;
 class WindowCoordinator;
 
 /// The window of the menu bar icon, with the popover's content over the model. It closes when it
-/// loses the focus. On Wayland, where no program may place its windows, it is an ordinary small
-/// window. Main thread.
+/// loses the focus, and by a click beside it where that takes the focus from nobody, as on a panel.
+/// On Wayland, where no program may place its windows, it is an ordinary small window. Main thread.
 class Popover : public QWidget {
   Q_OBJECT
  public:
@@ -26,8 +27,12 @@ class Popover : public QWidget {
   /// on the screen; an empty rectangle if that isn't known.
   void toggle(const QRect& icon);
 
+  /// Whether a program may say where its windows stand on this display.
+  static bool canBePlaced();
+
  protected:
   bool event(QEvent* event) override;
+  void hideEvent(QHideEvent* event) override;
   void keyPressEvent(QKeyEvent* event) override;
   void paintEvent(QPaintEvent* event) override;
 
@@ -36,11 +41,13 @@ class Popover : public QWidget {
   void refresh();
   void present(std::shared_ptr<const MenuBarState> state);
   void place();
+  void closeBy(const QPoint& press);
 
   WindowCoordinator& _windows;
   MenuBarView* _view;
   QRect _icon;
   QElapsedTimer _sinceFocusLoss;
+  PointerPresses _presses;
   bool _isOpening = false;  ///< It is shown once its state is made.
   StateMaker<MenuBarState> _states;
   ModelObserver _observer;

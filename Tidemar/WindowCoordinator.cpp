@@ -14,13 +14,13 @@
 #include "TidemarUI/State/Labels.h"
 #include "TidemarUI/Views/Icons.h"
 #include "TidemarUI/Views/MainView.h"
+#include "TidemarUI/Views/Style.h"
 #include "TidemarUI/Views/TextLabel.h"
 
 namespace tidemar {
 namespace {
 
 constexpr QSize mainWindowSize(820, 560);
-constexpr QSize smallestMainWindow(640, 420);
 constexpr const char* mainIdentifier = "main";
 
 QAction* makeSeparator(QObject* parent) {
@@ -138,9 +138,9 @@ QWidget* WindowCoordinator::makeMainWindow() {
   _mainView->setMenuActions({&_checkForUpdates, &_openSettings, makeSeparator(window), &_quit});
   window->setObjectName(QStringLiteral("TidemarMain"));
   window->setWindowTitle(textOf(labels::tidemar));
-  window->setMinimumSize(smallestMainWindow);
+  column->activate();  // so that the window knows its least size
   if (!WindowFrame::restore(*window, _context.defaults)) {
-    window->resize(mainWindowSize);
+    window->resize(style::scaled(mainWindowSize.width()), style::scaled(mainWindowSize.height()));
     WindowFrame::center(*window);
   }
   return window;

@@ -1,6 +1,7 @@
 // Draws every screen in its states to PNG files, in light and dark. A tool for those who change the
-// views: QT_SCALE_FACTOR=2 draws them twice as large, a second argument "rtl" mirrors them.
-// Usage: screens directory [rtl]
+// views: QT_SCALE_FACTOR=2 draws them twice as large, "rtl" mirrors them, "desktop" leaves them the
+// style, colours and type of the desktop that they are drawn on, and a number is the type's size in
+// points. Usage: screens directory [rtl] [desktop] [points]
 
 #include <QApplication>
 #include <QComboBox>
@@ -240,13 +241,23 @@ int main(int argc, char** argv) {
   const QString directory = arguments.value(1, QStringLiteral("screens"));
   QDir().mkpath(directory);
   tidemar::adoptQuietStyle();
-  if (arguments.value(2) == QStringLiteral("rtl"))
-    QApplication::setLayoutDirection(Qt::RightToLeft);
-  QFont font(QStringLiteral("Inter"));
-  font.setPixelSize(13);
+  if (arguments.contains(QStringLiteral("rtl"))) QApplication::setLayoutDirection(Qt::RightToLeft);
+  const bool isDesktops = arguments.contains(QStringLiteral("desktop"));
+  QFont font = QApplication::font();
+  if (!isDesktops) {
+    font = QFont(QStringLiteral("Inter"));
+    font.setPixelSize(13);
+  }
+  if (const double points = arguments.last().toDouble(); points > 0) font.setPointSizeF(points);
   QApplication::setFont(font);
 
   tidemar::Painter painter(directory);
+  if (isDesktops) {
+    painter.variant = QStringLiteral("desktop");
+    tidemar::drawScreens(painter);
+    tidemar::drawConfirmation(painter);
+    return 0;
+  }
   for (const bool isDark : {false, true}) {
     QApplication::setPalette(tidemar::quietPalette(isDark));
     painter.variant = isDark ? QStringLiteral("dark") : QStringLiteral("light");

@@ -43,6 +43,9 @@ void DesktopColorScheme::follow() {
   if (std::exchange(_isFollowing, true) || !_bus.isConnected()) return;
   _bus.connect(service, objectPath, settingsInterface, QStringLiteral("SettingChanged"), this,
                SLOT(takeChange(QString, QString, QDBusVariant)));
+  _bus.connect(QString(), QStringLiteral("/KGlobalSettings"),
+               QStringLiteral("org.kde.KGlobalSettings"), QStringLiteral("notifyChange"), this,
+               SLOT(takePlasmaChange(int, int)));
   ask();
 }
 
@@ -54,12 +57,22 @@ QCoro::Task<void> DesktopColorScheme::ask() {
   const QDBusPendingCall pending = _bus.asyncCall(request);
   const QDBusMessage answer = co_await pending;
   if (self && answer.type() == QDBusMessage::ReplyMessage)
-    emit told(preferenceOf(answer.arguments().value(0)));
+    tell(preferenceOf(answer.arguments().value(0)));
 }
 
 void DesktopColorScheme::takeChange(const QString& group, const QString& key,
                                     const QDBusVariant& value) {
-  if (group == appearance && key == colorScheme) emit told(preferenceOf(value.variant()));
+  if (group == appearance && key == colorScheme) tell(preferenceOf(value.variant()));
+}
+
+void DesktopColorScheme::takePlasmaChange(int kind, int) {
+  constexpr int colors = 0;
+  if (kind == colors) tell(_preference);
+}
+
+void DesktopColorScheme::tell(Preference preference) {
+  _preference = preference;
+  emit told(preference);
 }
 
 }  // namespace tidemar

@@ -1,5 +1,6 @@
 #include "TidemarUI/State/MenuBarState.h"
 
+#include <algorithm>
 #include <map>
 
 #include "Platform/Text.h"
@@ -12,14 +13,9 @@
 namespace tidemar {
 namespace {
 
-std::string headlineText(std::span<const FolderStatus* const> statuses, Date now,
-                         const Calendar& calendar) {
-  std::int64_t dueNowCount = 0;
-  for (const FolderStatus* status : statuses)
-    dueNowCount += static_cast<std::int64_t>(status->dueNow.size());
-  return forecastHeadline(dueNowCount, [&](std::int64_t distance) {
-    return countOnDay(distance, statuses, now, calendar);
-  });
+/// A folder that lost its tag is none of ours any more.
+bool isActive(const FolderReport& report) {
+  return !report.status || report.status->isTagged;
 }
 
 /// Says where those folders are that one can't tell apart by their names.
@@ -34,22 +30,45 @@ void addPlaces(std::vector<FolderSummary>& folders) {
 
 }  // namespace
 
+std::string menuBarHeadline(std::span<const FolderReport> reports, Date now,
+                            const Formats& formats) {
+  if (std::ranges::none_of(reports, isActive)) return "No Temporary folders yet";
+  std::int64_t dueNowCount = 0;
+  std::vector<const FolderStatus*> statuses;
+  for (const FolderReport& report : reports) {
+    if (!report.status || !isActive(report)) continue;
+    statuses.push_back(&*report.status);
+    dueNowCount += static_cast<std::int64_t>(report.status->dueNow.size());
+  }
+  return forecastHeadline(dueNowCount, [&](std::int64_t distance) {
+    return countOnDay(distance, statuses, now, formats.calendar());
+  });
+}
+
+TrayMenuState trayMenuState(std::span<const FolderReport> reports,
+                            std::span<const JournalEntry> journal, Date now, const Formats& formats,
+                            const std::string& bin) {
+  TrayMenuState state{.headline = menuBarHeadline(reports, now, formats)};
+  const std::vector<RecentRun> runs = recentRuns(journal, reports, formats, bin);
+  const auto run = std::ranges::find_if(runs, &RecentRun::canPutBack);
+  if (run == runs.end()) return state;
+  state.putBack = run->putBackLabel + " · " + run->detail;
+  state.journalEntryIDs = run->journalEntryIDs;
+  return state;
+}
+
 MenuBarState menuBarState(std::span<const FolderReport> reports,
                           std::span<const JournalEntry> journal, std::int64_t freeSpace,
                           bool isFinderExtensionOff, Date now, const Formats& formats,
                           const std::string& bin) {
   MenuBarState state;
   std::int64_t activeCount = 0;
-  std::vector<const FolderStatus*> statuses;
   std::vector<ForecastFolder> forecastFolders;
   for (const FolderReport& report : reports) {
-    if (report.status && !report.status->isTagged) continue;
+    if (!isActive(report)) continue;
     const Folder& folder = report.folder;
     ++activeCount;
-    if (report.status) {
-      statuses.push_back(&*report.status);
-      forecastFolders.push_back({folder.settings, *report.status, report.left});
-    }
+    if (report.status) forecastFolders.push_back({folder.settings, *report.status, report.left});
     if (folder.id) {
       state.folders.push_back({.id = *folder.id,
                                .path = folder.path,
@@ -59,8 +78,7 @@ MenuBarState menuBarState(std::span<const FolderReport> reports,
     }
   }
   addPlaces(state.folders);
-  state.headline = activeCount == 0 ? "No Temporary folders yet"
-                                    : headlineText(statuses, now, formats.calendar());
+  state.headline = menuBarHeadline(reports, now, formats);
   state.subheadline =
       countedFolders(activeCount) + " · " + formats.byteCountText(freeSpace) + " free";
   state.isFinderExtensionOff = isFinderExtensionOff;

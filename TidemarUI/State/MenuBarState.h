@@ -44,6 +44,22 @@ MenuBarState menuBarState(std::span<const FolderReport> reports,
                           bool isFinderExtensionOff, Date now, const Formats& formats,
                           const std::string& bin);
 
+/// The popover's first line.
+std::string menuBarHeadline(std::span<const FolderReport> reports, Date now,
+                            const Formats& formats);
+
+/// What the icon's own menu says of the popover, for desktops that open nothing else.
+struct TrayMenuState {
+  std::string headline = {};
+  std::string putBack = {};  ///< Offers to bring back the latest run; empty where none can be.
+  std::vector<std::int64_t> journalEntryIDs = {};  ///< That run's.
+};
+
+/// The run is one of those that the popover shows.
+TrayMenuState trayMenuState(std::span<const FolderReport> reports,
+                            std::span<const JournalEntry> journal, Date now, const Formats& formats,
+                            const std::string& bin);
+
 /// Which of its blocks the popover shows beside headline and footer.
 struct MenuBarBlocks {
   bool hasExtensionWarning = false;

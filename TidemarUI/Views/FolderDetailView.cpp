@@ -28,7 +28,7 @@ TextLabel* makeLabel(style::TextSize size, QFont::Weight weight, TextLabel::Tone
 FolderDetailView::FolderDetailView(const Formats& formats, const std::string& binName,
                                    const SystemNames& names)
     : _folder(std::make_shared<const MainFolder>()),
-      _scroll(new ScrollColumn(columnWidth)),
+      _scroll(new ScrollColumn(style::scaled(columnWidth))),
       _rules(new RulesSection(formats, binName, names)),
       _disposal(new DisposalSection(binName)) {
   auto* whole = new QVBoxLayout(this);
@@ -134,9 +134,10 @@ void FolderDetailView::setFolder(const std::shared_ptr<const MainFolder>& folder
     _disposal->cancelConfirmation();
   }
   const auto before = std::exchange(_folder, next);
-  if (isOther || next->path != before->path)
-    _icon->setPixmap(
-        icons::folder(next->path).pixmap(QSize(iconSize, iconSize), devicePixelRatio()));
+  if (isOther || next->path != before->path) {
+    const int side = style::scaled(iconSize);
+    _icon->setPixmap(icons::folder(next->path).pixmap(QSize(side, side), devicePixelRatio()));
+  }
   showFolder(*next);
   if (isOther) _scroll->scrollToTop();
 }

@@ -116,6 +116,19 @@ class PictureEngine : public SymbolEngine {
   bool isToBeFilled(const QPixmap& picture) const override { return isOneColoured(picture); }
 };
 
+QColor menuBarColor(Ground ground) {
+  switch (ground) {
+    case Ground::light:
+      return {0x2b, 0x2e, 0x33};
+    case Ground::dark:
+      return {0xf0, 0xf2, 0xf4};
+    case Ground::unknown:
+      break;
+  }
+  // It has a contrast of 4 to 1 to white and to a nearly black ground alike.
+  return {0x7d, 0x7d, 0x7d};
+}
+
 }  // namespace
 
 QIcon symbol(Symbol symbol) {
@@ -162,17 +175,15 @@ QIcon application() {
   return themed(QStringLiteral("app.quernly.tidemar"), QStringLiteral("app.quernly.tidemar"));
 }
 
-QIcon menuBar() {
-  // A host that gets the name colours the picture to suit its panel. Others show it as it is, on a
-  // panel whose colour can't be asked for: this grey has a contrast of 4 to 1 to white and to a
-  // nearly black one alike.
+QIcon menuBar(Ground ground) {
+  // A host that gets the name colours the picture to suit its panel.
   const QString name = QStringLiteral("app.quernly.tidemar-symbolic");
   // Looked for where it is installed: to ask the toolkit for it reads all of the icon themes.
   const bool isInstalled =
       !QStandardPaths::locate(QStandardPaths::GenericDataLocation,
                               QStringLiteral("icons/hicolor/symbolic/apps/%1.svg").arg(name))
            .isEmpty();
-  return QIcon(new SymbolEngine(shipped(QStringLiteral("MenuBarIcon")), QColor(0x7d, 0x7d, 0x7d),
+  return QIcon(new SymbolEngine(shipped(QStringLiteral("MenuBarIcon")), menuBarColor(ground),
                                 isInstalled ? name : QString()));
 }
 

@@ -18,7 +18,11 @@ QIcon folder(const std::string& path);
 /// The application's own.
 QIcon application();
 
-/// The one beside the clock: one-coloured and readable on light and dark panels.
-QIcon menuBar();
+/// The ground that an icon stands on.
+enum class Ground { unknown, light, dark };
+
+/// The one beside the clock: one-coloured, for a panel of that ground; where that isn't known,
+/// readable on light and dark ones.
+QIcon menuBar(Ground ground = Ground::unknown);
 
 }  // namespace tidemar::icons

@@ -20,6 +20,7 @@ namespace {
 
 constexpr int barButtonSize = 28;
 constexpr int barIconSize = 16;
+constexpr QSize smallestSize(640, 420);
 constexpr int widestSidebar = 232;
 constexpr int narrowestSidebar = 184;
 
@@ -42,8 +43,6 @@ class SidebarPane : public QWidget {
 QToolButton* makeBarButton(icons::Symbol symbol, std::string_view name) {
   auto* button = new QToolButton;
   button->setIcon(icons::symbol(symbol));
-  button->setIconSize({barIconSize, barIconSize});
-  button->setFixedSize(barButtonSize, barButtonSize);
   button->setAutoRaise(true);
   button->setToolTip(textOf(name));
   button->setAccessibleName(textOf(name));
@@ -72,6 +71,7 @@ MainView::MainView(const Formats& formats, const std::string& binName, const Sys
   line->setSpacing(0);
   line->addWidget(_sidebarPane);
   line->addWidget(_detail, 1);
+  fitSidebar();
   connectClosures();
   showState();
 }
@@ -175,9 +175,31 @@ bool MainView::eventFilter(QObject* object, QEvent* event) {
   return QWidget::eventFilter(object, event);
 }
 
+QSize MainView::minimumSizeHint() const {
+  return QWidget::minimumSizeHint().expandedTo(smallestSize);
+}
+
 void MainView::resizeEvent(QResizeEvent* event) {
   QWidget::resizeEvent(event);
-  _sidebarPane->setFixedWidth(std::clamp(width() * 2 / 7, narrowestSidebar, widestSidebar));
+  fitSidebar();
+}
+
+void MainView::changeEvent(QEvent* event) {
+  if (event->type() == QEvent::ApplicationFontChange) fitSidebar();
+  QWidget::changeEvent(event);
+}
+
+void MainView::fitSidebar() {
+  const int widest = style::scaled(widestSidebar);
+  // With large type in a small window the page has more to show than the list.
+  const int narrowest = std::min(style::scaled(narrowestSidebar), width() * 2 / 5);
+  _sidebarPane->setFixedWidth(std::clamp(width() * 2 / 7, std::min(narrowest, widest), widest));
+  const int icon = style::scaled(barIconSize);
+  const int button = style::scaled(barButtonSize);
+  for (QToolButton* each : {_add, _remove, _menu}) {
+    each->setIconSize({icon, icon});
+    each->setFixedSize(button, button);
+  }
 }
 
 }  // namespace tidemar

@@ -52,7 +52,11 @@ class MainView : public QWidget {
   /// What the menu button at the end of the bar opens.
   void setMenuActions(const QList<QAction*>& actions);
 
+  /// The smallest window in which every page reads; wider with large type.
+  QSize minimumSizeHint() const override;
+
  protected:
+  void changeEvent(QEvent* event) override;
   void resizeEvent(QResizeEvent* event) override;
   void showEvent(QShowEvent* event) override;
   bool eventFilter(QObject* object, QEvent* event) override;
@@ -61,6 +65,7 @@ class MainView : public QWidget {
   QWidget* makeSidebarPane();
   QWidget* makeBar();
   void connectClosures();
+  void fitSidebar();
   void showState();
 
   std::shared_ptr<const MainState> _state;  ///< Never null.

@@ -18,7 +18,7 @@
 namespace tidemar {
 namespace {
 
-constexpr int contentWidth = 348;
+constexpr int usualWidth = 348;
 constexpr int warningIconSize = 16;
 constexpr int folderIconSize = 18;
 
@@ -30,6 +30,10 @@ constexpr int rowsBeyondSight = 10;
 
 /// From the edge of the popover to its rows; their texts stand further in.
 constexpr int side = 14 - style::rowOutset;
+
+int contentWidth() {
+  return style::scaled(usualWidth);
+}
 
 class Divider : public QWidget {
  public:
@@ -66,7 +70,7 @@ class MenuBarView::FolderRow : public MenuRow {
     setToolTip(plainToolTip(description));
     setAccessibleDescription(description);
     setContent({.icon = icon,
-                .iconSize = folderIconSize,
+                .iconSize = style::scaled(folderIconSize),
                 .title = textOf(summary.name),
                 .trailing = textOf(summary.distanceToGoing)});
   }
@@ -78,7 +82,7 @@ class MenuBarView::FolderRow : public MenuRow {
 MenuBarView::MenuBarView(const SystemNames& names, QWidget* parent)
     : QWidget(parent),
       _state(std::make_shared<const MenuBarState>()),
-      _scroll(new ScrollColumn(contentWidth)),
+      _scroll(new ScrollColumn(contentWidth())),
       _headline(new TextLabel(style::TextSize::sectionHeadline, QFont::DemiBold,
                               TextLabel::Tone::primary, TextLabel::Overflow::wrap)),
       _subheadline(new TextLabel(style::TextSize::body, QFont::Normal, TextLabel::Tone::secondary,
@@ -128,8 +132,9 @@ MenuBarView::MenuBarView(const SystemNames& names, QWidget* parent)
 QWidget* MenuBarView::makeWarning(const SystemNames& names) {
   auto* icon = new QLabel;
   markAsDecoration(*icon);
+  const int warningSize = style::scaled(warningIconSize);
   icon->setPixmap(icons::symbol(icons::Symbol::warning)
-                      .pixmap(QSize(warningIconSize, warningIconSize), devicePixelRatio()));
+                      .pixmap(QSize(warningSize, warningSize), devicePixelRatio()));
   auto* text = new TextLabel(style::TextSize::body, QFont::Normal, TextLabel::Tone::primary,
                              TextLabel::Overflow::wrap);
   text->show(labels::finderExtensionIsOff(names));
@@ -198,7 +203,7 @@ void MenuBarView::setState(std::shared_ptr<const MenuBarState> shared) {
   _recentRuns->setRuns(state.recentRuns);
   _recentRuns->setVisible(blocks.hasRecentRuns);
   restoreReadingOrder(*this);
-  _contentHeight = _scroll->measureHeight(contentWidth);
+  _contentHeight = _scroll->measureHeight(contentWidth());
   updateGeometry();
 }
 
@@ -206,7 +211,7 @@ void MenuBarView::setState(std::shared_ptr<const MenuBarState> shared) {
 void MenuBarView::showFolders() {
   const std::span<const FolderSummary> all = _state->folders;
   const int count = static_cast<int>(all.size());
-  const int height = rowSize({.iconSize = folderIconSize}).height();
+  const int height = rowSize({.iconSize = style::scaled(folderIconSize)}).height();
   int first = 0;
   int last = count;
   if (count > mostRows) {
@@ -232,7 +237,7 @@ void MenuBarView::showFolders() {
 }
 
 QSize MenuBarView::sizeHint() const {
-  return {contentWidth, _contentHeight + _footer->sizeHint().height()};
+  return {contentWidth(), _contentHeight + _footer->sizeHint().height()};
 }
 
 void MenuBarView::resizeEvent(QResizeEvent* event) {

@@ -15,7 +15,7 @@ QWidget* makeInvitation(const SystemNames& names) {
                               TextLabel::Overflow::wrap);
   label->show(labels::overviewInvitation(names));
   label->setAlignment(Qt::AlignCenter);
-  label->setFixedWidth(invitationWidth);
+  label->setFixedWidth(style::scaled(invitationWidth));
   auto* page = new QWidget;
   auto* column = new QVBoxLayout(page);
   column->addWidget(label, 0, Qt::AlignCenter);
@@ -26,7 +26,7 @@ QWidget* makeInvitation(const SystemNames& names) {
 
 OverviewView::OverviewView(const SystemNames& names)
     : _invitation(makeInvitation(names)),
-      _summary(new ScrollColumn(columnWidth)),
+      _summary(new ScrollColumn(style::scaled(columnWidth))),
       _headline(new TextLabel(style::TextSize::pageHeadline, QFont::DemiBold,
                               TextLabel::Tone::primary, TextLabel::Overflow::wrap)),
       _subheadline(new TextLabel(style::TextSize::body, QFont::Normal, TextLabel::Tone::secondary,

@@ -4,8 +4,10 @@
 #include <QApplication>
 #include <QPainter>
 #include <QPushButton>
+#include <QStyleFactory>
 #include <QStyleOption>
 #include <algorithm>
+#include <memory>
 
 #include "TidemarUI/Views/ControlPainting.h"
 #include "TidemarUI/Views/Icons.h"
@@ -18,6 +20,33 @@ constexpr int controlHeight = 28;
 constexpr int scrollBarExtent = 10;
 constexpr int pickerPadding = 10;
 constexpr int pickerArrowWidth = 26;
+
+/// What a style makes of a button, a number field and a check box. Styles that wrap another have
+/// names of their own; what they draw tells what they are.
+QImage pictureOfControls(const QStyle& style) {
+  QImage picture(120, 90, QImage::Format_ARGB32);
+  picture.fill(Qt::transparent);
+  QPainter painter(&picture);
+  const auto prepare = [](QStyleOption& option, int top) {
+    option.palette = QPalette(Qt::lightGray);
+    option.state = QStyle::State_Enabled | QStyle::State_Raised;
+    option.rect = QRect(0, top, 120, 30);
+  };
+  QStyleOptionButton button;
+  prepare(button, 0);
+  style.drawControl(QStyle::CE_PushButtonBevel, &button, &painter);
+  QStyleOptionSpinBox field;
+  prepare(field, 30);
+  field.frame = true;
+  field.subControls = QStyle::SC_All;
+  style.drawComplexControl(QStyle::CC_SpinBox, &field, &painter);
+  QStyleOptionButton box;
+  prepare(box, 60);
+  box.state |= QStyle::State_On;
+  box.rect.setWidth(30);
+  style.drawPrimitive(QStyle::PE_IndicatorCheckBox, &box, &painter);
+  return picture;
+}
 
 }  // namespace
 
@@ -204,11 +233,11 @@ int QuietStyle::pixelMetric(PixelMetric metric, const QStyleOption* option,
   switch (metric) {
     case PM_IndicatorWidth:
     case PM_IndicatorHeight:
-      return 4 * style::grid;
+      return style::scaled(4 * style::grid);
     case PM_CheckBoxLabelSpacing:
       return 10;
     case PM_MessageBoxIconSize:
-      return 12 * style::grid;
+      return style::scaled(12 * style::grid);
     case PM_ScrollBarExtent:
       return scrollBarExtent;
     case PM_ButtonShiftHorizontal:
@@ -238,16 +267,19 @@ QPalette quietPalette(bool isDark) {
   return palette;
 }
 
-void adoptColorScheme(ColorScheme scheme) {
-  static const QPalette given = QApplication::palette();
+void adoptColorScheme(ColorScheme scheme, const std::optional<QPalette>& desktops) {
+  static const QPalette first = QApplication::palette();
   if (dynamic_cast<QuietStyle*>(QApplication::style()) == nullptr) return;
+  const QPalette given = desktops.value_or(first);
   const bool isDark = scheme == ColorScheme::dark;
   const bool isGiven = scheme == ColorScheme::asGiven || isDark == style::isDark(given);
   QApplication::setPalette(isGiven ? given : quietPalette(isDark));
 }
 
 void adoptQuietStyle() {
-  if (QApplication::style()->name().compare(QStringLiteral("fusion"), Qt::CaseInsensitive) == 0)
+  const std::unique_ptr<QStyle> fusion(QStyleFactory::create(QStringLiteral("fusion")));
+  const QStyle* given = QApplication::style();
+  if (fusion && pictureOfControls(*given) == pictureOfControls(*fusion))
     QApplication::setStyle(new QuietStyle);
 }
 

@@ -2,6 +2,7 @@
 
 #include <QPalette>
 #include <QProxyStyle>
+#include <optional>
 
 namespace tidemar {
 
@@ -33,8 +34,8 @@ class QuietStyle : public QProxyStyle {
                   const QWidget* widget) const override;
 };
 
-/// Gives the application that style where the desktop left it with Fusion. Call it once, after the
-/// application exists.
+/// Gives the application that style where the desktop left it with Fusion, or with a style that
+/// draws as Fusion does. Call it once, after the application exists.
 void adoptQuietStyle();
 
 /// The palettes that go with that style.
@@ -43,7 +44,8 @@ QPalette quietPalette(bool isDark);
 enum class ColorScheme { asGiven, light, dark };
 
 /// Shows the application in a light or a dark palette where it has that style: the desktop's own
-/// palette where that is of this kind, else the style's. Can be called again at any time.
-void adoptColorScheme(ColorScheme scheme);
+/// palette where that is of this kind, else the style's. `desktops` is the desktop's palette where
+/// it is another by now than at the start. Can be called again at any time.
+void adoptColorScheme(ColorScheme scheme, const std::optional<QPalette>& desktops = {});
 
 }  // namespace tidemar

@@ -42,7 +42,7 @@ QWidget* makeButtonRow(std::string_view title, TextLabel::Tone tone, std::string
 
 SettingsView::SettingsView(const SystemNames& names, QWidget* parent)
     : QWidget(parent), _openAtLogin(new Switch), _showInMenuBar(new Switch) {
-  setFixedWidth(contentWidth);
+  setFixedWidth(style::scaled(contentWidth));
   _approval = makeButtonRow(labels::needsApproval, TextLabel::Tone::secondary,
                             labels::openLoginItems, onOpenLoginItemsSettings);
   _approval->hide();

@@ -17,7 +17,7 @@ constexpr int markSize = 20;
 /// Tells whether a step is done.
 class StatusMark : public QLabel {
  public:
-  StatusMark() { setFixedSize(markSize, markSize); }
+  StatusMark() { setFixedSize(style::scaled(markSize), style::scaled(markSize)); }
 
   void show(bool isDone) {
     _isDone = isDone;
@@ -29,10 +29,12 @@ class StatusMark : public QLabel {
   void paintEvent(QPaintEvent*) override {
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
+    const double scale = static_cast<double>(width()) / markSize;
+    painter.scale(scale, scale);
     const QColor color = _isDone ? style::accent(palette()) : style::secondaryText(palette());
     painter.setPen(QPen(color, 1.6));
     painter.setBrush(_isDone ? QBrush(color) : QBrush(Qt::NoBrush));
-    painter.drawEllipse(QRectF(rect()).adjusted(1, 1, -1, -1));
+    painter.drawEllipse(QRectF(1, 1, markSize - 2, markSize - 2));
     if (!_isDone) return;
     painter.setPen(QPen(style::onAccent(palette()), 2, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
     painter.setBrush(Qt::NoBrush);
@@ -121,7 +123,7 @@ class SetupStepView : public QWidget {
 };
 
 SetupView::SetupView(const SystemNames& names, QWidget* parent) : QWidget(parent), _names(names) {
-  setFixedWidth(contentWidth);
+  setFixedWidth(style::scaled(contentWidth));
   auto* title =
       makeText(style::TextSize::sectionHeadline, QFont::DemiBold, TextLabel::Tone::primary);
   title->show(labels::setupTitle);

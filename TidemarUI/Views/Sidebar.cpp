@@ -26,7 +26,7 @@ constexpr int titleBottom = style::grid;
 
 RowContent contentOf(const SidebarRow& row) {
   return {.icon = row.isFolder() ? icons::folder(row.path) : icons::symbol(icons::Symbol::calendar),
-          .iconSize = iconSize,
+          .iconSize = style::scaled(iconSize),
           .title = textOf(row.name),
           .detail = textOf(row.detail)};
 }
@@ -79,7 +79,7 @@ class SidebarDelegate : public QStyledItemDelegate {
  private:
   static int heightOf(const SidebarRow& row) {
     if (!row.selection) return titleTop + QFontMetrics(titleFont()).height() + titleBottom;
-    return rowSize({.iconSize = iconSize, .detail = textOf(row.detail)}).height();
+    return rowSize({.iconSize = style::scaled(iconSize), .detail = textOf(row.detail)}).height();
   }
 
   const SidebarModel& _model;

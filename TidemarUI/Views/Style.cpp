@@ -1,6 +1,8 @@
 #include "TidemarUI/Views/Style.h"
 
 #include <QApplication>
+#include <QFontInfo>
+#include <algorithm>
 
 namespace tidemar::style {
 namespace {
@@ -43,6 +45,12 @@ QFont font(TextSize size, QFont::Weight weight) {
   }
   font.setWeight(weight);
   return font;
+}
+
+int scaled(int length) {
+  constexpr double usualSize = 40.0 / 3;  // 10 points in pixels
+  const double size = QFontInfo(QApplication::font()).pixelSize();
+  return qRound(length * std::max(1.0, size / usualSize));
 }
 
 QColor mixed(const QColor& from, const QColor& to, double share) {

@@ -30,6 +30,10 @@ enum class TextSize { pageHeadline, folderName, sectionHeadline, body, secondary
 /// The desktop's font in a size relative to its own.
 QFont font(TextSize size, QFont::Weight weight = QFont::Normal);
 
+/// A length of the drawings, which are made for type of 10 points, grown with larger type: icons,
+/// controls and columns then keep their measure to the text. Never less than it is.
+int scaled(int length);
+
 /// A colour so far on the way from one to another.
 QColor mixed(const QColor& from, const QColor& to, double share);
 

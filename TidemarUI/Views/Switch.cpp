@@ -56,7 +56,7 @@ Switch::Switch(QWidget* parent) : RequestingCheckBox(parent) {
 }
 
 QSize Switch::sizeHint() const {
-  return {trackWidth + 2 * ringMargin, trackHeight + 2 * ringMargin};
+  return {style::scaled(trackWidth + 2 * ringMargin), style::scaled(trackHeight + 2 * ringMargin)};
 }
 
 void Switch::followState(bool isOn) {
@@ -82,7 +82,9 @@ void Switch::paintEvent(QPaintEvent*) {
   // Less faded than other controls: what it stands on has to be seen.
   if (!isEnabled()) painter.setOpacity(0.6);
 
-  const QRectF track(ringMargin, (height() - trackHeight) / 2.0, trackWidth, trackHeight);
+  const double scale = static_cast<double>(width()) / (trackWidth + 2 * ringMargin);
+  painter.scale(scale, scale);
+  const QRectF track(ringMargin, (height() / scale - trackHeight) / 2, trackWidth, trackHeight);
   constexpr double radius = trackHeight / 2.0;
   painter.setPen(Qt::NoPen);
   painter.setBrush(style::mixed(style::switchFill(palette()), style::accent(palette()), _position));

@@ -1,0 +1,60 @@
+#include "Platform/Desktop/PlasmaColors.h"
+
+#include <QColor>
+#include <QString>
+#include <QStringList>
+#include <algorithm>
+#include <string>
+
+#include "Platform/Desktop/KeyFile.h"
+#include "Platform/Files/Descriptors/WholeFile.h"
+#include "Platform/Files/Places/StandardDirectories.h"
+#include "Platform/PlatformError.h"
+
+namespace tidemar::PlasmaColors {
+namespace {
+
+/// A colour of one of the settings' groups, as "red,green,blue"; invalid where there is none.
+QColor color(std::string_view settings, const char* group, std::string_view key) {
+  const auto entries = KeyFile::entriesOfGroup(settings, std::string("Colors:") + group);
+  const auto found = std::ranges::find(entries, key, &KeyFile::Entry::key);
+  if (found == entries.end()) return {};
+  const QStringList parts =
+      QString::fromUtf8(found->value.data(), static_cast<qsizetype>(found->value.size()))
+          .split(u',');
+  return parts.size() < 3 ? QColor() : QColor(parts[0].toInt(), parts[1].toInt(), parts[2].toInt());
+}
+
+std::optional<std::string> settings() {
+  try {
+    return WholeFile::read(FileURL(StandardDirectories::configuration().path() + "/kdeglobals"));
+  } catch (const PlatformError&) {
+    return std::nullopt;  // the toolkit couldn't read it either
+  }
+}
+
+}  // namespace
+
+std::optional<QPalette> palette() {
+  if (!qEnvironmentVariable("XDG_CURRENT_DESKTOP").split(u':').contains(QStringLiteral("KDE")))
+    return std::nullopt;
+  const std::optional<std::string> text = settings();
+  if (!text) return std::nullopt;
+  const auto ground = [&](const char* group) { return color(*text, group, "BackgroundNormal"); };
+  const auto ink = [&](const char* group) { return color(*text, group, "ForegroundNormal"); };
+
+  QPalette palette(ground("Button"), ground("Window"));
+  for (const auto& [role, chosen] :
+       {std::pair(QPalette::WindowText, ink("Window")), std::pair(QPalette::Base, ground("View")),
+        std::pair(QPalette::Text, ink("View")), std::pair(QPalette::ButtonText, ink("Button")),
+        std::pair(QPalette::Highlight, ground("Selection")),
+        std::pair(QPalette::HighlightedText, ink("Selection")),
+        std::pair(QPalette::ToolTipBase, ground("Tooltip")),
+        std::pair(QPalette::ToolTipText, ink("Tooltip"))}) {
+    if (!chosen.isValid()) return std::nullopt;
+    palette.setColor(role, chosen);
+  }
+  return palette;
+}
+
+}  // namespace tidemar::PlasmaColors

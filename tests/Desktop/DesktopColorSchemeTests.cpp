@@ -1,0 +1,101 @@
+#include <QEventLoop>
+#include <QTimer>
+#include <chrono>
+#include <optional>
+
+#include <gtest/gtest.h>
+
+#include "FakeService.h"
+#include "Platform/Desktop/DesktopColorScheme.h"
+#include "PrivateBus.h"
+
+namespace tidemar {
+namespace {
+
+using namespace testing;
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+using Preference = DesktopColorScheme::Preference;
+
+const QString path = u"/org/freedesktop/portal/desktop"_s;
+const QString settings = u"org.freedesktop.portal.Settings"_s;
+const QString appearance = u"org.freedesktop.appearance"_s;
+const QString key = u"color-scheme"_s;
+
+QVariant inVariant(const QVariant& value) {
+  return QVariant::fromValue(QDBusVariant(value));
+}
+
+class DesktopColorSchemeTest : public BusTest {
+ protected:
+  void startPortal(uint answer) {
+    portal.emplace(bus->connect(), u"org.freedesktop.portal.Desktop"_s, path,
+                   [answer](const QDBusMessage& call) {
+                     return call.createReply(inVariant(inVariant(answer)));
+                   });
+  }
+
+  void follow() {
+    scheme.emplace(bus->connect());
+    QObject::connect(&*scheme, &DesktopColorScheme::told,
+                     [this](Preference preference) { told.push_back(preference); });
+    scheme->follow();
+    scheme->follow();
+  }
+
+  void change(const QString& group, uint value) {
+    portal->send(path, settings, u"SettingChanged"_s, {group, key, inVariant(value)});
+  }
+
+  /// What was told until so many answers came.
+  std::vector<Preference> heard(std::size_t count) {
+    QEventLoop loop;
+    const auto enough = [&](auto) {
+      if (told.size() >= count) loop.quit();
+    };
+    QObject::connect(&*scheme, &DesktopColorScheme::told, &loop, enough);
+    QTimer::singleShot(10s, &loop, &QEventLoop::quit);
+    if (told.size() < count) loop.exec();
+    return std::exchange(told, {});
+  }
+
+  std::optional<FakeService> portal;
+  std::optional<DesktopColorScheme> scheme;
+  std::vector<Preference> told;
+};
+
+TEST_F(DesktopColorSchemeTest, TellsThePortalsAnswerOnce) {
+  for (const auto& [answer, preference] :
+       {std::pair(0U, Preference::none), std::pair(1U, Preference::dark),
+        std::pair(2U, Preference::light), std::pair(7U, Preference::none)}) {
+    startPortal(answer);
+    follow();
+    EXPECT_EQ(heard(1), std::vector{preference});
+    EXPECT_EQ(portal->calls.size(), 1U);
+  }
+}
+
+TEST_F(DesktopColorSchemeTest, TellsEveryChangeOfThisSettingByAPortalThatCameLater) {
+  follow();
+  startPortal(1);
+  change(u"org.gnome.desktop.interface"_s, 2);
+  change(appearance, 2);
+  change(appearance, 0);
+  change(appearance, 1);
+  EXPECT_EQ(heard(3), (std::vector{Preference::light, Preference::none, Preference::dark}));
+}
+
+TEST_F(DesktopColorSchemeTest, PlasmaTellsOfItsColoursWithoutAPortal) {
+  follow();
+  FakeService plasma(bus->connect(), u"org.kde.plasma"_s, u"/KGlobalSettings"_s,
+                     [](const QDBusMessage&) { return QDBusMessage(); });
+  const auto notify = [&](int kind) {
+    plasma.send(u"/KGlobalSettings"_s, u"org.kde.KGlobalSettings"_s, u"notifyChange"_s, {kind, 0});
+  };
+  notify(1);
+  notify(0);
+  EXPECT_EQ(heard(1), std::vector{Preference::none});
+}
+
+}  // namespace
+}  // namespace tidemar
