@@ -1,14 +1,8 @@
-#include <limits>
-
-#include <gtest/gtest.h>
-
 #include "TidemarUI/State/DayWords.h"
-#include "tests/support/Dates.h"
+#include "support/Testing.h"
 
-namespace tidemar {
+namespace tidemar::testing {
 namespace {
-
-using testing::utc;
 
 TEST(DayWords, FollowTheMidnightsOfTheUsersZone) {
   const struct {
@@ -58,4 +52,4 @@ TEST(DayWords, FollowTheMidnightsOfTheUsersZone) {
 }
 
 }  // namespace
-}  // namespace tidemar
+}  // namespace tidemar::testing

@@ -1,13 +1,8 @@
-#include <cerrno>
-#include <stdexcept>
-
-#include <gtest/gtest.h>
-
-#include "Platform/PlatformError.h"
 #include "TidemarKit/Engine/Failure.h"
 #include "TidemarUI/State/FailureLine.h"
+#include "support/Testing.h"
 
-namespace tidemar {
+namespace tidemar::testing {
 namespace {
 
 TEST(FailureLine, NamesWhatItIsAboutWhateverItsBytes) {
@@ -37,4 +32,4 @@ TEST(FailureLine, AnItemThatStayedIsNamedByItsName) {
 }
 
 }  // namespace
-}  // namespace tidemar
+}  // namespace tidemar::testing

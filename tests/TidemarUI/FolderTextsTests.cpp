@@ -1,15 +1,8 @@
-#include <optional>
-
-#include <gtest/gtest.h>
-
 #include "TidemarUI/State/FolderTexts.h"
 #include "tests/TidemarUI/Samples.h"
-#include "tests/support/Dates.h"
 
-namespace tidemar {
+namespace tidemar::testing {
 namespace {
-
-using namespace testing;
 
 constexpr auto bin = Disposal::bin;
 
@@ -61,4 +54,4 @@ TEST(DistanceText, IsDecidedByTheFirstRuleThatApplies) {
 }
 
 }  // namespace
-}  // namespace tidemar
+}  // namespace tidemar::testing

@@ -1,11 +1,7 @@
-#include <string>
-#include <vector>
-
-#include <gtest/gtest.h>
-
 #include "TidemarUI/State/ForecastRows.h"
+#include "support/Testing.h"
 
-namespace tidemar {
+namespace tidemar::testing {
 namespace {
 
 TEST(ForecastRows, NameTheFirstTwoItems) {
@@ -43,4 +39,4 @@ TEST(ForecastRows, StandInASectionForEachActionInTurn) {
 }
 
 }  // namespace
-}  // namespace tidemar
+}  // namespace tidemar::testing

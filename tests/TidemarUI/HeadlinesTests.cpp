@@ -1,16 +1,9 @@
-#include <vector>
-
-#include <gtest/gtest.h>
-
 #include "TidemarUI/State/FolderPreview.h"
 #include "TidemarUI/State/Headlines.h"
 #include "tests/TidemarUI/Samples.h"
-#include "tests/support/Dates.h"
 
-namespace tidemar {
+namespace tidemar::testing {
 namespace {
-
-using namespace testing;
 
 constexpr Date now = utc(2026, 11, 16, 12);
 
@@ -71,4 +64,4 @@ TEST(FolderPreview, HeadlineTellsTheWeek) {
 }
 
 }  // namespace
-}  // namespace tidemar
+}  // namespace tidemar::testing

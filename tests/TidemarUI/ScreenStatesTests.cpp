@@ -1,17 +1,8 @@
-#include <optional>
-#include <string>
-#include <vector>
-
-#include <gtest/gtest.h>
-
 #include "TidemarUI/State/MainState.h"
 #include "tests/TidemarUI/Samples.h"
-#include "tests/support/Dates.h"
 
-namespace tidemar {
+namespace tidemar::testing {
 namespace {
-
-using namespace testing;
 
 constexpr Date now = utc(2026, 11, 16, 12);
 
@@ -90,7 +81,9 @@ TEST(MenuBarState, SumsUpTheFoldersThatAreTemporaryOrUnreadable) {
     EXPECT_EQ(state.subheadline, row.subheadline);
     EXPECT_EQ(state.folders.size(), row.rowCount);
     EXPECT_EQ(state.forecast.size(), row.groupCount);
-    EXPECT_TRUE(state.isFinderExtensionOff);
+    const bool hasRows = row.rowCount > 0;
+    EXPECT_EQ(menuBarBlocks(state),
+              (MenuBarBlocks{true, !hasRows, hasRows && row.groupCount > 0, hasRows, false}));
   }
 }
 
@@ -111,26 +104,8 @@ TEST(MenuBarState, KeepsTheOrderAndDescribesEachFolder) {
                 {4, "/data/M\xFCll", "M\uFFFDll", "90 days · Delete", "Can't read this folder", ""},
                 {2, "/a/zeta", "zeta", "90 days · Bin", "Can't read this folder", "/a/zeta"}}));
   ASSERT_EQ(state.recentRuns.size(), 1u);
+  EXPECT_TRUE(menuBarBlocks(state).hasRecentRuns);
   EXPECT_TRUE(state.recentRuns[0].detail.starts_with("off · ")) << "though it lost its tag";
-}
-
-TEST(MenuBarState, ShowsTheInvitationOrTheBlocks) {
-  const std::vector<ForecastGroup> forecast(1);
-  const std::vector<FolderSummary> folders(1);
-  const std::vector<RecentRun> runs(1);
-  const struct {
-    const char* name;
-    MenuBarState state;
-    MenuBarBlocks blocks;
-  } rows[] = {
-      {"without a row, no other block but the warning",
-       {"", "", true, forecast, {}, runs},
-       {true, true, false, false, false}},
-      {"folders alone", {"", "", false, {}, folders, {}}, {false, false, false, true, false}},
-      {"everything", {"", "", true, forecast, folders, runs}, {true, false, true, true, true}},
-  };
-  for (const auto& row : rows)
-    EXPECT_EQ(menuBarBlocks(row.state), row.blocks) << row.name;
 }
 
 TEST(MainState, ListsEveryFolderWithAnId) {
@@ -156,17 +131,9 @@ TEST(MainState, ListsEveryFolderWithAnId) {
   EXPECT_EQ(state.folders.at(1).settings, deleting());
 }
 
-TEST(MainState, ShowsTheOverviewWhereNoFolderIsChosen) {
+TEST(MainState, InvitesOnlyWithoutAnyFolder) {
   const MainState state = stateOf({sampleReport(7, untaggedStatus())});
-  EXPECT_EQ(shownFolder(state, MainSelection::folder(7)), &state.folders.front());
-  EXPECT_EQ(shownFolder(state, MainSelection::folder(8)), nullptr);
-  EXPECT_EQ(shownFolder(state, MainSelection::overview()), nullptr);
-  EXPECT_EQ(shownFolder(state, std::nullopt), nullptr);
-  EXPECT_EQ(removableFolderID(MainSelection::folder(7)), 7);
-  EXPECT_EQ(removableFolderID(MainSelection::overview()), std::nullopt);
-  EXPECT_EQ(removableFolderID(std::nullopt), std::nullopt);
-
-  // It invites only without any folder: those that are off still stand in the sidebar.
+  // Those that are off still stand in the sidebar.
   JournalEntry entry;
   entry.id = 1;
   const FolderStatus due = taggedStatus({sampleItem("a")}, {});
@@ -178,4 +145,4 @@ TEST(MainState, ShowsTheOverviewWhereNoFolderIsChosen) {
 }
 
 }  // namespace
-}  // namespace tidemar
+}  // namespace tidemar::testing

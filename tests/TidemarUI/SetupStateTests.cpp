@@ -1,10 +1,7 @@
-#include <array>
-
-#include <gtest/gtest.h>
-
 #include "TidemarUI/State/SetupState.h"
+#include "support/Testing.h"
 
-namespace tidemar {
+namespace tidemar::testing {
 namespace {
 
 TEST(SetupState, OffersWhatIsNotDoneYet) {
@@ -46,4 +43,4 @@ TEST(SetupState, OffersWhatIsNotDoneYet) {
 }
 
 }  // namespace
-}  // namespace tidemar
+}  // namespace tidemar::testing

@@ -1,15 +1,8 @@
-#include <optional>
-
-#include <gtest/gtest.h>
-
 #include "TidemarUI/State/TomorrowNotification.h"
 #include "tests/TidemarUI/Samples.h"
-#include "tests/support/Dates.h"
 
-namespace tidemar {
+namespace tidemar::testing {
 namespace {
-
-using namespace testing;
 
 TEST(TomorrowNotification, TellsWhatGoesOnTheUsersTomorrow) {
   // 00:30 on the 17th in Berlin, where tomorrow is the 18th; UTC still has the 16th.
@@ -55,4 +48,4 @@ TEST(TomorrowNotification, TellsWhatGoesOnTheUsersTomorrow) {
 }
 
 }  // namespace
-}  // namespace tidemar
+}  // namespace tidemar::testing

@@ -1,14 +1,6 @@
 #include "support/FakeFileManager.h"
 
-#include <algorithm>
-#include <cerrno>
-#include <cstdlib>
-#include <functional>
-#include <sstream>
-#include <stdexcept>
-#include <utility>
-
-#include "support/TemporaryTree.h"
+#include "support/Testing.h"
 
 namespace tidemar::testing {
 
