@@ -44,11 +44,12 @@ TEST(NameOrder, isAStrictTotalOrderByComposedScalarsThenBytes) {
   }
 }
 
+struct Element {
+  const Item* item;
+  Date date;
+};
+
 TEST(NameOrder, sortsItemsOfEqualDateWhateverDirectoryTheyLieIn) {
-  struct Element {
-    const Item* item;
-    Date date;
-  };
   std::vector<Item> items = {item("zz", 0)};
   for (std::size_t i = 0; i < namesInOrder.size(); ++i) {
     const FileURL directory(i % 2 == 0 ? "/z" : "/a");
@@ -70,10 +71,6 @@ TEST(NameOrder, sortsItemsOfEqualDateWhateverDirectoryTheyLieIn) {
 }
 
 TEST(NameOrder, holdsForManyItemsHoweverTheirDatesAreSpread) {
-  struct Element {
-    const Item* item;
-    Date date;
-  };
   // The numbers are taken in an order without a pattern; names of many items begin alike.
   constexpr int count = 3000;
   const auto shuffled = [](int i) { return i * 7919 % count; };

@@ -5,7 +5,6 @@ Usage: program_tests.py path/to/tidemar [unittest's arguments]"""
 import contextlib
 import datetime
 import os
-import shutil
 import signal
 import sqlite3
 import subprocess
@@ -102,9 +101,6 @@ class ProgramTest(unittest.TestCase):
         program = self.session.start(days_ahead=DAYS, **options)
         return program, self.session.wait_for_run(self.folder, after)
 
-    def change_database(self, statement):
-        subprocess.run(["sqlite3", self.session.database, statement], check=True)
-
 
 class TheMainJob(ProgramTest):
     def test_old_items_leave_by_age_and_only_they(self):
@@ -170,7 +166,8 @@ class TheMainJob(ProgramTest):
     def test_a_clock_set_forward_is_no_restart_of_the_computer(self):
         write(self.path(b"file.txt"))
         made = self.make_temporary()
-        self.change_database("UPDATE folder SET emptyOnRestart = 1, maxAgeDays = NULL")
+        statement = "UPDATE folder SET emptyOnRestart = 1, maxAgeDays = NULL"
+        subprocess.run(["sqlite3", self.session.database, statement], check=True)
         self.clear(made)
         self.assertEqual(self.names(), {b"file.txt"})
 

@@ -12,17 +12,8 @@ namespace tidemar::testing {
 namespace {
 
 const char* sizeOf(TestFileSystem::Type type) {
-  switch (type) {
-    case TestFileSystem::Type::ext4:
-      return "64M";
-    case TestFileSystem::Type::xfs:
-      return "300M";
-    case TestFileSystem::Type::btrfs:
-      return "128M";
-    case TestFileSystem::Type::tmpfs:
-      break;
-  }
-  return "0";
+  constexpr std::array<const char*, 4> sizes = {"64M", "300M", "128M", "0"};
+  return sizes[static_cast<std::size_t>(type)];
 }
 
 const char* makeOptions(TestFileSystem::Type type) {
