@@ -2,6 +2,7 @@
 
 #include "TidemarUI/State/ForecastRows.h"
 #include "TidemarUI/State/Labels.h"
+#include "TidemarUI/Views/AccessibleRoles.h"
 #include "TidemarUI/Views/Closures.h"
 #include "TidemarUI/Views/MenuRow.h"
 #include "TidemarUI/Views/TextLabel.h"
@@ -52,6 +53,7 @@ class ForecastSectionView : public QWidget {
 
   void show(const ForecastSection& section, const std::shared_ptr<const void>& owner) {
     _title->show(section.title);
+    markAsList(*_rows, section.title);
     _title->setTone(section.isPermanent ? TextLabel::Tone::warning : TextLabel::Tone::secondary);
     _rows->update(
         section.groups, [](const ForecastGroup& group) { return group.id(); },

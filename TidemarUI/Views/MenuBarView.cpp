@@ -159,6 +159,7 @@ QWidget* MenuBarView::makeWarning(const SystemNames& names) {
 
 QWidget* MenuBarView::makeFolders() {
   _folders = new KeyedColumn<std::int64_t, FolderRow>;
+  markAsList(*_folders, labels::folders);
   auto* block = new QWidget;
   auto* column = new QVBoxLayout(block);
   column->setContentsMargins(0, 0, 0, 0);

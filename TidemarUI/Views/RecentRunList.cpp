@@ -1,6 +1,7 @@
 #include "TidemarUI/Views/RecentRunList.h"
 
 #include "TidemarUI/State/Labels.h"
+#include "TidemarUI/Views/AccessibleRoles.h"
 #include "TidemarUI/Views/Closures.h"
 
 namespace tidemar {
@@ -31,11 +32,13 @@ void RecentRunRow::setRun(const RecentRun& run) {
   _run = run;
   _summary->show(run.summary);
   _detail->show(run.detail);
+  setAccessibleName(textOf(run.summary + ", " + run.detail));
   _putBack->setAccessibleName(textOf(run.putBackLabel));
   _putBack->setVisible(run.canPutBack);
 }
 
 RecentRunList::RecentRunList() : _rows(new KeyedColumn<std::int64_t, RecentRunRow>) {
+  markAsList(*_rows, labels::recent);
   auto* column = new QVBoxLayout(this);
   column->setContentsMargins(0, 0, 0, 0);
   column->setSpacing(style::grid);

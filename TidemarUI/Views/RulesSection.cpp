@@ -37,9 +37,7 @@ RulesSection::RulesSection(const Formats& formats, const std::string& binName,
   _size = addRule(labels::sizeRule, settingsWithSizeRule);
   addNumber(*_size, formats, labels::sizeRule, settingsWithSizeLimit);
   _automatic = addRule(labels::automaticRule, settingsWithAutomatic);
-  const QString needs = textOf(automaticTooltip(binName));
-  _automatic->setToolTip(needs);
-  _automatic->checkBox->setAccessibleDescription(needs);
+  _automatic->setToolTip(textOf(automaticTooltip(binName)));
   _restart = addRule(labels::restartRule(names), settingsWithEmptyOnRestart);
 
   // Numbers stand below one another, and so do their units.
@@ -63,7 +61,12 @@ RuleRow* RulesSection::addRule(std::string_view label,
     send(shown, edit(shown, isOn));
   };
   QMargins margins = row->line().contentsMargins();
-  margins.setLeft(margins.left() - style::checkBoxRing);
+  // The toolkit mirrors what stands in a line, but not its margins.
+  if (layoutDirection() == Qt::RightToLeft) {
+    margins.setRight(margins.right() - style::checkBoxRing);
+  } else {
+    margins.setLeft(margins.left() - style::checkBoxRing);
+  }
   row->line().setContentsMargins(margins);
   row->line().addWidget(row->checkBox, 1);
   card().addRow(row);
@@ -94,7 +97,9 @@ void RulesSection::setSettings(const TemporarySettings& settings) {
     if (!row->number->isEdited()) row->shown = settings;
   }
   _automatic->show(settings.automatic);
-  _automatic->checkBox->setEnabled(canSetAutomatic(settings));
+  const bool canSet = canSetAutomatic(settings);
+  _automatic->checkBox->setEnabled(canSet);
+  _automatic->checkBox->setAccessibleDescription(canSet ? QString() : _automatic->toolTip());
   _restart->show(settings.emptyOnRestart);
   setFooter(rulesFooter(settings));
 }

@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "TidemarUI/State/Labels.h"
+#include "TidemarUI/Views/AccessibleRoles.h"
 #include "TidemarUI/Views/Closures.h"
 #include "TidemarUI/Views/Icons.h"
 #include "TidemarUI/Views/RowPainting.h"
@@ -99,7 +100,7 @@ Sidebar::Sidebar(const SystemNames& names) : _names(names) {
   setVerticalScrollMode(ScrollPerPixel);
   setResizeMode(Adjust);
   setViewportMargins(margin, margin, margin, margin);
-  setAccessibleName(textOf(labels::folders));
+  markAsList(*this, labels::folders);
 }
 
 void Sidebar::setState(const MainState& state, const std::optional<MainSelection>& selection) {

@@ -4,14 +4,12 @@
 #include <QScreen>
 #include <QTextEdit>
 #include <QTimer>
-#include <functional>
-
-#include <gtest/gtest.h>
 
 #include "Platform/Desktop/AlertDialog.h"
 #include "Platform/Desktop/ModalAlerts.h"
+#include "support/Testing.h"
 
-namespace tidemar {
+namespace tidemar::testing {
 namespace {
 
 /// Runs an alert and, once it is up, what a user does then.
@@ -93,4 +91,4 @@ TEST(Alert, StandsOverAWindowOfOursAndSurvivesItsEnd) {
 }
 
 }  // namespace
-}  // namespace tidemar
+}  // namespace tidemar::testing

@@ -1,17 +1,8 @@
-#include <filesystem>
-#include <map>
-#include <string>
-
-#include <gtest/gtest.h>
-
 #include "Platform/Desktop/DefaultFileManager.h"
-#include "support/ScopedEnvironment.h"
-#include "support/TemporaryTree.h"
+#include "support/Testing.h"
 
-namespace tidemar {
+namespace tidemar::testing {
 namespace {
-
-using namespace testing;
 
 TEST(DefaultFileManager, IsTheOneThatOpensFoldersByItsOwnName) {
   const std::string user = "config/mimeapps.list";
@@ -71,4 +62,4 @@ TEST(DefaultFileManager, IsTheOneThatOpensFoldersByItsOwnName) {
 }
 
 }  // namespace
-}  // namespace tidemar
+}  // namespace tidemar::testing

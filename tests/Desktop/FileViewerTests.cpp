@@ -1,19 +1,12 @@
 #include <QDBusArgument>
 #include <QDBusUnixFileDescriptor>
-#include <filesystem>
-#include <optional>
 
-#include <gtest/gtest.h>
-
-#include "FakeService.h"
-#include "OpenedURLs.h"
+#include "FakeDesktop.h"
 #include "Platform/Desktop/FileViewer.h"
-#include "PrivateBus.h"
 
-namespace tidemar {
+namespace tidemar::testing {
 namespace {
 
-using namespace testing;
 using namespace Qt::StringLiterals;
 
 class FileViewerTest : public BusTest {
@@ -122,4 +115,4 @@ one/
 }
 
 }  // namespace
-}  // namespace tidemar
+}  // namespace tidemar::testing

@@ -1,17 +1,10 @@
-#include <filesystem>
-
-#include <gtest/gtest.h>
-
 #include "Platform/Desktop/AutostartEntry.h"
 #include "Platform/Desktop/AutostartLoginItem.h"
-#include "Platform/PlatformError.h"
-#include "support/ScopedEnvironment.h"
-#include "support/TemporaryTree.h"
+#include "support/Testing.h"
 
-namespace tidemar {
+namespace tidemar::testing {
 namespace {
 
-using namespace testing;
 using Status = LoginItem::Status;
 
 TEST(AutostartEntry, IsReadAsTheDesktopsReadIt) {
@@ -152,4 +145,4 @@ TEST_F(LoginItemTest, ALinkToAnEntryIsReadAndTakenAwayAlone) {
 }
 
 }  // namespace
-}  // namespace tidemar
+}  // namespace tidemar::testing

@@ -1,21 +1,14 @@
 #include <QCoroTask>
 #include <QDBusArgument>
-#include <QDBusServiceWatcher>
 #include <QEventLoop>
 #include <QTimer>
-#include <algorithm>
-#include <optional>
 
-#include <gtest/gtest.h>
-
-#include "FakeService.h"
+#include "FakeDesktop.h"
 #include "Platform/Desktop/DesktopNotificationCenter.h"
-#include "PrivateBus.h"
 
-namespace tidemar {
+namespace tidemar::testing {
 namespace {
 
-using namespace testing;
 using namespace std::chrono_literals;
 using namespace Qt::StringLiterals;
 
@@ -204,50 +197,5 @@ TEST_F(NotificationCenterTest, WhatKeepsItBackIsToldAndHoldsNothingUp) {
   EXPECT_EQ(add("tomorrow.1"), "There is no session bus to send notifications over.");
 }
 
-/// The notifications that dunst showed, as the markup that it drew.
-std::vector<std::string> shownByDunst(const QDBusConnection& connection) {
-  const auto call = [&connection](const QString& method) {
-    return connection.call(QDBusMessage::createMethodCall(serviceName, objectPath,
-                                                          u"org.dunstproject.cmd0"_s, method));
-  };
-  call(u"NotificationCloseAll"_s);
-  const QDBusMessage history = call(u"NotificationListHistory"_s);
-  std::vector<std::string> lines;
-  for (const QVariantMap& shown : qdbus_cast<QList<QVariantMap>>(history.arguments().value(0)))
-    lines.push_back(shown[u"message"_s].toString().toStdString());
-  std::ranges::sort(lines);
-  return lines;
-}
-
-TEST_F(NotificationCenterTest, ARealServerTakesAndReplacesThem) {
-  if (!Helper::exists("dunst") || !Helper::exists("Xvfb")) GTEST_SKIP() << "needs dunst and Xvfb";
-  const TemporaryDirectory directory;
-  Helper display;
-  display.start(u"Xvfb"_s, {u"-displayfd"_s, u"1"_s, u"-nolisten"_s, u"tcp"_s});
-  const QString number = display.readLine();
-  ASSERT_FALSE(number.isEmpty());
-
-  QDBusConnection connection = bus->connect();
-  QDBusServiceWatcher watcher(serviceName, connection, QDBusServiceWatcher::WatchForRegistration);
-  QEventLoop untilItIsThere;
-  QObject::connect(&watcher, &QDBusServiceWatcher::serviceRegistered, &untilItIsThere,
-                   &QEventLoop::quit);
-  QTimer::singleShot(20s, &untilItIsThere, &QEventLoop::quit);
-  writeFile(directory.url("dunstrc"), "[global]\nmarkup = full\n");
-  Helper dunst;
-  dunst.start(u"dunst"_s, {u"-config"_s, QString::fromStdString(directory.path("dunstrc"))},
-              {u"DISPLAY=:"_s + number, u"DBUS_SESSION_BUS_ADDRESS="_s + bus->address()});
-  untilItIsThere.exec();
-
-  ASSERT_TRUE(isAuthorized());
-  ASSERT_EQ(add("tomorrow.1", "<b>Downloads</b>", "1 <item>"), "");
-  ASSERT_EQ(add("tomorrow.2", "Desktop", "3 items"), "");
-  ASSERT_EQ(add("tomorrow.1", "<b>Downloads</b>", "2 <b>items</b> & more"), "");
-  EXPECT_EQ(shownByDunst(connection),
-            (std::vector<std::string>{"<b>&lt;b&gt;Downloads&lt;/b&gt;</b>\n"
-                                      "2 &lt;b&gt;items&lt;/b&gt; &amp; more",
-                                      "<b>Desktop</b>\n3 items"}));
-}
-
 }  // namespace
-}  // namespace tidemar
+}  // namespace tidemar::testing

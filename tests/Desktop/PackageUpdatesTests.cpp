@@ -1,22 +1,14 @@
 #include <QDBusObjectPath>
 #include <QEventLoop>
-#include <filesystem>
-#include <optional>
 
-#include <gtest/gtest.h>
-
-#include "FakeService.h"
-#include "OpenedURLs.h"
+#include "FakeDesktop.h"
 #include "Platform/Desktop/Alerts.h"
 #include "Platform/Desktop/PackageOwnership.h"
 #include "Platform/Desktop/PackageUpdates.h"
-#include "PrivateBus.h"
-#include "support/ScopedEnvironment.h"
 
-namespace tidemar {
+namespace tidemar::testing {
 namespace {
 
-using namespace testing;
 using namespace Qt::StringLiterals;
 
 class WrittenAlerts : public Alerts {
@@ -198,4 +190,4 @@ TEST(PackageOwnershipTest, OnlyAProgramInThePackagesListBelongsToIt) {
 }
 
 }  // namespace
-}  // namespace tidemar
+}  // namespace tidemar::testing

@@ -1,15 +1,10 @@
-#include <QDBusMessage>
-
-#include <gtest/gtest.h>
-
+#include "FakeDesktop.h"
 #include "Platform/Desktop/ClockWatcher.h"
 #include "Platform/Desktop/WakeNotifier.h"
-#include "PrivateBus.h"
 
-namespace tidemar {
+namespace tidemar::testing {
 namespace {
 
-using namespace testing;
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 
@@ -89,4 +84,4 @@ TEST(TimeAsleepTest, AClockThatIsSetIsNoSleep) {
 }
 
 }  // namespace
-}  // namespace tidemar
+}  // namespace tidemar::testing

@@ -1,21 +1,9 @@
-#include <cerrno>
-#include <filesystem>
-#include <functional>
-#include <set>
-#include <string>
-
-#include <fcntl.h>
-#include <sys/syscall.h>
-
 #include "Platform/Files/Trash/PercentEncoding.h"
 #include "Platform/FolderAndBin.h"
-#include "support/FailingSystemCall.h"
-#include "support/FolderActions.h"
 
-namespace tidemar {
+namespace tidemar::testing {
 namespace {
 
-using namespace testing;
 using BinnedItemTest = FolderAndBin;
 
 TEST_F(BinnedItemTest, BelievesNoPlaceButOneInTheTrashOfThisUser) {
@@ -332,4 +320,4 @@ TEST_F(PutBackTest, BringsBackWhatWasLookedAtOrNothing) {
 }
 
 }  // namespace
-}  // namespace tidemar
+}  // namespace tidemar::testing

@@ -1,32 +1,13 @@
-#include <cerrno>
 #include <cstdio>
-#include <filesystem>
-#include <string>
-#include <utility>
-#include <vector>
-
-#include <fcntl.h>
-#include <gtest/gtest.h>
-#include <sys/stat.h>
-#include <sys/syscall.h>
-#include <unistd.h>
 
 #include "Platform/Files/Bookmarks/BookmarkRecord.h"
 #include "Platform/Files/Bookmarks/BookmarkSearch.h"
 #include "Platform/Files/Bookmarks/SearchPlaces.h"
 #include "Platform/Files/Descriptors/FileDescriptor.h"
-#include "Platform/PlatformError.h"
-#include "support/FailingSystemCall.h"
-#include "support/FolderActions.h"
-#include "support/ScopedEnvironment.h"
-#include "support/SilentMount.h"
-#include "support/TemporaryTree.h"
-#include "support/TestFileSystems.h"
+#include "support/Testing.h"
 
-namespace tidemar {
+namespace tidemar::testing {
 namespace {
-
-using namespace testing;
 
 /// Where a bookmark leads: the path, with " (stale)" or " (replaced)" behind it, or "none:
 /// {errno}".
@@ -345,6 +326,32 @@ TEST_F(BookmarkSearchTest, DoesNotLookIntoAnotherMount) {
   EXPECT_EQ(metFrom(bookmark), url("b/inner/folder").path());
 }
 
+TEST_F(BookmarkSearchTest, DoesNotEvenOpenAMountPointAndNoLinkThatComesMeanwhile) {
+  makeTree(home(), "old/\n  folder/\na/\nview/");
+  const std::string bookmark = makeBookmark(url("old/folder"));
+  std::filesystem::remove(url("old/folder").path());
+  const auto openedDirectories = [&] {
+    int count = 0;
+    withActionBefore(
+        SYS_openat2, [&](int call) { count = call; },
+        [&] { EXPECT_EQ(metFrom(bookmark), nowhere); });
+    return count;
+  };
+  const int before = openedDirectories();
+  const BindMount mount(url("a"), url("view"));
+  ASSERT_TRUE(mount.isMounted()) << mount.reason();
+  EXPECT_EQ(openedDirectories(), before - 1) << "an automount would be set off by that";
+
+  withActionBefore(
+      SYS_openat2,
+      [&](int call) {
+        if (call > 1) return;
+        rename(url("old"), url("moved"));
+        makeTree(home(), "old -> a");
+      },
+      [&] { EXPECT_FALSE(SearchPlaces(url("x/folder")).open(url("old"))); });
+}
+
 TEST_F(BookmarkSearchTest, DoesNotTakeASnapshotForTheDirectory) {
   const TestFileSystem drive(TestFileSystem::Type::btrfs);
   makeTree(drive.url(), "folder/");
@@ -421,4 +428,4 @@ TEST_F(BookmarkSearchTest, TouchesNoMountThatMayNeverAnswer) {
 }
 
 }  // namespace
-}  // namespace tidemar
+}  // namespace tidemar::testing

@@ -1,21 +1,10 @@
-#include <cerrno>
-#include <filesystem>
-#include <map>
-
-#include <gtest/gtest.h>
-#include <sys/stat.h>
-
 #include "Platform/Extension/MenuEntries.h"
 #include "Platform/Extension/ThunarActions.h"
 #include "Platform/Extension/ThunarMenuEntry.h"
-#include "support/FileExpectations.h"
-#include "support/ScopedEnvironment.h"
-#include "support/TemporaryTree.h"
+#include "support/Testing.h"
 
-namespace tidemar {
+namespace tidemar::testing {
 namespace {
-
-using namespace testing;
 
 class MenuEntriesInAHome : public ::testing::Test {
  protected:
@@ -143,7 +132,7 @@ class ThunarOnFile : public ::testing::Test {
   TemporaryDirectory directory;
   ScopedHome home{directory.url()};
   ScopedEnvironment system{"XDG_CONFIG_DIRS",
-                           directory.path("missing") + ":" + directory.path("system")};
+                           directory.path("missing") + ":relative:" + directory.path("system")};
   FileURL file = directory.url(".config/Thunar/uca.xml");
   FileURL backup = directory.url(".config/Thunar/uca.xml.before-tidemar");
   ThunarMenuEntry entry{directory.url("bin/it's <100%> & more")};
@@ -227,7 +216,12 @@ TEST_F(ThunarOnFile, anActionThatThunarWroteAnewIsStillOurs) {
 
 TEST_F(ThunarOnFile, aUserWithoutAListKeepsTheActionsOfTheSystem) {
   writeFile(directory.url("system/Thunar/uca.xml"), foreignList);
+  makeTree(directory.url(), "relative/\n  Thunar/");
+  writeFile(directory.url("relative/Thunar/uca.xml"), "<actions/>");
+  const auto before = std::filesystem::current_path();
+  std::filesystem::current_path(directory.path());
   entry.install();
+  std::filesystem::current_path(before);
   EXPECT_EQ(ThunarActions::removingOurs(readFile(file)), foreignList);
   entry.uninstall();
   EXPECT_EQ(files(), std::set<std::string>{});
@@ -267,4 +261,4 @@ TEST_F(ThunarOnFile, aListThatIsNotWellFormedIsRefusedAndLeftAlone) {
 }
 
 }  // namespace
-}  // namespace tidemar
+}  // namespace tidemar::testing

@@ -1,17 +1,7 @@
 #pragma once
 
-#include <filesystem>
-#include <memory>
-#include <string>
-
-#include <gtest/gtest.h>
-#include <unistd.h>
-
 #include "Platform/Files/DiskFileManager.h"
-#include "support/FileExpectations.h"
-#include "support/ScopedEnvironment.h"
-#include "support/TemporaryTree.h"
-#include "support/TestFileSystems.h"
+#include "support/Testing.h"
 
 namespace tidemar::testing {
 

@@ -1,35 +1,11 @@
-#include <atomic>
-#include <csignal>
-#include <filesystem>
-#include <functional>
-#include <memory>
-#include <set>
-#include <string>
-#include <thread>
-
-#include <fcntl.h>
-#include <gtest/gtest.h>
 #include <sys/file.h>
-#include <sys/prctl.h>
-#include <sys/stat.h>
-#include <sys/syscall.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include "Platform/Files/Changes/LeftCopy.h"
 #include "Platform/Files/Descriptors/FileDescriptor.h"
 #include "Platform/FolderAndBin.h"
-#include "support/FailingSystemCall.h"
-#include "support/FileExpectations.h"
-#include "support/FolderActions.h"
-#include "support/SmallThread.h"
-#include "support/TemporaryTree.h"
-#include "support/TestFileSystems.h"
 
-namespace tidemar {
+namespace tidemar::testing {
 namespace {
-
-using namespace testing;
 
 const std::string name = ".tidemar-copy-0123456789abcdef";
 
@@ -158,73 +134,5 @@ TEST_F(LeftCopy, GoesHoweverDeepItIs) {
   EXPECT_TRUE(namesIn(in("")).empty());
 }
 
-using KilledPutBack = FolderAndBin;
-
-/// A process that is killed before a system call that it or its copying program makes.
-TEST_F(KilledPutBack, LosesNothingWhenItIsKilledAtAnyPoint) {
-  if (!mountDrive(TestFileSystem::Type::tmpfs)) GTEST_SKIP() << _drive->reason();
-  const FileURL place = bin("files/item");
-  const struct {
-    const char* title;
-    long call;
-    int number;
-    bool isInFolder = false;
-    bool isWholeInBin = true;
-  } rows[] = {
-      {"before the private directory", SYS_mkdirat, 1},
-      {"before its place", SYS_mkdirat, 2},
-      {"while it is copied", SYS_utimensat, 1},
-      {"later while it is copied", SYS_utimensat, 3},
-      {"before the copy is on the disk", SYS_syncfs, 1},
-      {"before the copy is in its place", SYS_renameat2, 2},
-      {"before its name is on the disk", SYS_fsync, 1, true},
-      {"before the original is taken", SYS_renameat2, 3, true},
-      {"before the original goes", SYS_renameat2, 4, true},
-      {"while the original goes", SYS_unlinkat, 2, true, false},
-  };
-  // Whose parent dies becomes this process's child, so that its end can be seen.
-  ASSERT_EQ(prctl(PR_SET_CHILD_SUBREAPER, 1), 0);
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.title);
-    layItem("item/\n  a/\n    b 5\n  c 3\n  d -> a");
-    setModificationTime(place, 1e9);
-    const std::string before = imageOf(place);
-    std::atomic<pid_t> process = 0;
-    const auto act = [&](int call) {
-      if (call != row.number) return;
-      while (process == 0)
-        std::this_thread::yield();
-      kill(process, SIGKILL);
-      siginfo_t end{};
-      waitid(P_PID, static_cast<id_t>(process), &end, WEXITED | WNOWAIT);
-    };
-    withActionBefore(row.call, act, [&] {
-      const pid_t forked = fork();
-      if (forked == 0) {
-        putBack(place);
-        _exit(0);
-      }
-      process = forked;
-      for (int status = 0; waitpid(-1, &status, 0) > 0;)
-        EXPECT_TRUE(WIFSIGNALED(status)) << "it or its copying program came to its end";
-    });
-
-    listDirectory(folder(""));  // What opening it clears away is gone by then.
-    EXPECT_EQ(namesIn(folder("")),
-              row.isInFolder ? std::set<std::string>{"item"} : std::set<std::string>{});
-    // What was taken lies in the Bin again as soon as that is opened.
-    EXPECT_EQ(putBack(place), row.isInFolder ? EEXIST : 0);
-    EXPECT_EQ(imageOf(folder("item")), before);
-    EXPECT_EQ(exists(place), row.isInFolder);
-    if (row.isInFolder) {
-      EXPECT_EQ(imageOf(place) == before, row.isWholeInBin);
-    }
-    EXPECT_EQ(namesIn(bin("")), (std::set<std::string>{"files", "info"}));
-    erase(place);
-    erase(folder("item"));
-  }
-  prctl(PR_SET_CHILD_SUBREAPER, 0);
-}
-
 }  // namespace
-}  // namespace tidemar
+}  // namespace tidemar::testing

@@ -1,20 +1,9 @@
-#include <cstdint>
-#include <limits>
-#include <optional>
-#include <string>
-
-#include <gtest/gtest.h>
-
 #include "Platform/Locale/Calendar.h"
 #include "Platform/Locale/Formats.h"
-#include "support/Dates.h"
-#include "support/ScopedEnvironment.h"
+#include "support/Testing.h"
 
-namespace tidemar {
+namespace tidemar::testing {
 namespace {
-
-using testing::ScopedEnvironment;
-using testing::utc;
 
 constexpr std::int64_t most = std::numeric_limits<std::int64_t>::max();
 
@@ -190,4 +179,4 @@ TEST(Calendar, DoesNotFailForDatesThatNoOneCanCount) {
 }
 
 }  // namespace
-}  // namespace tidemar
+}  // namespace tidemar::testing

@@ -1,16 +1,8 @@
-#include <array>
-#include <limits>
-#include <thread>
-#include <vector>
-
-#include <fcntl.h>
-#include <gtest/gtest.h>
-#include <unistd.h>
-
 #include "Platform/Files/Descriptors/FileDescriptor.h"
 #include "Platform/Logger.h"
+#include "support/Testing.h"
 
-namespace tidemar {
+namespace tidemar::testing {
 namespace {
 
 constexpr auto least = std::numeric_limits<std::int64_t>::min();
@@ -85,4 +77,4 @@ TEST(Logger, showsPrivateValuesOnATerminal) {
 }
 
 }  // namespace
-}  // namespace tidemar
+}  // namespace tidemar::testing

@@ -1,33 +1,13 @@
-#include <algorithm>
-#include <cstdint>
-#include <optional>
-#include <set>
-#include <string>
-#include <utility>
-#include <vector>
-
-#include <gtest/gtest.h>
-#include <sys/syscall.h>
-#include <unistd.h>
-
 #include "Platform/Files/Descriptors/EntryValues.h"
 #include "Platform/Files/Descriptors/WholeFile.h"
 #include "Platform/Files/DiskFileManager.h"
 #include "Platform/Files/Places/BootTime.h"
 #include "Platform/Files/Places/MountTable.h"
 #include "Platform/Files/Places/UserDirectories.h"
-#include "support/FailingSystemCall.h"
-#include "support/FileExpectations.h"
-#include "support/FolderActions.h"
-#include "support/ScopedEnvironment.h"
-#include "support/SilentMount.h"
-#include "support/TemporaryTree.h"
-#include "support/TestFileSystems.h"
+#include "support/Testing.h"
 
-namespace tidemar {
+namespace tidemar::testing {
 namespace {
-
-using namespace testing;
 
 class KeptBootTime : public ::testing::Test {
  protected:
@@ -271,4 +251,4 @@ TEST(MountTableReader, ReadsAgainOnlyWhenTheMountsHaveChanged) {
 }
 
 }  // namespace
-}  // namespace tidemar
+}  // namespace tidemar::testing

@@ -1,25 +1,11 @@
-#include <cerrno>
-#include <filesystem>
-#include <functional>
-#include <memory>
-#include <set>
-#include <string>
-#include <tuple>
-#include <utility>
-
-#include <fcntl.h>
-#include <sys/syscall.h>
 #include <sys/xattr.h>
 
 #include "Platform/Files/Descriptors/FileDescriptor.h"
 #include "Platform/FolderAndBin.h"
-#include "support/FailingSystemCall.h"
-#include "support/SmallThread.h"
 
-namespace tidemar {
+namespace tidemar::testing {
 namespace {
 
-using namespace testing;
 using PutBackByCopy = FolderAndBin;
 
 class PutBackByCopyOn : public PutBackByCopy,
@@ -239,4 +225,4 @@ TEST_F(PutBackByCopy, TakesNothingOutOfTheBinThatIsNotWholeInTheFolder) {
 }
 
 }  // namespace
-}  // namespace tidemar
+}  // namespace tidemar::testing

@@ -1,31 +1,12 @@
-#include <cerrno>
-#include <filesystem>
-#include <string>
-#include <string_view>
-#include <vector>
-
-#include <fcntl.h>
-#include <gtest/gtest.h>
 #include <linux/fs.h>
 #include <sys/ioctl.h>
-#include <sys/stat.h>
-#include <sys/syscall.h>
-#include <unistd.h>
 
 #include "Platform/Files/Descriptors/FileDescriptor.h"
 #include "Platform/Files/DiskFileManager.h"
-#include "support/FailingSystemCall.h"
-#include "support/FileExpectations.h"
-#include "support/FolderActions.h"
-#include "support/ScopedEnvironment.h"
-#include "support/SmallThread.h"
-#include "support/TemporaryTree.h"
-#include "support/TestFileSystems.h"
+#include "support/Testing.h"
 
-namespace tidemar {
+namespace tidemar::testing {
 namespace {
-
-using namespace testing;
 
 /// The code of the error that deleting an item ends in, 0 for none.
 int removalCode(const FileURL& url) {
@@ -51,25 +32,6 @@ class Removal : public ::testing::Test {
   TemporaryDirectory _directory;
   TemporaryDirectory _elsewhere;
 };
-
-TEST_F(Removal, TakesWhatItemsAreMadeOfAndNothingThatTheyPointTo) {
-  makeTree(_directory.url(), R"(
-    kept/
-      precious
-    plain
-    odd/
-      "a \n\xff"
-      .hidden
-      pipe |
-      link -> ../kept
-      empty/
-    link -> kept)");
-  for (const char* name : {"plain", "odd", "link"}) {
-    EXPECT_EQ(removalCode(url(name)), 0) << name;
-    EXPECT_FALSE(exists(url(name))) << name;
-  }
-  EXPECT_TRUE(exists(url("kept/precious")));
-}
 
 TEST_F(Removal, RefusesWhatIsNoEntry) {
   using namespace std::string_literals;
@@ -224,4 +186,4 @@ TEST(Dates, ARenameIntoAFolderCountsAsComing) {
 }
 
 }  // namespace
-}  // namespace tidemar
+}  // namespace tidemar::testing

@@ -1,23 +1,9 @@
-#include <cerrno>
-#include <string>
-#include <string_view>
-#include <utility>
-#include <vector>
-
-#include <gtest/gtest.h>
-#include <sys/syscall.h>
 #include <sys/xattr.h>
 
-#include "Platform/PlatformError.h"
-#include "support/FailingSystemCall.h"
-#include "support/FolderActions.h"
-#include "support/TemporaryTree.h"
-#include "support/TestFileSystems.h"
+#include "support/Testing.h"
 
-namespace tidemar {
+namespace tidemar::testing {
 namespace {
-
-using namespace testing;
 
 constexpr const char* attribute = "user.xdg.tags";
 
@@ -92,25 +78,5 @@ TEST(Tags, StayAsTheyWereWhereTheDiskRefusesNewOnesAndSaysWhatToDo) {
   }
 }
 
-class OnEachFileSystem : public ::testing::TestWithParam<TestFileSystem::Type> {};
-INSTANTIATE_TEST_SUITE_P(Platform, OnEachFileSystem,
-                         ::testing::Values(TestFileSystem::Type::ext4, TestFileSystem::Type::xfs,
-                                           TestFileSystem::Type::btrfs,
-                                           TestFileSystem::Type::tmpfs),
-                         [](const auto& type) { return nameOf(type.param); });
-
-TEST_P(OnEachFileSystem, TagsAreKept) {
-  const TestFileSystem drive(GetParam());
-  if (!drive.isMounted()) GTEST_SKIP() << drive.reason();
-  makeTree(drive.url(), "folder/");
-  const std::vector<std::string> tags = {"Work", "Tidemar: Temporary"};
-  writeTagNames(drive.url("folder"), tags);
-  EXPECT_EQ(readTagNames(drive.url("folder")), tags);
-
-  const std::vector<std::string> endless = {std::string(70000, 'x')};
-  EXPECT_THROW(writeTagNames(drive.url("folder"), endless), PlatformError);
-  EXPECT_EQ(readTagNames(drive.url("folder")), tags) << "the old tags have to stay";
-}
-
 }  // namespace
-}  // namespace tidemar
+}  // namespace tidemar::testing

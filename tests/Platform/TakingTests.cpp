@@ -1,34 +1,15 @@
-#include <cerrno>
-#include <chrono>
-#include <functional>
-#include <string>
-#include <thread>
-#include <vector>
-
-#include <fcntl.h>
-#include <gtest/gtest.h>
 #include <sys/file.h>
 #include <sys/mman.h>
-#include <sys/stat.h>
-#include <sys/syscall.h>
-#include <unistd.h>
 
 #include "Platform/Files/Changes/GiveBack.h"
 #include "Platform/Files/Descriptors/EntryValues.h"
 #include "Platform/Files/Descriptors/FileDescriptor.h"
 #include "Platform/Files/Descriptors/ReadLease.h"
 #include "Platform/Files/DiskFileManager.h"
-#include "support/FailingSystemCall.h"
-#include "support/FileExpectations.h"
-#include "support/FolderActions.h"
-#include "support/ScopedEnvironment.h"
-#include "support/TemporaryTree.h"
-#include "support/TestFileSystems.h"
+#include "support/Testing.h"
 
-namespace tidemar {
+namespace tidemar::testing {
 namespace {
-
-using namespace testing;
 
 constexpr const char* drawing = R"(
   folder/
@@ -248,6 +229,25 @@ TEST_P(Deleting, takesHardLinksOfOneFile) {
   expectNoTrace();
 }
 
+TEST_P(Deleting, emptiesNoOtherDirectoryThatCameInThePlaceOfOneThatWasClosedMeanwhile) {
+  const std::string decoy = _home.path("decoy");
+  makeTree(_home.url(), "decoy/\n  a/\n    precious\n  b/\n    precious");
+  std::string below;
+  for (int level = 0; level < 20; ++level)
+    below += "/d";
+  runCommand("cd '" + path("") + "' && mkdir -p deep/a" + below + " deep/b" + below);
+  const ItemState deep = look("deep");
+  const auto exchange = [&](int call) {
+    for (const std::string& name : namesIn(_home.url("folder"))) {
+      if (call == 1 && name.starts_with(".tidemar-taken-"))
+        renameat2(-1, path(name + "/0/deep").c_str(), -1, decoy.c_str(), RENAME_EXCHANGE);
+    }
+  };
+  withActionBefore(SYS_unlinkat, exchange, [&] { EXPECT_THROW(take(deep), ItemChanged); });
+  EXPECT_EQ(runCommand("find '" + _home.path() + "' -name precious | wc -l"), "2\n");
+  EXPECT_TRUE(exists(_home.url("decoy/a")) || exists(_home.url("decoy/b"))) << "was exchanged";
+}
+
 TEST_P(Deleting, worksWithoutRoomForADirectoryOfItsOwn) {
   const ItemState single = look("single");
   const ItemState item = look("item");
@@ -356,4 +356,4 @@ TEST_P(ToTheBin, doesNotFollowABinThatIsMovedAway) {
 }
 
 }  // namespace
-}  // namespace tidemar
+}  // namespace tidemar::testing

@@ -1,24 +1,13 @@
-#include <cerrno>
 #include <ctime>
-#include <filesystem>
-#include <optional>
-#include <set>
-#include <string>
-
-#include <sys/stat.h>
-#include <sys/syscall.h>
 
 #include "Platform/Files/Trash/PercentEncoding.h"
 #include "Platform/Files/Trash/TrashName.h"
 #include "Platform/Files/Trash/TrashRecord.h"
 #include "Platform/FolderAndBin.h"
-#include "support/FailingSystemCall.h"
-#include "support/FolderActions.h"
 
-namespace tidemar {
+namespace tidemar::testing {
 namespace {
 
-using namespace testing;
 using Path = std::optional<std::string>;
 
 class TrashTest : public FolderAndBin {
@@ -306,4 +295,4 @@ TEST(TrashRecord, HoldsAPathAloneWhereItIsWellFormed) {
 }
 
 }  // namespace
-}  // namespace tidemar
+}  // namespace tidemar::testing

@@ -1,29 +1,9 @@
-#include <algorithm>
-#include <cerrno>
-#include <functional>
-#include <set>
-#include <string>
-#include <system_error>
-#include <utility>
-#include <vector>
-
-#include <fcntl.h>
-#include <gtest/gtest.h>
-#include <sys/stat.h>
-#include <sys/syscall.h>
-#include <unistd.h>
-
 #include "Platform/Files/Descriptors/DirectoryOpening.h"
 #include "Platform/Files/Walk/TreeWalk.h"
-#include "support/FailingSystemCall.h"
-#include "support/FolderActions.h"
-#include "support/SmallThread.h"
-#include "support/TemporaryTree.h"
+#include "support/Testing.h"
 
-namespace tidemar {
+namespace tidemar::testing {
 namespace {
-
-using namespace testing;
 
 /// Writes down the paths of what a walk meets, "?" behind a hidden one.
 class WalkRecorder : public WalkHandler {
@@ -239,4 +219,4 @@ TEST(TreeWalk, ADirectoryMovedAwayDuringTheWalkIsAFailureAndNotAnotherTree) {
 }
 
 }  // namespace
-}  // namespace tidemar
+}  // namespace tidemar::testing

@@ -1,24 +1,9 @@
-#include <atomic>
-#include <cerrno>
-#include <filesystem>
-#include <set>
-#include <thread>
-
-#include <gtest/gtest.h>
-#include <sys/stat.h>
-#include <sys/syscall.h>
-#include <unistd.h>
-
-#include "Platform/PlatformError.h"
 #include "Platform/UserDefaults.h"
-#include "support/FailingSystemCall.h"
-#include "support/FileExpectations.h"
-#include "support/TemporaryTree.h"
+#include "support/Testing.h"
 
-namespace tidemar {
+namespace tidemar::testing {
 namespace {
 
-using namespace tidemar::testing;
 using Strings = std::vector<std::string>;
 
 class UserDefaultsOnFile : public ::testing::Test {
@@ -150,22 +135,5 @@ TEST_F(UserDefaultsOnFile, aFailedWriteLeavesTheOldFileAndNothingElse) {
   EXPECT_EQ(filesBeside(), (std::set<std::string>{"folder", "suite.json"}));
 }
 
-TEST_F(UserDefaultsOnFile, aReaderNeverMeetsAPartOfAFile) {
-  defaults.setString("text", std::string(30'000, '0'));
-  std::atomic<bool> isDone = false;
-  std::jthread reader([&] {
-    while (!isDone) {
-      const auto text = UserDefaults(file).string("text");
-      if (!text || text->find_first_not_of(text->front()) != text->npos) {
-        ADD_FAILURE() << "read a part";
-        return;
-      }
-    }
-  });
-  for (int i = 1; i < 50; ++i)
-    defaults.setString("text", std::string(30'000, static_cast<char>('0' + i % 10)));
-  isDone = true;
-}
-
 }  // namespace
-}  // namespace tidemar
+}  // namespace tidemar::testing

@@ -1,21 +1,11 @@
 #include <QTimer>
-#include <chrono>
 #include <future>
-#include <optional>
-#include <thread>
-
-#include <gtest/gtest.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 #include "FakeServices.h"
 #include "Tidemar/Model/WaitingPool.h"
-#include "support/RawDatabase.h"
 
-namespace tidemar {
+namespace tidemar::testing {
 namespace {
-
-using namespace testing;
 
 const std::string old = ModelWorld::aged(91);
 const std::string young = ModelWorld::aged(1);
@@ -278,4 +268,4 @@ TEST(AppModel, TheSystemStateFollowsTheSystem) {
 }
 
 }  // namespace
-}  // namespace tidemar
+}  // namespace tidemar::testing

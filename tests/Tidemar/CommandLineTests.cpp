@@ -1,12 +1,7 @@
-#include <optional>
-#include <stdexcept>
-#include <vector>
-
-#include <gtest/gtest.h>
-
 #include "Tidemar/CommandLine.h"
+#include "support/Testing.h"
 
-namespace tidemar {
+namespace tidemar::testing {
 namespace {
 
 TEST(CommandLine, IsOneURLOrTheMarkOfALoginOrNothing) {
@@ -40,4 +35,4 @@ TEST(CommandLine, IsOneURLOrTheMarkOfALoginOrNothing) {
 }
 
 }  // namespace
-}  // namespace tidemar
+}  // namespace tidemar::testing

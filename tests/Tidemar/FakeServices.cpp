@@ -1,8 +1,5 @@
 #include "FakeServices.h"
 
-#include <algorithm>
-#include <utility>
-
 namespace tidemar::testing {
 
 ModelWorld::ModelWorld(Executor* executor) {

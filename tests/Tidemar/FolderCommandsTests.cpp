@@ -1,14 +1,9 @@
-#include <filesystem>
-
-#include <gtest/gtest.h>
-
 #include "FakeServices.h"
 #include "Tidemar/Model/FolderLink.h"
 
-namespace tidemar {
+namespace tidemar::testing {
 namespace {
 
-using namespace testing;
 using Lines = std::vector<std::string>;
 
 const std::string old = ModelWorld::aged(91);
@@ -226,4 +221,4 @@ TEST(LoginItem, AFailureIsToldAndTheStateIsWhatTheSystemSays) {
 }
 
 }  // namespace
-}  // namespace tidemar
+}  // namespace tidemar::testing

@@ -1,11 +1,8 @@
-#include <gtest/gtest.h>
-
 #include "FakeServices.h"
 
-namespace tidemar {
+namespace tidemar::testing {
 namespace {
 
-using namespace testing;
 using Lines = std::vector<std::string>;
 
 /// The date of an item that goes so many seconds from the start, 2027-01-15 08:00 UTC.
@@ -48,4 +45,4 @@ TEST(DailyNotification, TheStampFollowsUTCAndTheCountTheUsersDay) {
 }
 
 }  // namespace
-}  // namespace tidemar
+}  // namespace tidemar::testing

@@ -1,18 +1,8 @@
-#include <algorithm>
-#include <cstdlib>
-#include <map>
-#include <optional>
-#include <random>
-
-#include <gtest/gtest.h>
-
 #include "FakeServices.h"
 #include "TidemarKit/Store/Store.h"
 
-namespace tidemar {
+namespace tidemar::testing {
 namespace {
-
-using namespace testing;
 
 enum class Act { refresh, add, edit, switchTag, foreignTag, forget, putBack, cycle, link, quit };
 constexpr int actCount = 10;
@@ -232,4 +222,4 @@ TEST(Overlap, FiveActsAgreeInRandomOrders) {
 }
 
 }  // namespace
-}  // namespace tidemar
+}  // namespace tidemar::testing

@@ -1,21 +1,11 @@
 #include <QCoreApplication>
 #include <QThread>
-#include <atomic>
-#include <chrono>
-#include <filesystem>
-#include <iterator>
 #include <latch>
-#include <memory>
-#include <set>
-#include <thread>
-#include <utility>
-#include <vector>
-
-#include <gtest/gtest.h>
 
 #include "Tidemar/Model/WaitingPool.h"
+#include "support/Testing.h"
 
-namespace tidemar {
+namespace tidemar::testing {
 namespace {
 
 using namespace std::chrono_literals;
@@ -120,4 +110,4 @@ TEST(WaitingPool, ItsEndWaitsForAllWorkAndDropsWhatWasNotTold) {
 }
 
 }  // namespace
-}  // namespace tidemar
+}  // namespace tidemar::testing

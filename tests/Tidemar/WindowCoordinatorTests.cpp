@@ -1,3 +1,4 @@
+#include <QAbstractButton>
 #include <QApplication>
 #include <QCloseEvent>
 #include <QDragEnterEvent>
@@ -5,18 +6,17 @@
 #include <QMenu>
 #include <QMimeData>
 #include <QScreen>
-#include <QTest>
-
-#include <gtest/gtest.h>
 
 #include "FakeServices.h"
 #include "Tidemar/MainContainerView.h"
 #include "Tidemar/Popover.h"
 #include "Tidemar/PreferenceContainerViews.h"
 #include "Tidemar/WindowCoordinator.h"
+#include "TidemarUI/Views/AccessibleRoles.h"
 #include "TidemarUI/Views/MainView.h"
 #include "TidemarUI/Views/NumberFieldView.h"
-#include "support/TemporaryTree.h"
+#include "TidemarUI/Views/Sidebar.h"
+#include "TidemarUIViews/ViewSamples.h"
 
 namespace tidemar::testing {
 namespace {
@@ -28,18 +28,10 @@ struct HandedUpdateService : UpdateService {
   int checks = 0;
 };
 
-/// The first widget of a type below another.
-template <class Widget>
-Widget& child(const QWidget& parent) {
-  for (QWidget* candidate : parent.findChildren<QWidget*>()) {
-    if (auto* widget = dynamic_cast<Widget*>(candidate)) return *widget;
-  }
-  throw std::runtime_error("there is no such widget");
-}
-
 class WindowCoordinatorTest : public ::testing::Test {
  protected:
   WindowCoordinatorTest() {
+    installAccessibleRoles();
     first = world.makeTemporary("/home/ada/Downloads");
     second = world.makeTemporary("/home/ada/Scratch");
   }
@@ -52,19 +44,20 @@ class WindowCoordinatorTest : public ::testing::Test {
             .defaults = world.standardDefaults,
             .currentDate = [this] { return Date{world.now}; },
             .currentFormats = [] { return Formats("en_US", "UTC"); },
-            .showInFileManager = [](const std::vector<FileURL>&) {},
-            .showExtensionManagement = [] {},
-            .openLoginItemsSettings = [] {},
-            .quit = [] {}};
+            .showInFileManager = [this](const auto& items) { asked += items.at(0).path() + " "; },
+            .showExtensionManagement = [this] { asked += "extension "; },
+            .openLoginItemsSettings = [this] { asked += "login items "; },
+            .quit = [this] { asked += "quit "; }};
   }
 
-  MainView& mainView() { return child<MainView>(*windows.window("main")); }
+  MainView& mainView() { return *child<MainView>(*windows.window("main")); }
 
   std::optional<MainSelection> selection() { return windows.mainWindowState().selection(); }
 
   void finishWork() {
-    while (world.ordered.stepCount() > 0)
+    do {
       QApplication::processEvents();
+    } while (world.ordered.stepCount() > 0);
   }
 
   /// Whether a cycle follows that selection.
@@ -83,7 +76,81 @@ class WindowCoordinatorTest : public ::testing::Test {
   WindowCoordinator windows{context()};
   std::int64_t first = 0;
   std::int64_t second = 0;
+  std::string asked;  ///< Of the desktop.
 };
+
+TEST_F(WindowCoordinatorTest, TheScreensTellWhatTheModelHoldsAndTheirControlsReachIt) {
+  world.disk.draw("/home/ada/Downloads/old" + ModelWorld::aged(91));
+  world.runCycle();
+  windows.showMain(FileURL("/home/ada/Downloads"));
+  const auto press = [this](QWidget& screen, const char* control) {
+    finishWork();
+    auto* button = child<QAbstractButton>(screen, control);
+    ASSERT_NE(button, nullptr) << control << " isn't among\n" << told(screen);
+    button->click();
+    finishWork();
+    QCoro::waitFor(world.model->refreshReports());
+    finishWork();
+  };
+  const auto pressed = [&](const char* control) -> TemporarySettings {
+    press(*windows.window("main"), control);
+    return world.model->reports().front().folder.settings;
+  };
+  EXPECT_EQ(pressed("The folder is over").sizeLimit, 10'000'000'000);
+  EXPECT_TRUE(pressed("The Mac restarts").emptyOnRestart);
+  EXPECT_EQ(pressed("Not added or changed for").maxAgeDays, std::nullopt);
+  EXPECT_NE(told(mainView()).find("box The folder is over, checked\n"), std::string::npos);
+  pressed("Show in Finder");
+  for (const bool isTagged : {false, true}) {
+    pressed("Temporary");
+    EXPECT_EQ(world.disk.tags("/home/ada/Downloads").empty(), !isTagged);
+    EXPECT_EQ(child<QCheckBox>(mainView(), "Temporary")->isChecked(), isTagged);
+  }
+  QAccessible::queryAccessibleInterface(child<Sidebar>(mainView()))
+      ->child(0)
+      ->actionInterface()
+      ->doAction(QAccessibleActionInterface::pressAction());
+  finishWork();
+  EXPECT_EQ(selection(), MainSelection::overview());
+  pressed("Put 1 item back");
+  EXPECT_EQ(world.disk.names("/home/ada/Downloads"), "old");
+
+  std::unique_ptr<Popover> popover;
+  const auto open = [&] {
+    popover = std::make_unique<Popover>(windows);
+    popover->toggle({});
+    finishWork();
+    ASSERT_TRUE(popover->isVisible());
+  };
+  open();
+  EXPECT_NE(told(*popover).find("row Scratch, Nothing to clear - 90 days · Bin"), std::string::npos)
+      << told(*popover);
+  press(*popover, "Scratch, Nothing to clear");
+  EXPECT_EQ(selection(), MainSelection::folder(second));
+  EXPECT_FALSE(popover->isVisible());
+  open();
+  press(*popover, "Turn On");
+  EXPECT_FALSE(popover->isVisible());
+  windows.window("main")->close();
+  open();
+  press(*popover, "Open Tidemar");
+  EXPECT_NE(windows.window("main"), nullptr);
+  open();
+  press(*popover, "Quit Tidemar, Ctrl+Q");
+  popover->toggle({});
+  EXPECT_FALSE(popover->isVisible());
+
+  world.loginItem.becomes = LoginItem::Status::requiresApproval;
+  windows.showSettings();
+  for (const char* control : {"Open at login", "Open Login Items…", "Show in menu bar", "Set Up…"})
+    press(*windows.window("settings"), control);
+  EXPECT_EQ(world.standardDefaults.boolean("showInMenuBar"), false);
+  for (const char* control :
+       {"Open Extension Settings…", "Open Login Items…", "Allow Notifications"})
+    press(*windows.window("setup"), control);
+  EXPECT_NE(told(*windows.window("setup")).find("text Not completed"), std::string::npos);
+  EXPECT_EQ(asked, "/home/ada/Downloads extension quit login items extension login items ");
+}
 
 TEST_F(WindowCoordinatorTest, OpensOneWindowOfAKindAtTheFolderThatItIsGiven) {
   windows.showMain(FileURL("/home/ada/Downloads"));
@@ -189,7 +256,9 @@ TEST_F(WindowCoordinatorTest, TheSelectionFollowsWhatIsAddedAndRemoved) {
   EXPECT_EQ(world.alerts.told.size(), 1U);
   EXPECT_EQ(selection(), MainSelection::folder(first));
   world.disk.draw("/home/ada/New/");
-  QCoro::waitFor(container.addFolder(FileURL("/home/ada/New")));
+  mainView().onAddFolder();
+  emit windows.window("main")->findChild<QFileDialog*>()->fileSelected("/home/ada/New");
+  finishWork();
   EXPECT_EQ(selection(), MainSelection::folder(second + 1));
 
   mainView().onRemoveFolder(second + 1);
@@ -219,7 +288,7 @@ TEST_F(WindowCoordinatorTest, AnEditOnTopOfOneThatIsBeingWrittenLosesNeither) {
 TEST_F(WindowCoordinatorTest, WhatIsTypedWhenTheApplicationEndsIsKept) {
   windows.showMain(FileURL("/home/ada/Downloads"));
   finishWork();
-  auto& field = child<NumberFieldView>(mainView());
+  auto& field = *child<NumberFieldView>(mainView());
   field.setFocus();
   field.selectAll();
   QTest::keyClicks(&field, "12");
@@ -248,7 +317,8 @@ TEST_F(WindowCoordinatorTest, AWindowMayGoWhileItsPanelOrAlertIsOpen) {
   windows.showSettings();
   world.loginItem.fails = true;
   world.alerts.whileShown = [&] { close("settings"); };
-  const auto toggle = child<SettingsContainerView>(*windows.window("settings")).onToggleOpenAtLogin;
+  const auto toggle =
+      child<SettingsContainerView>(*windows.window("settings"))->onToggleOpenAtLogin;
   toggle(true);
   EXPECT_EQ(world.alerts.told.size(), 1U);
   EXPECT_EQ(windows.window("settings"), nullptr);

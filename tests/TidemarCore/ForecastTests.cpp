@@ -1,16 +1,9 @@
-#include <vector>
-
-#include <gtest/gtest.h>
-
 #include "TidemarCore/Forecast.h"
 #include "TidemarCore/RemovalPlanning.h"
-#include "support/Values.h"
+#include "support/Testing.h"
 
-namespace tidemar {
+namespace tidemar::testing {
 namespace {
-
-using testing::item;
-using testing::namesOf;
 
 TemporarySettings age(std::optional<std::int64_t> days) {
   return {days, std::nullopt, false, false, Disposal::delete_};
@@ -53,4 +46,4 @@ TEST(Forecast, sortsItemsOfOneDateByNameAsPlanningDoes) {
 }
 
 }  // namespace
-}  // namespace tidemar
+}  // namespace tidemar::testing

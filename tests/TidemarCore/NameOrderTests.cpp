@@ -1,15 +1,7 @@
-#include <algorithm>
-#include <functional>
-#include <string>
-#include <utility>
-#include <vector>
-
-#include <gtest/gtest.h>
-
 #include "TidemarCore/NameOrder.h"
-#include "support/Values.h"
+#include "support/Testing.h"
 
-namespace tidemar {
+namespace tidemar::testing {
 namespace {
 
 /// Names in their order. Accents are spelled out, since an editor may compose them.
@@ -52,17 +44,18 @@ TEST(NameOrder, isAStrictTotalOrderByComposedScalarsThenBytes) {
   }
 }
 
+struct Element {
+  const Item* item;
+  Date date;
+};
+
 TEST(NameOrder, sortsItemsOfEqualDateWhateverDirectoryTheyLieIn) {
-  struct Element {
-    const Item* item;
-    Date date;
-  };
-  std::vector<Item> items = {testing::item("zz", 0)};
+  std::vector<Item> items = {item("zz", 0)};
   for (std::size_t i = 0; i < namesInOrder.size(); ++i) {
     const FileURL directory(i % 2 == 0 ? "/z" : "/a");
     items.push_back({directory.appendingPathComponent(namesInOrder[i]), std::nullopt, 0});
   }
-  items.push_back(testing::item("!", 0));
+  items.push_back(item("!", 0));
 
   std::vector<Element> elements;
   for (auto item = items.rbegin(); item != items.rend(); ++item)
@@ -78,10 +71,6 @@ TEST(NameOrder, sortsItemsOfEqualDateWhateverDirectoryTheyLieIn) {
 }
 
 TEST(NameOrder, holdsForManyItemsHoweverTheirDatesAreSpread) {
-  struct Element {
-    const Item* item;
-    Date date;
-  };
   // The numbers are taken in an order without a pattern; names of many items begin alike.
   constexpr int count = 3000;
   const auto shuffled = [](int i) { return i * 7919 % count; };
@@ -100,7 +89,7 @@ TEST(NameOrder, holdsForManyItemsHoweverTheirDatesAreSpread) {
   for (const auto& row : rows) {
     std::vector<Item> items;
     for (int i = 0; i < count; ++i)
-      items.push_back(testing::item("some name " + std::to_string(shuffled(i)), 0));
+      items.push_back(item("some name " + std::to_string(shuffled(i)), 0));
     std::vector<Element> elements;
     for (int i = 0; i < count; ++i)
       elements.push_back({&items[static_cast<std::size_t>(i)], {row.date(shuffled(i))}});
@@ -115,4 +104,4 @@ TEST(NameOrder, holdsForManyItemsHoweverTheirDatesAreSpread) {
 }
 
 }  // namespace
-}  // namespace tidemar
+}  // namespace tidemar::testing

@@ -1,17 +1,8 @@
-#include <limits>
-#include <sstream>
-#include <string>
-#include <vector>
-
-#include <gtest/gtest.h>
-
 #include "TidemarCore/RemovalPlanning.h"
-#include "support/Values.h"
+#include "support/Testing.h"
 
-namespace tidemar {
+namespace tidemar::testing {
 namespace {
-
-using testing::item;
 
 constexpr std::int64_t most = std::numeric_limits<std::int64_t>::max();
 constexpr double now = 1'000'000'000;
@@ -130,4 +121,4 @@ TEST(RemovalPlanning, takesWhatTheRulesSayAndNothingOfAPlainFolderOrAProtectedRo
 }
 
 }  // namespace
-}  // namespace tidemar
+}  // namespace tidemar::testing

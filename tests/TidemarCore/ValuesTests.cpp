@@ -1,45 +1,10 @@
-#include <limits>
-#include <string>
-#include <string_view>
-#include <vector>
-
-#include <gtest/gtest.h>
-
-#include "TidemarCore/Disposal.h"
 #include "TidemarCore/FileURL.h"
 #include "TidemarCore/Item.h"
-#include "TidemarCore/Rule.h"
 #include "TidemarCore/SaturatingArithmetic.h"
+#include "support/Testing.h"
 
-namespace tidemar {
+namespace tidemar::testing {
 namespace {
-
-TEST(LaterDate, isTheLaterOrTheOneThatExists) {
-  constexpr Date early{-5};
-  constexpr Date late{7.5};
-  EXPECT_EQ(laterDate(early, late), late);
-  EXPECT_EQ(laterDate(late, early), late);
-  EXPECT_EQ(laterDate(late, late), late);
-  EXPECT_EQ(laterDate(std::nullopt, early), early);
-  EXPECT_EQ(laterDate(early, std::nullopt), early);
-  EXPECT_EQ(laterDate(std::nullopt, std::nullopt), std::nullopt);
-}
-
-TEST(RawValues, standForTheirCaseAndNothingElseDoes) {
-  std::vector<std::string_view> words;
-  for (Rule rule : allRules) {
-    words.push_back(rawValue(rule));
-    EXPECT_EQ(ruleFromRawValue(words.back()), rule);
-  }
-  EXPECT_EQ(words, (std::vector<std::string_view>{"age", "size", "automatic", "emptyOnRestart"}));
-  for (const char* text : {"", "Age", "age ", "emptyonrestart"})
-    EXPECT_EQ(ruleFromRawValue(text), std::nullopt) << text;
-
-  EXPECT_EQ(disposalFromRawValue("bin"), Disposal::bin);
-  EXPECT_EQ(disposalFromRawValue("delete"), Disposal::delete_);
-  for (const char* text : {"", "Bin", "trash", "delete_", "delete "})
-    EXPECT_EQ(disposalFromRawValue(text), std::nullopt) << text;
-}
 
 TEST(SaturatingArithmetic, staysAtTheEndOfTheRange) {
   constexpr std::int64_t most = std::numeric_limits<std::int64_t>::max();
@@ -86,4 +51,4 @@ TEST(EntryURLs, keepTheNamesOfManyEntriesApart) {
 }
 
 }  // namespace
-}  // namespace tidemar
+}  // namespace tidemar::testing

@@ -1,16 +1,9 @@
 #pragma once
 
-#include <memory>
-#include <stdexcept>
-#include <string>
-#include <vector>
-
 #include "TidemarKit/Engine/Engine.h"
 #include "TidemarKit/TemporaryTag.h"
 #include "support/FakeFileManager.h"
-#include "support/FileExpectations.h"
-#include "support/RawDatabase.h"
-#include "support/TemporaryTree.h"
+#include "support/Testing.h"
 
 namespace tidemar::testing {
 

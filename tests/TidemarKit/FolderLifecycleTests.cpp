@@ -1,19 +1,9 @@
-#include <algorithm>
-#include <cerrno>
-#include <string>
-
-#include <gtest/gtest.h>
-
 #include "TidemarKit/EngineWorld.h"
 
-namespace tidemar {
+namespace tidemar::testing {
 namespace {
 
-using testing::codeOf;
-using testing::failureOf;
-using testing::Lines;
-
-class FolderLifecycle : public ::testing::Test, public testing::EngineWorld {
+class FolderLifecycle : public ::testing::Test, public EngineWorld {
  protected:
   void SetUp() override { files.draw("/f/\n/g/\n/link -> /f"); }
 
@@ -44,7 +34,7 @@ TEST_F(FolderLifecycle, anAddedFolderIsKnownOnceByWhateverPathAndNothingElseHapp
 TEST_F(FolderLifecycle, aFolderAddedTwiceAtOnceIsKnownOnce) {
   // The other add comes between this one's look at the rows and its own row.
   for (const char* other : {"/f", "/link"}) {
-    testing::EngineWorld world;
+    EngineWorld world;
     world.files.draw("/f/\n/link -> /f\n/g/");
     Folder first;
     world.files.before("bookmark /f",
@@ -210,4 +200,4 @@ TEST_F(FolderLifecycle, forgettingTakesTheTagTheRowAndTheJournalOrNothing) {
 }
 
 }  // namespace
-}  // namespace tidemar
+}  // namespace tidemar::testing

@@ -1,17 +1,10 @@
-#include <sstream>
-#include <string>
-#include <vector>
-
-#include <gtest/gtest.h>
-
 #include "TidemarKit/Inventory.h"
 #include "TidemarKit/TemporaryTag.h"
 #include "support/FakeFileManager.h"
+#include "support/Testing.h"
 
-namespace tidemar {
+namespace tidemar::testing {
 namespace {
-
-using testing::FakeFileManager;
 
 /// An item as "name size @freshness", or "name size undated".
 std::string text(const Item& item) {
@@ -224,4 +217,4 @@ TEST(Inventory, givesNoDateToWhatIsOrHoldsAnotherTemporaryFolder) {
 }
 
 }  // namespace
-}  // namespace tidemar
+}  // namespace tidemar::testing

@@ -1,21 +1,13 @@
-#include <cerrno>
-#include <string>
-
-#include <gtest/gtest.h>
-
 #include "TidemarKit/EngineWorld.h"
 #include "TidemarKit/Store/DatabaseError.h"
 
-namespace tidemar {
+namespace tidemar::testing {
 namespace {
 
-using testing::codeOf;
-using testing::failureOf;
-using testing::Lines;
 using Failure = Engine::Failure;
 
 /// A folder whose item "a" lies in the Bin as "a.2", and the entry that says so.
-struct BinnedItem : testing::EngineWorld {
+struct BinnedItem : EngineWorld {
   BinnedItem() {
     files.draw("/f/\n/home/ada/Trash/\n  a.2 7 @100");
     folder = temporaryFolder("/f", {});
@@ -155,4 +147,4 @@ TEST_F(PutBack, keepsTheRowOfTheItemInHandAndMovesNoOtherOverAFailingDatabase) {
 }
 
 }  // namespace
-}  // namespace tidemar
+}  // namespace tidemar::testing

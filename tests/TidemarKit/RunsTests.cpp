@@ -1,30 +1,14 @@
-#include <algorithm>
-#include <cerrno>
-#include <functional>
-#include <string>
-#include <utility>
-#include <vector>
-
-#include <gtest/gtest.h>
-#include <sys/syscall.h>
-
 #include "TidemarKit/EngineWorld.h"
 #include "TidemarKit/Store/DatabaseError.h"
 #include "TidemarKit/System.h"
-#include "support/FailingSystemCall.h"
-#include "support/Values.h"
 
-namespace tidemar {
+namespace tidemar::testing {
 namespace {
-
-using testing::failureOf;
-using testing::Lines;
-using testing::namesOf;
 
 constexpr TemporarySettings toBin{0, std::nullopt, false, false, Disposal::bin};
 
 /// A Temporary folder of five items, "a" the oldest, all due by age, and one run of it.
-struct FiveItems : testing::EngineWorld {
+struct FiveItems : EngineWorld {
   FiveItems() {
     files.draw("/f/\n  e 5 @105\n  d 4 @104\n  c/ 3 @103\n  b 2 @102\n  a 1 @101");
     folder = temporaryFolder("/f", toBin);
@@ -82,7 +66,7 @@ TEST_F(Runs, aStatusReadsInItsOrderAndChangesNothing) {
   EXPECT_EQ(status.url, FileURL("/f"));
   EXPECT_TRUE(status.isTagged);
   EXPECT_FALSE(status.isProtectedRoot);
-  EXPECT_EQ(status.items[0], testing::item("e", 105, 5));
+  EXPECT_EQ(status.items[0], item("e", 105, 5));
   EXPECT_EQ(namesOf(status.dueNow), "a b c d e");
   EXPECT_EQ(namesOf(status.upcoming), "a b c d e");
   EXPECT_EQ(status.totalSize(), 15);
@@ -142,14 +126,6 @@ TEST_F(Runs, theJournalTellsAllOfWhatWent) {
   EXPECT_EQ(result.journal[0], expected);
   EXPECT_EQ(result.journal[1].binnedPath, "/home/ada/Trash/b");
   EXPECT_EQ(result.journal[1].reasons, RuleSet{Rule::age});
-  expectEnded(result);
-}
-
-TEST_F(Runs, anItemThatHoldsAnotherTemporaryFolderStays) {
-  files.draw("/f/c/inner/ @103");
-  temporaryFolder("/f/c/inner", {});
-  const RunResult result = run();
-  EXPECT_EQ(names(result.journal), "a b d e");
   expectEnded(result);
 }
 
@@ -335,14 +311,5 @@ TEST_F(RunsOverAFailingDatabase, writeTheRowOfTheItemInHandLaterAndTakeNothingEl
   EXPECT_EQ(engine.store().journalOfFolder(*folder.id).size(), 5U);
 }
 
-TEST_F(RunsOverAFailingDatabase, touchNothingWhereTheDatabaseCannotBeWritten) {
-  // A full disk, and one that can only be read by now.
-  for (const auto& [call, code] : {std::pair{SYS_pwrite64, ENOSPC}, {SYS_openat, EROFS}}) {
-    testing::withFailingSystemCall(call, code, [&] { EXPECT_THROW(run(), DatabaseError) << code; });
-    EXPECT_EQ(files.changes(), Lines{}) << code;
-  }
-  expectEnded(run());
-}
-
 }  // namespace
-}  // namespace tidemar
+}  // namespace tidemar::testing

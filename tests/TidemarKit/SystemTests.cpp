@@ -1,35 +1,9 @@
-#include <cerrno>
-#include <vector>
-
-#include <gtest/gtest.h>
-
 #include "TidemarKit/System.h"
 #include "support/FakeFileManager.h"
+#include "support/Testing.h"
 
-namespace tidemar {
+namespace tidemar::testing {
 namespace {
-
-using testing::FakeFileManager;
-
-TEST(System, hasNoCapacityWhereAPartOfItIsNotReportedAndNoBootTimeWhereItCannotBeRead) {
-  FakeFileManager files;
-  files.draw("/f/");
-  const auto folder = files.openFolder(FileURL("/f"));
-  files.capacity = {0, 7};
-  EXPECT_EQ(System::capacity(*folder), (System::Capacity{0, 7}));
-  for (const VolumeCapacity& partial :
-       {VolumeCapacity{5, std::nullopt}, VolumeCapacity{std::nullopt, 5}, VolumeCapacity{}}) {
-    files.capacity = partial;
-    EXPECT_THROW(System::capacity(*folder), System::Failure);
-  }
-  files.fail("capacity /f", EIO);
-  EXPECT_THROW(System::capacity(*folder), PlatformError);
-
-  files.boot = Date{100.5};
-  EXPECT_EQ(System::bootTime(files), Date{100.5});
-  files.fail("bootTime", EACCES);
-  EXPECT_THROW(System::bootTime(files), System::Failure);
-}
 
 TEST(System, protectsTheRootsThemselvesAndNothingInThem) {
   FakeFileManager files;
@@ -71,4 +45,4 @@ TEST(System, protectsTheRootsThemselvesAndNothingInThem) {
 }
 
 }  // namespace
-}  // namespace tidemar
+}  // namespace tidemar::testing

@@ -1,17 +1,10 @@
-#include <cerrno>
-#include <memory>
-#include <string>
-#include <vector>
-
-#include <gtest/gtest.h>
-
 #include "TidemarKit/TemporaryTag.h"
 #include "support/FakeFileManager.h"
+#include "support/Testing.h"
 
-namespace tidemar {
+namespace tidemar::testing {
 namespace {
 
-using testing::FakeFileManager;
 using Tags = std::vector<std::string>;
 
 const std::string tag = "Tidemar: Temporary";
@@ -56,22 +49,5 @@ TEST_F(Tagging, comesAndGoesWithoutDisturbingOtherTags) {
   }
 }
 
-TEST_F(Tagging, thatTheDiskRefusesSaysSoAndChangesNothing) {
-  files.fail("setTags /f", EROFS);
-  EXPECT_NO_THROW(TemporaryTag::remove(*folder));
-  EXPECT_THROW(TemporaryTag::add(*folder), PlatformError);
-  setTags({tag});
-  EXPECT_THROW(TemporaryTag::remove(*folder), PlatformError);
-
-  files.fail("tags /f", EACCES);
-  EXPECT_FALSE(TemporaryTag::isTagged(*folder)) << "what can't be read isn't there";
-  files.operations().clear();
-  EXPECT_THROW(TemporaryTag::tags(*folder), PlatformError);
-  EXPECT_THROW(TemporaryTag::add(*folder), PlatformError);
-  EXPECT_THROW(TemporaryTag::remove(*folder), PlatformError);
-  EXPECT_TRUE(files.changes().empty());
-  EXPECT_EQ(files.tags("/f"), Tags{tag});
-}
-
 }  // namespace
-}  // namespace tidemar
+}  // namespace tidemar::testing

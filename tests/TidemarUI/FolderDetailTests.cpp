@@ -1,16 +1,9 @@
-#include <limits>
-#include <string>
-
-#include <gtest/gtest.h>
-
 #include "TidemarUI/State/FolderDetail.h"
 #include "TidemarUI/State/SettingsEdits.h"
 #include "tests/TidemarUI/Samples.h"
 
-namespace tidemar {
+namespace tidemar::testing {
 namespace {
-
-using namespace testing;
 
 constexpr std::int64_t gigabyte = 1'000'000'000;
 
@@ -109,4 +102,4 @@ TEST(FolderDetail, ExplainsWhatIsOnAndWhatCannotBe) {
 }
 
 }  // namespace
-}  // namespace tidemar
+}  // namespace tidemar::testing

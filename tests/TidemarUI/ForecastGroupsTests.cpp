@@ -1,16 +1,8 @@
-#include <string>
-#include <vector>
-
-#include <gtest/gtest.h>
-
 #include "TidemarUI/State/ForecastGroups.h"
 #include "tests/TidemarUI/Samples.h"
-#include "tests/support/Dates.h"
 
-namespace tidemar {
+namespace tidemar::testing {
 namespace {
-
-using namespace testing;
 
 /// A Monday.
 constexpr Date now = utc(2026, 11, 16, 23, 59);
@@ -109,4 +101,4 @@ TEST(ForecastGroups, CutTheWeekInTheUsersZone) {
 }
 
 }  // namespace
-}  // namespace tidemar
+}  // namespace tidemar::testing

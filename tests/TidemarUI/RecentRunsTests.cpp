@@ -1,16 +1,8 @@
-#include <string>
-#include <vector>
-
-#include <gtest/gtest.h>
-
 #include "TidemarUI/State/RecentRuns.h"
 #include "tests/TidemarUI/Samples.h"
-#include "tests/support/Dates.h"
 
-namespace tidemar {
+namespace tidemar::testing {
 namespace {
-
-using namespace testing;
 
 constexpr Date morning = utc(2026, 11, 16, 9, 30);
 JournalEntry entry(std::optional<std::int64_t> id, std::int64_t folderID, Date performedAt,
@@ -96,4 +88,4 @@ TEST(RecentRuns, TellTheLastCleanings) {
 }
 
 }  // namespace
-}  // namespace tidemar
+}  // namespace tidemar::testing

@@ -1,14 +1,8 @@
 #pragma once
 
-#include <algorithm>
-#include <cstdint>
-#include <optional>
-#include <string>
-#include <utility>
-#include <vector>
-
 #include "Platform/Locale/Formats.h"
 #include "TidemarKit/FolderReport.h"
+#include "support/Testing.h"
 
 namespace tidemar::testing {
 

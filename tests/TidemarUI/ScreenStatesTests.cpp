@@ -1,17 +1,10 @@
-#include <optional>
-#include <string>
-#include <vector>
-
-#include <gtest/gtest.h>
-
+#include "TidemarUI/State/FolderPreview.h"
+#include "TidemarUI/State/Headlines.h"
 #include "TidemarUI/State/MainState.h"
 #include "tests/TidemarUI/Samples.h"
-#include "tests/support/Dates.h"
 
-namespace tidemar {
+namespace tidemar::testing {
 namespace {
-
-using namespace testing;
 
 constexpr Date now = utc(2026, 11, 16, 12);
 
@@ -90,7 +83,9 @@ TEST(MenuBarState, SumsUpTheFoldersThatAreTemporaryOrUnreadable) {
     EXPECT_EQ(state.subheadline, row.subheadline);
     EXPECT_EQ(state.folders.size(), row.rowCount);
     EXPECT_EQ(state.forecast.size(), row.groupCount);
-    EXPECT_TRUE(state.isFinderExtensionOff);
+    const bool hasRows = row.rowCount > 0;
+    EXPECT_EQ(menuBarBlocks(state),
+              (MenuBarBlocks{true, !hasRows, hasRows && row.groupCount > 0, hasRows, false}));
   }
 }
 
@@ -111,26 +106,8 @@ TEST(MenuBarState, KeepsTheOrderAndDescribesEachFolder) {
                 {4, "/data/M\xFCll", "M\uFFFDll", "90 days · Delete", "Can't read this folder", ""},
                 {2, "/a/zeta", "zeta", "90 days · Bin", "Can't read this folder", "/a/zeta"}}));
   ASSERT_EQ(state.recentRuns.size(), 1u);
+  EXPECT_TRUE(menuBarBlocks(state).hasRecentRuns);
   EXPECT_TRUE(state.recentRuns[0].detail.starts_with("off · ")) << "though it lost its tag";
-}
-
-TEST(MenuBarState, ShowsTheInvitationOrTheBlocks) {
-  const std::vector<ForecastGroup> forecast(1);
-  const std::vector<FolderSummary> folders(1);
-  const std::vector<RecentRun> runs(1);
-  const struct {
-    const char* name;
-    MenuBarState state;
-    MenuBarBlocks blocks;
-  } rows[] = {
-      {"without a row, no other block but the warning",
-       {"", "", true, forecast, {}, runs},
-       {true, true, false, false, false}},
-      {"folders alone", {"", "", false, {}, folders, {}}, {false, false, false, true, false}},
-      {"everything", {"", "", true, forecast, folders, runs}, {true, false, true, true, true}},
-  };
-  for (const auto& row : rows)
-    EXPECT_EQ(menuBarBlocks(row.state), row.blocks) << row.name;
 }
 
 TEST(MainState, ListsEveryFolderWithAnId) {
@@ -156,17 +133,9 @@ TEST(MainState, ListsEveryFolderWithAnId) {
   EXPECT_EQ(state.folders.at(1).settings, deleting());
 }
 
-TEST(MainState, ShowsTheOverviewWhereNoFolderIsChosen) {
+TEST(MainState, InvitesOnlyWithoutAnyFolder) {
   const MainState state = stateOf({sampleReport(7, untaggedStatus())});
-  EXPECT_EQ(shownFolder(state, MainSelection::folder(7)), &state.folders.front());
-  EXPECT_EQ(shownFolder(state, MainSelection::folder(8)), nullptr);
-  EXPECT_EQ(shownFolder(state, MainSelection::overview()), nullptr);
-  EXPECT_EQ(shownFolder(state, std::nullopt), nullptr);
-  EXPECT_EQ(removableFolderID(MainSelection::folder(7)), 7);
-  EXPECT_EQ(removableFolderID(MainSelection::overview()), std::nullopt);
-  EXPECT_EQ(removableFolderID(std::nullopt), std::nullopt);
-
-  // It invites only without any folder: those that are off still stand in the sidebar.
+  // Those that are off still stand in the sidebar.
   JournalEntry entry;
   entry.id = 1;
   const FolderStatus due = taggedStatus({sampleItem("a")}, {});
@@ -177,5 +146,61 @@ TEST(MainState, ShowsTheOverviewWhereNoFolderIsChosen) {
             (OverviewBlocks{true, false, false}));
 }
 
+TEST(CountOnDay, CountsTheExactDayWithoutWhatIsDue) {
+  const FolderStatus first =
+      taggedStatus({sampleItem("due")},
+                   {going("past", utc(2026, 11, 15)), going("due", utc(2026, 11, 16, 1)),
+                    going("earlier today", utc(2026, 11, 16)),
+                    going("late", utc(2026, 11, 16, 23, 59)), going("next", utc(2026, 11, 17))});
+  // What is due in one folder says nothing of a like-named item's entry in another.
+  const FolderStatus second = taggedStatus({}, {going("due", utc(2026, 11, 16, 13))});
+  const std::vector<const FolderStatus*> statuses = {&first, &second};
+  const Calendar calendar("UTC");
+  EXPECT_EQ(countOnDay(0, statuses, now, calendar), 3);
+  EXPECT_EQ(countOnDay(1, statuses, now, calendar), 1);
+  EXPECT_EQ(countOnDay(2, statuses, now, calendar), 0);
+}
+
+TEST(FolderPreview, HeadlineTellsTheWeek) {
+  const Date tomorrow = utc(2026, 11, 17);
+  const Date inNineDays = utc(2026, 11, 25, 3);
+  const struct {
+    const char* name;
+    TemporarySettings settings;
+    std::optional<FolderStatus> status;
+    const char* headline;
+    std::size_t groupCount;
+  } rows[] = {
+      {"unreadable", clearingOnRestart(), std::nullopt, "Can't read this folder", 0},
+      {"two due, and more behind the week",
+       {},
+       taggedStatus({sampleItem("a"), sampleItem("b")}, {going("c", inNineDays)}),
+       "2 items go now",
+       1},
+      {"two due and three more in the week are one number",
+       {},
+       taggedStatus({sampleItem("a"), sampleItem("b")},
+                    {going("c", tomorrow), going("d", tomorrow), going("e", utc(2026, 11, 22))}),
+       "5 items go this week",
+       3},
+      {"the first upcoming item is told, with no search for the earliest",
+       {},
+       taggedStatus({}, {going("b", utc(2026, 12, 1)), going("a", inNineDays)}),
+       "Nothing goes this week. The oldest item goes in 15 days.",
+       0},
+      {"the restart doesn't count, but is listed", clearingOnRestart(noRules()),
+       taggedStatus({}, {}, {sampleItem("a")}), "Nothing goes this week.", 1},
+      {"due items beside those of the restart", clearingOnRestart(),
+       taggedStatus({sampleItem("a")}, {}, {sampleItem("b")}), "1 item goes now", 2},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.name);
+    const FolderPreview preview =
+        folderPreview(sampleReport(1, row.status, row.settings), now, sampleFormats(), "Bin");
+    EXPECT_EQ(preview.headline, row.headline);
+    EXPECT_EQ(preview.forecast.size(), row.groupCount);
+  }
+}
+
 }  // namespace
-}  // namespace tidemar
+}  // namespace tidemar::testing

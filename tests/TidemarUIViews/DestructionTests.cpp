@@ -4,11 +4,6 @@
 #include <QMessageBox>
 #include <QPointer>
 #include <QTimer>
-#include <functional>
-#include <memory>
-#include <tuple>
-
-#include <gtest/gtest.h>
 
 #include "TidemarUI/State/Labels.h"
 #include "TidemarUI/Views/FolderDetailView.h"

@@ -1,9 +1,6 @@
 #include <QComboBox>
 #include <QLineEdit>
 #include <QMessageBox>
-#include <optional>
-
-#include <gtest/gtest.h>
 
 #include "TidemarUI/State/Labels.h"
 #include "TidemarUI/Views/FolderDetailView.h"
@@ -74,7 +71,7 @@ class FolderDetailViewTest : public ::testing::Test {
   std::vector<TemporarySettings> changes;
 };
 
-TEST_F(FolderDetailViewTest, TheSwitchAsksAndShowsWhatTheFolderSays) {
+TEST_F(FolderDetailViewTest, TheSwitchAsksAndStaysAsItIs) {
   auto* temporary = child<Switch>(view, "Temporary");
   ASSERT_NE(temporary, nullptr);
   for (const bool isByKeyboard : {false, true}) {
@@ -87,15 +84,6 @@ TEST_F(FolderDetailViewTest, TheSwitchAsksAndShowsWhatTheFolderSays) {
     EXPECT_EQ(requested, false);
     EXPECT_TRUE(temporary->isChecked()) << "it is still on, whatever was clicked";
   }
-  MainFolder folder = sampleFolder();
-  folder.isTemporary = false;
-  view.setFolder(shared(folder));
-  EXPECT_FALSE(temporary->isChecked());
-  EXPECT_TRUE(temporary->isEnabled());
-  EXPECT_FALSE(child<QComboBox>(view)->isVisible());
-  folder.isProtectedRoot = true;
-  view.setFolder(shared(folder));
-  EXPECT_FALSE(temporary->isEnabled());
 }
 
 TEST_F(FolderDetailViewTest, NumbersAreReadAsTypedAndBroughtWithinTheirBounds) {

@@ -1,5 +1,3 @@
-#include <gtest/gtest.h>
-
 #include "TidemarUI/State/Labels.h"
 #include "TidemarUI/Views/FolderDetailView.h"
 #include "TidemarUI/Views/MainView.h"
@@ -57,16 +55,6 @@ TEST_F(MainViewTest, ARemovedFolderLeavesTheOverviewAndSelectsNoOther) {
   EXPECT_FALSE(child<Sidebar>(view)->currentIndex().isValid());
   view.setState(shared(sampleState({})));
   EXPECT_EQ(child<Sidebar>(view)->model()->rowCount(), 1);
-}
-
-TEST_F(MainViewTest, TheSidebarIsWalkedThroughByKeyboardPastItsTitle) {
-  view.setSelection(MainSelection::overview());
-  auto* sidebar = child<Sidebar>(view);
-  sidebar->setFocus();
-  QTest::keyClick(sidebar, Qt::Key_Down);
-  QApplication::processEvents();
-  ASSERT_EQ(selections.size(), 1U);
-  EXPECT_EQ(selections[0], MainSelection::folder(1));
 }
 
 TEST_F(MainViewTest, MinusRemovesTheSelectedFolder) {

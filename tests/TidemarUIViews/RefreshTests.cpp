@@ -3,11 +3,6 @@
 #include <QPointer>
 #include <QScrollArea>
 #include <QScrollBar>
-#include <algorithm>
-#include <random>
-#include <ranges>
-
-#include <gtest/gtest.h>
 
 #include "TidemarUI/State/Labels.h"
 #include "TidemarUI/Views/FolderDetailView.h"
@@ -223,33 +218,6 @@ TEST(Refresh, AThousandFoldersAreWalkedThroughThoughFewHaveARow) {
   QApplication::processEvents();
   EXPECT_EQ(bar->value(), 0) << "the view doesn't follow a row that went out of sight";
   EXPECT_EQ(QApplication::focusWidget(), &view);
-}
-
-TEST(Refresh, TheFocusGoesThroughRowsThatCameLaterInReadingOrder) {
-  MenuBarView view;
-  MenuBarState state = sampleState({sampleFolder(2)}).overview;
-  state.forecast.clear();
-  view.setState(shared(state));
-  present(view, view.sizeHint());
-  state.forecast = {sampleGroup("Now"), sampleGroup("On restart", "Delete Permanently")};
-  state.folders.insert(
-      state.folders.begin(),
-      FolderSummary{.id = 1, .path = "/a", .name = "first", .rules = "", .distanceToGoing = ""});
-  state.isFinderExtensionOff = true;
-  view.setState(shared(state));
-  QApplication::processEvents();
-
-  std::vector<std::string> order;
-  view.setFocus();
-  for (int step = 0; step < 8; ++step) {
-    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
-    order.push_back(spokenName(*QApplication::focusWidget()));
-  }
-  const std::vector<std::string> expected = {
-      "Turn On",      "Now, 2 items · 1 MB, a, b",  "On restart, 2 items · 1 MB, a, b",
-      "first",        "folder 2, Nothing to clear", "Put 2 items back",
-      "Open Tidemar", "Quit Tidemar, Ctrl+Q"};
-  EXPECT_EQ(order, expected);
 }
 
 }  // namespace

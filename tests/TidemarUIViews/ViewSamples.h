@@ -4,15 +4,10 @@
 #include <QApplication>
 #include <QTest>
 #include <QWidget>
-#include <cstdint>
-#include <memory>
-#include <optional>
-#include <string>
-#include <utility>
-#include <vector>
 
 #include "Platform/Locale/Formats.h"
 #include "TidemarUI/State/MainState.h"
+#include "support/Testing.h"
 
 namespace tidemar::testing {
 
@@ -46,6 +41,7 @@ inline MainFolder sampleFolder(std::int64_t id = 1, TemporarySettings settings =
 inline MainState sampleState(std::vector<MainFolder> folders) {
   MainState state;
   state.overview.headline = "2 items go now";
+  state.overview.subheadline = "some folders";
   for (const MainFolder& folder : folders)
     state.overview.folders.push_back({.id = folder.id,
                                       .path = folder.path,
@@ -76,6 +72,44 @@ inline void present(QWidget& view, QSize size) {
   view.activateWindow();
   QApplication::setActiveWindow(&view);
   QApplication::processEvents();
+}
+
+/// What assistive tools are told of a screen in reading order, a line each: the role and the name,
+/// the value, what it is, and behind a dash the description.
+inline void tell(const QAccessibleInterface& node, std::string& lines) {
+  static const std::map<QAccessible::Role, const char*> roles = {
+      {QAccessible::Window, "window"},     {QAccessible::Dialog, "dialog"},
+      {QAccessible::StaticText, "text"},   {QAccessible::Graphic, "picture"},
+      {QAccessible::List, "list"},         {QAccessible::ListItem, "row"},
+      {QAccessible::PushButton, "button"}, {QAccessible::ButtonMenu, "menu"},
+      {QAccessible::CheckBox, "box"},      {QAccessible::SpinBox, "number"},
+      {QAccessible::ComboBox, "picker"},   {QAccessible::EditableText, "field"}};
+  const QAccessible::State state = node.state();
+  if (state.invisible) return;
+  const auto textOf = [&](QAccessible::Text kind) { return node.text(kind).toStdString(); };
+  const auto role = roles.find(node.role());
+  const bool isEmpty = node.role() == QAccessible::StaticText && textOf(QAccessible::Name).empty();
+  if (role != roles.end() && !isEmpty) {
+    const std::string name = textOf(QAccessible::Name);
+    lines += role->second + (name.empty() ? "" : " " + name);
+    const std::string value = textOf(QAccessible::Value);
+    if (!value.empty() && value != name) lines += " = " + value;
+    if (state.checked) lines += ", checked";
+    if (state.selected) lines += ", chosen";
+    if (state.disabled) lines += ", off";
+    const std::string description = textOf(QAccessible::Description);
+    const bool saysMore = !description.empty() && description != name;
+    lines += (saysMore ? " - " + description : "") + "\n";
+  }
+  const bool isControl = role != roles.end() && state.focusable && node.role() != QAccessible::List;
+  for (int place = 0; place < node.childCount() && !isControl; ++place)
+    tell(*node.child(place), lines);
+}
+
+inline std::string told(QWidget& screen) {
+  std::string lines;
+  tell(*QAccessible::queryAccessibleInterface(&screen), lines);
+  return lines;
 }
 
 /// What a screen reader calls a widget.

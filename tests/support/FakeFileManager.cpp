@@ -1,14 +1,6 @@
 #include "support/FakeFileManager.h"
 
-#include <algorithm>
-#include <cerrno>
-#include <cstdlib>
-#include <functional>
-#include <sstream>
-#include <stdexcept>
-#include <utility>
-
-#include "support/TemporaryTree.h"
+#include "support/Testing.h"
 
 namespace tidemar::testing {
 
@@ -52,30 +44,21 @@ std::vector<std::string> components(const std::string& path) {
 
 /// The path without links, as far as it can be followed; a link in the last component only where
 /// `followsLast`.
-std::string followed(const Node& root, const std::string& path, bool followsLast) {
-  std::vector<std::string> pending = components(path);
+std::string followed(const Node& root, const std::string& path, bool followsLast, int links = 0) {
+  if (links > 40) throw std::logic_error("too many links: " + path);
   const Node* node = &root;
   std::string result;
-  for (std::size_t i = 0, links = 0; i < pending.size(); ++i) {
-    const bool isLast = i + 1 == pending.size();
-    const Node* child = node == nullptr ? nullptr : node->child(pending[i]);
-    if (child != nullptr && child->linkTarget && (!isLast || followsLast)) {
-      if (++links > 40) throw std::logic_error("too many links: " + path);
-      std::vector<std::string> target = components(*child->linkTarget);
-      if (!child->linkTarget->starts_with('/')) {
-        const std::vector<std::string> above = components(result);
-        target.insert(target.begin(), above.begin(), above.end());
-      }
-      target.insert(target.end(), pending.begin() + static_cast<std::ptrdiff_t>(i) + 1,
-                    pending.end());
-      pending = std::move(target);
-      node = &root;
-      result.clear();
-      i = static_cast<std::size_t>(-1);
-      continue;
+  const std::vector<std::string> names = components(path);
+  for (std::size_t i = 0; i < names.size(); ++i) {
+    node = node == nullptr ? nullptr : node->child(names[i]);
+    if (node != nullptr && node->linkTarget && (followsLast || i + 1 < names.size())) {
+      const bool isAbsolute = node->linkTarget->starts_with('/');
+      std::string rest = (isAbsolute ? "" : result + "/") + *node->linkTarget;
+      while (++i < names.size())
+        rest += "/" + names[i];
+      return followed(root, rest, followsLast, links + 1);
     }
-    result += "/" + pending[i];
-    node = child;
+    result += "/" + names[i];
   }
   return result.empty() ? "/" : result;
 }

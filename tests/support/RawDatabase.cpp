@@ -1,8 +1,6 @@
-#include "support/RawDatabase.h"
-
-#include <stdexcept>
-
 #include <sqlite3.h>
+
+#include "support/Testing.h"
 
 namespace tidemar::testing {
 

@@ -1,8 +1,6 @@
-#include "support/ScopedEnvironment.h"
-
-#include <cstdlib>
 #include <ctime>
-#include <utility>
+
+#include "support/Testing.h"
 
 namespace tidemar::testing {
 

@@ -1,9 +1,12 @@
 #pragma once
 
+#include <atomic>
 #include <string>
+#include <thread>
 
+#include "Platform/Files/Descriptors/FileDescriptor.h"
 #include "TidemarCore/FileURL.h"
-#include "support/TemporaryTree.h"
+#include "support/Files.h"
 
 namespace tidemar::testing {
 
@@ -80,5 +83,32 @@ void enterOwnMountNamespace();
 /// Runs a command line of the shell and answers what it printed, or throws that as a
 /// std::runtime_error if it failed.
 std::string runCommand(const std::string& command);
+
+/// Stands for a mount whose server is gone, on which every access would wait for ever: a FUSE file
+/// system that refuses each request at once and remembers that there was one. A test that is held
+/// up by it in earnest fails here instead of hanging.
+class SilentMount {
+ public:
+  /// At an existing directory. `source` is the device that the table of mounts gives for it.
+  explicit SilentMount(const FileURL& place, const std::string& source = "server:/");
+  ~SilentMount();
+  SilentMount(const SilentMount&) = delete;
+  SilentMount& operator=(const SilentMount&) = delete;
+
+  bool isMounted() const noexcept { return _reason.empty(); }
+  const std::string& reason() const noexcept { return _reason; }
+
+  /// Whether anything was asked of it, such as the values of its root.
+  bool wasTouched() const noexcept { return _wasTouched; }
+
+ private:
+  void answer();
+
+  FileURL _place;
+  std::string _reason;
+  FileDescriptor _device;
+  std::atomic<bool> _wasTouched = false;
+  std::thread _thread;
+};
 
 }  // namespace tidemar::testing

@@ -5,7 +5,6 @@
 // A line is a word and its arguments, each percent-encoded; "!" stands for no value. Each result is
 // a line of the same form, and "done" ends those of one command.
 
-#include <charconv>
 #include <cstdlib>
 #include <exception>
 #include <functional>
@@ -16,7 +15,6 @@
 #include <memory>
 #include <optional>
 #include <sstream>
-#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -41,22 +39,12 @@ void print(std::initializer_list<std::string_view> words) {
   std::cout << line << std::endl;
 }
 
-template <class Number>
-Number number(const std::string& text) {
-  Number value{};
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-  if (error != std::errc() || end != text.data() + text.size()) {
-    throw std::invalid_argument("not a number: " + text);
-  }
-  return value;
-}
-
 Date date(const std::string& text) {
-  return {number<double>(text)};
+  return {std::stod(text)};
 }
 
 std::optional<std::int64_t> numberOrNothing(const std::string& text) {
-  return text == nothing ? std::nullopt : std::optional(number<std::int64_t>(text));
+  return text == nothing ? std::nullopt : std::optional<std::int64_t>(std::stoll(text));
 }
 
 std::string text(Date date) {
@@ -84,20 +72,12 @@ class Driver {
   explicit Driver(const std::string& database)
       : _engine(std::make_unique<Store>(database), _disk) {}
 
-  void perform(const Words& words) {
-    const auto command = _commands.find(words.front());
-    if (command == _commands.end()) throw std::invalid_argument("no command " + words.front());
-    command->second(words);
-  }
+  void perform(const Words& words) { _commands.at(words.front())(words); }
 
  private:
-  std::int64_t id(const Words& words) const { return number<std::int64_t>(words.at(1)); }
+  std::int64_t id(const Words& words) const { return std::stoll(words.at(1)); }
 
-  Folder folder(const Words& words) const {
-    const std::optional<Folder> known = _engine.store().folder(id(words));
-    if (!known) throw std::invalid_argument("no folder " + words.at(1));
-    return *known;
-  }
+  Folder folder(const Words& words) const { return _engine.store().folder(id(words)).value(); }
 
   void add(const Words& words) {
     const Folder added = _engine.addFolder(FileURL(words.at(1)), date(words.at(2)));
@@ -106,13 +86,11 @@ class Driver {
 
   void setRules(const Words& words) {
     Folder changed = folder(words);
-    const std::optional<Disposal> disposal = disposalFromRawValue(words.at(6));
-    if (!disposal) throw std::invalid_argument("no disposal " + words.at(6));
     changed.settings = {.maxAgeDays = numberOrNothing(words.at(2)),
                         .sizeLimit = numberOrNothing(words.at(3)),
                         .automatic = words.at(4) == "1",
                         .emptyOnRestart = words.at(5) == "1",
-                        .disposal = *disposal};
+                        .disposal = disposalFromRawValue(words.at(6)).value()};
     if (words.at(7) != nothing) changed.lastRunAt = date(words.at(7));
     _engine.store().update(changed);
   }
@@ -184,11 +162,8 @@ class Driver {
 Words split(const std::string& line) {
   Words words;
   std::istringstream stream(line);
-  for (std::string word; stream >> word;) {
-    const std::optional<std::string> decoded = percentDecoded(word);
-    if (!decoded) throw std::invalid_argument("badly encoded: " + word);
-    words.push_back(*decoded);
-  }
+  for (std::string word; stream >> word;)
+    words.push_back(percentDecoded(word).value());
   return words;
 }
 
@@ -217,9 +192,5 @@ int drive(const std::string& database) {
 }  // namespace tidemar
 
 int main(int argumentCount, char** arguments) {
-  if (argumentCount != 2) {
-    std::cerr << "usage: tortureDriver {database}\n";
-    return EXIT_FAILURE;
-  }
-  return tidemar::drive(arguments[1]);
+  return argumentCount == 2 ? tidemar::drive(arguments[1]) : EXIT_FAILURE;
 }

@@ -20,10 +20,10 @@ def killed(world, operation, how):
         return problems
 
 
-def kills(report, world, name, operation):
+def kills(report, world, name, operation, most=12):
     calls = len(world.calls(operation))
     cases = [(f"{name} at {number}", {"action": "kill", "at": number})
-             for number in report.some(range(1, calls + 1), 12)]
+             for number in report.some(range(1, calls + 1), most)]
     cases += [(f"{name} at any moment at {number}", {"killed_after": report.random.uniform(0, 0.03)})
               for number in range(report.count(170, 2))]
     for label, how in cases:
@@ -68,7 +68,7 @@ def main():
         report.skip(f"{COPY}: {reason}")
     else:
         with World(report.tools, "bin", {"file": File(), "tree": TREE}, FEW_KEPT) as world:
-            kills(report, world, COPY, COPY)
+            kills(report, world, COPY, COPY, most=20)
     report.end()
 
 

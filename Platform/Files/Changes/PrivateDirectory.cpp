@@ -64,7 +64,6 @@ std::expected<PrivateDirectory, int> PrivateDirectory::make(int folder, Kind kin
     if (code == 0) code = made->mark();
     if (code == 0) return made;
     unlinkat(folder, name.c_str(), AT_REMOVEDIR);
-    if (code == ENOSPC || code == EDQUOT) break;
   }
   return std::unexpected(code);
 }

@@ -1,19 +1,10 @@
-#include <cmath>
-#include <cstdint>
-#include <limits>
-#include <stdexcept>
-#include <thread>
-#include <utility>
-#include <vector>
-
-#include <gtest/gtest.h>
-
 #include "TidemarKit/Store/DatabaseDate.h"
 #include "TidemarKit/Store/DatabaseError.h"
 #include "TidemarKit/Store/DatabaseMigrator.h"
 #include "TidemarKit/Store/DatabaseQueue.h"
+#include "support/Testing.h"
 
-namespace tidemar {
+namespace tidemar::testing {
 namespace {
 
 std::int64_t count(Database& database, const std::string& table) {
@@ -167,4 +158,4 @@ TEST(DatabaseDate, everyMillisecondReadIsWrittenAsItStood) {
 }
 
 }  // namespace
-}  // namespace tidemar
+}  // namespace tidemar::testing

@@ -1,21 +1,9 @@
 #pragma once
 
-#include <chrono>
-#include <functional>
-#include <optional>
-#include <string>
-#include <string_view>
-#include <vector>
-
-#include <gtest/gtest.h>
-#include <sys/stat.h>
-
 #include "TidemarKit/Store/DatabaseError.h"
 #include "TidemarKit/Store/RemovalLedger.h"
 #include "TidemarKit/Store/Store.h"
-#include "support/RawDatabase.h"
-#include "support/Records.h"
-#include "support/TemporaryTree.h"
+#include "support/Testing.h"
 
 namespace tidemar::testing {
 

@@ -1,31 +1,12 @@
-#include <atomic>
-#include <cerrno>
-#include <chrono>
-#include <optional>
-#include <string>
-#include <thread>
-#include <vector>
-
-#include <fcntl.h>
-#include <gtest/gtest.h>
 #include <linux/fs.h>
 #include <sqlite3.h>
 #include <sys/ioctl.h>
-#include <sys/stat.h>
-#include <sys/syscall.h>
-#include <unistd.h>
 
 #include "Platform/Files/Descriptors/FileDescriptor.h"
 #include "TidemarKit/Store/LedgerWorld.h"
-#include "support/FailingSystemCall.h"
-#include "support/RawDatabase.h"
-#include "support/TemporaryTree.h"
-#include "support/TestFileSystems.h"
 
-namespace tidemar {
+namespace tidemar::testing {
 namespace {
-
-using namespace tidemar::testing;
 
 enum class By { sql, lock, shell };
 
@@ -106,35 +87,6 @@ TEST(RemovalLedger, letsNothingGoWhoseRowCouldNotBeWrittenAndKeepsTheRowOfWhatWe
     EXPECT_TRUE(ledger.isSettled()) << "what is outstanding is written first";
     ledger.record(world.row("c"));
     EXPECT_EQ(world.names(), (Rows{"a", "b", "c"}));
-  }
-}
-
-TEST(RemovalLedger, writesEachRowOnceWhereverTheSystemRefuses) {
-  const struct {
-    long systemCall;
-    int systemCode;
-    int code;
-    bool isForeseen = true;
-  } refusals[] = {
-      {SYS_pwrite64, ENOSPC, SQLITE_FULL},    {SYS_pwrite64, EDQUOT, SQLITE_IOERR},
-      {SYS_pwrite64, EIO, SQLITE_IOERR},      {SYS_openat, EROFS, SQLITE_CANTOPEN},
-      {SYS_unlink, EIO, SQLITE_IOERR, false}, {SYS_fdatasync, EIO, SQLITE_IOERR, false},
-  };
-  for (const auto& refusal : refusals) {
-    SCOPED_TRACE(::testing::Message()
-                 << refusal.systemCall << " fails with " << refusal.systemCode);
-    LedgerWorld world;
-    world.ledger.record(world.row("a"));
-    withFailingSystemCall(refusal.systemCall, refusal.systemCode, [&] {
-      EXPECT_EQ(databaseCodeOf([&] { world.ledger.prepare(world.row("b")); }),
-                refusal.isForeseen ? std::optional(refusal.code) : std::nullopt);
-      EXPECT_EQ(databaseCodeOf([&] { world.ledger.record(world.row("b")); }), refusal.code);
-      EXPECT_EQ(databaseCodeOf([&] { world.ledger.prepare(world.row("c")); }), refusal.code);
-    });
-    EXPECT_FALSE(world.ledger.isSettled());
-    world.ledger.settle();
-    EXPECT_EQ(world.names(), (Rows{"a", "b"}));
-    EXPECT_EQ(runSQL(world.path, "PRAGMA integrity_check"), Rows{"ok"});
   }
 }
 
@@ -257,16 +209,5 @@ TEST(RemovalLedger, losesNoRowOfSeveralThreadsWhileOtherProgramsReadAndWrite) {
             world.folder.lastRunAt + threadCount * rowsPerThread);
 }
 
-TEST(RemovalLedger, worksOverAStoreInMemory) {
-  Store store;
-  RemovalLedger ledger(store);
-  const Folder folder = store.insert(folderAt("/f"));
-  ledger.settle();
-  ledger.prepare(entryOf(folder, "a"));
-  EXPECT_TRUE(store.journalSince(Date{0}).empty());
-  const JournalEntry entry = ledger.record(entryOf(folder, "a"));
-  EXPECT_EQ(store.journalSince(Date{0}), std::vector{entry});
-}
-
 }  // namespace
-}  // namespace tidemar
+}  // namespace tidemar::testing

@@ -1,20 +1,10 @@
-#include <string>
-
-#include <fcntl.h>
-#include <gtest/gtest.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include "Platform/Files/Descriptors/FileDescriptor.h"
 #include "TidemarKit/Store/LedgerWorld.h"
 #include "TidemarKit/Store/SpaceReserve.h"
-#include "support/TemporaryTree.h"
-#include "support/TestFileSystems.h"
 
-namespace tidemar {
+namespace tidemar::testing {
 namespace {
 
-using namespace tidemar::testing;
 using Type = TestFileSystem::Type;
 
 /// Whether this many bytes could be added to a file and reached the disk.
@@ -133,4 +123,4 @@ INSTANTIATE_TEST_SUITE_P(SpaceReserve, FullDisk,
                          [](const auto& type) { return nameOf(type.param); });
 
 }  // namespace
-}  // namespace tidemar
+}  // namespace tidemar::testing

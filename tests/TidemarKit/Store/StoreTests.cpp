@@ -1,15 +1,9 @@
-#include <algorithm>
-#include <functional>
-
-#include <gtest/gtest.h>
 #include <sqlite3.h>
 
 #include "TidemarKit/Store/LedgerWorld.h"
 
-namespace tidemar {
+namespace tidemar::testing {
 namespace {
-
-using namespace tidemar::testing;
 
 Rows names(const std::vector<JournalEntry>& entries) {
   Rows result;
@@ -233,4 +227,4 @@ TEST_F(StoreOnFile, reasonsAreASetWhateverTheOrderAndTheBlanksOfTheText) {
 }
 
 }  // namespace
-}  // namespace tidemar
+}  // namespace tidemar::testing

@@ -2,9 +2,13 @@
 
 #include <cstddef>
 #include <functional>
+#include <set>
+#include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
+#include "Platform/Files/OpenFolder.h"
 #include "TidemarCore/FileURL.h"
 
 namespace tidemar::testing {
@@ -53,5 +57,43 @@ std::string readFile(const FileURL& url);
 
 /// Whether something lies there, a dangling link included.
 bool exists(const FileURL& url);
+
+/// The names of what lies in a directory; none where there is none.
+std::set<std::string> namesIn(const FileURL& directory);
+
+/// The code of the PlatformError that a call throws, 0 if it succeeds.
+int codeOf(const std::function<void()>& call);
+
+/// The `Path` of a Trash record, as it is written.
+std::string pathIn(const FileURL& record);
+
+/// Looks at an item as a run does and takes it out of its folder. Throws what stands in its way.
+void removeItem(const FileURL& url);
+FileURL trashItem(const FileURL& url);
+
+/// One entry of a directory, with its values.
+struct ListedEntry {
+  FileURL url;
+  ResourceValues values;
+};
+
+/// The entries of a directory as its reading gives them.
+std::vector<ListedEntry> listDirectory(const FileURL& directory);
+
+/// The values of one entry as a look at it gives them.
+ResourceValues readResourceValues(const FileURL& url);
+
+std::vector<std::string> readTagNames(const FileURL& directory);
+void writeTagNames(const FileURL& directory, std::span<const std::string> tags);
+
+std::string makeBookmark(const FileURL& directory);
+
+/// Where a bookmark leads; see OpenedBookmark.
+struct ResolvedBookmark {
+  FileURL url;
+  bool isStale = false;
+  bool isReplacement = false;
+};
+ResolvedBookmark resolveBookmark(std::string_view bookmark);
 
 }  // namespace tidemar::testing

@@ -1,18 +1,8 @@
-#include "support/TemporaryTree.h"
-
 #include <charconv>
-#include <cmath>
-#include <cstdlib>
-#include <filesystem>
 #include <fstream>
-#include <sstream>
-#include <stdexcept>
-#include <system_error>
-#include <vector>
 
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
+#include "Platform/Files/DiskFileManager.h"
+#include "support/Testing.h"
 
 namespace tidemar::testing {
 namespace {
@@ -54,6 +44,35 @@ void makeEntry(const FileURL& url, std::string_view rest) {
     std::from_chars(rest.data(), rest.data() + rest.size(), size);
     writeFile(url, std::string(size, 'x'));
   }
+}
+
+/// Keeps what lies directly in the folder.
+class Listing : public TreeVisitor {
+ public:
+  explicit Listing(const FileURL& folder) : _folder(folder) {}
+  void visit(const TreeElement& element) override {
+    if (element.depth == 0)
+      entries.push_back({_folder.appendingPathComponent(element.name), element.values});
+  }
+  void failed(int) override {}
+  void restart() override { entries.clear(); }
+  void knownFolder(std::span<const std::string>) override {}
+
+  std::vector<ListedEntry> entries;
+
+ private:
+  FileURL _folder;
+};
+
+std::unique_ptr<OpenFolder> folderOf(const FileURL& item) {
+  return DiskFileManager().openFolder(item.deletingLastPathComponent());
+}
+
+ItemState look(OpenFolder& folder, const FileURL& url, Disposal disposal) {
+  Listing listing(folder.url());
+  ItemState item = folder.look(url.lastPathComponent(), disposal, listing);
+  if (item.obstacle) throw PlatformError(*item.obstacle);
+  return item;
 }
 
 }  // namespace
@@ -133,6 +152,70 @@ std::string readFile(const FileURL& url) {
 bool exists(const FileURL& url) {
   struct stat values {};
   return lstat(url.path().c_str(), &values) == 0;
+}
+
+std::set<std::string> namesIn(const FileURL& directory) {
+  std::set<std::string> names;
+  std::error_code error;
+  for (const auto& entry : std::filesystem::directory_iterator(directory.path(), error)) {
+    names.insert(entry.path().filename().string());
+  }
+  return names;
+}
+
+int codeOf(const std::function<void()>& call) {
+  try {
+    call();
+    return 0;
+  } catch (const PlatformError& error) {
+    EXPECT_TRUE(std::string(error.what()).starts_with("Couldn't ")) << error.what();
+    return error.code();
+  }
+}
+
+std::string pathIn(const FileURL& record) {
+  const std::string text = readFile(record);
+  const std::size_t start = text.find("\nPath=") + 6;
+  return text.substr(start, text.find('\n', start) - start);
+}
+
+void removeItem(const FileURL& url) {
+  const auto folder = folderOf(url);
+  folder->removeItem(look(*folder, url, Disposal::delete_));
+}
+
+FileURL trashItem(const FileURL& url) {
+  const auto folder = folderOf(url);
+  return folder->trashItem(look(*folder, url, Disposal::bin)).value();
+}
+
+std::vector<ListedEntry> listDirectory(const FileURL& directory) {
+  Listing listing(directory);
+  DiskFileManager().openFolder(directory)->read(listing);
+  return listing.entries;
+}
+
+ResourceValues readResourceValues(const FileURL& url) {
+  Listing listing(url.deletingLastPathComponent());
+  folderOf(url)->look(url.lastPathComponent(), Disposal::bin, listing);
+  return listing.entries.at(0).values;
+}
+
+std::vector<std::string> readTagNames(const FileURL& directory) {
+  return DiskFileManager().openFolder(directory)->tagNames();
+}
+
+void writeTagNames(const FileURL& directory, std::span<const std::string> tags) {
+  DiskFileManager().openFolder(directory)->setTagNames(tags);
+}
+
+std::string makeBookmark(const FileURL& directory) {
+  return DiskFileManager().openFolder(directory)->bookmarkData();
+}
+
+ResolvedBookmark resolveBookmark(std::string_view bookmark) {
+  const OpenedBookmark opened = DiskFileManager().openBookmark(bookmark);
+  return {opened.folder->url(), opened.isStale, opened.isReplacement};
 }
 
 }  // namespace tidemar::testing

@@ -3,11 +3,45 @@
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusVirtualObject>
-#include <functional>
-#include <utility>
-#include <vector>
+#include <QDesktopServices>
+#include <QProcess>
+#include <QStandardPaths>
+#include <QUrl>
+
+#include "support/Testing.h"
 
 namespace tidemar::testing {
+
+/// A session bus for one test, which knows no services to start but those it is told of.
+class PrivateBus {
+ public:
+  PrivateBus();
+  ~PrivateBus();
+
+  /// Has the bus start that service when it is called, as far as it may, which then fails.
+  void makeStartable(const QString& name);
+
+  /// A new connection, which ends with the bus.
+  QDBusConnection connect();
+
+ private:
+  TemporaryDirectory _directory;
+  QProcess _daemon;
+  QString _address;
+  QStringList _connections;
+};
+
+/// A test with a bus of its own, where the machine has the program for one.
+class BusTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    if (QStandardPaths::findExecutable(QStringLiteral("dbus-daemon")).isEmpty())
+      GTEST_SKIP() << "needs dbus-daemon";
+    bus.emplace();
+  }
+
+  std::optional<PrivateBus> bus;
+};
 
 /// Owns a name of the bus on a connection of its own, as long as it lives, and answers the calls of
 /// one object and those below it. It writes them down.
@@ -46,6 +80,24 @@ class FakeService : public QDBusVirtualObject {
   QDBusConnection _bus;
   QString _name;
   Answer _answer;
+};
+
+/// Takes the URLs of one scheme that the program opens, in place of the desktop.
+class OpenedURLs : public QObject {
+  Q_OBJECT
+ public:
+  explicit OpenedURLs(const char* scheme) : _scheme(QString::fromLatin1(scheme)) {
+    QDesktopServices::setUrlHandler(_scheme, this, "open");
+  }
+  ~OpenedURLs() override { QDesktopServices::unsetUrlHandler(_scheme); }
+
+  QStringList urls;  ///< Percent-encoded.
+
+ public slots:
+  void open(const QUrl& url) { urls << QString::fromLatin1(url.toEncoded()); }
+
+ private:
+  QString _scheme;
 };
 
 }  // namespace tidemar::testing

@@ -1,34 +1,36 @@
-#include "PrivateBus.h"
+#include "FakeDesktop.h"
 
-#include <QDBusMessage>
-#include <stdexcept>
+#include <csignal>
+
+#include <sys/prctl.h>
 
 namespace tidemar::testing {
-namespace {
-
-std::string configuration(const std::string& socketDirectory) {
-  return "<busconfig><type>session</type><listen>unix:dir=" + socketDirectory +
-         "</listen><servicedir>" + socketDirectory +
-         "</servicedir><policy context=\"default\"><allow send_destination=\"*\" "
-         "eavesdrop=\"true\"/>"
-         "<allow eavesdrop=\"true\"/><allow own=\"*\"/></policy></busconfig>";
-}
-
-}  // namespace
 
 PrivateBus::PrivateBus() {
-  writeFile(_directory.url("bus.conf"), configuration(_directory.path()));
-  const QString file = QString::fromStdString(_directory.path("bus.conf"));
+  const std::string place = _directory.path();
+  writeFile(_directory.url("bus.conf"),
+            "<busconfig><type>session</type><listen>unix:dir=" + place + "</listen><servicedir>" +
+                place +
+                "</servicedir><policy context=\"default\"><allow send_destination=\"*\" "
+                "eavesdrop=\"true\"/><allow eavesdrop=\"true\"/><allow own=\"*\"/></policy>"
+                "</busconfig>");
+  // It ends with the test, should that crash.
+  _daemon.setChildProcessModifier([] { prctl(PR_SET_PDEATHSIG, SIGKILL); });
   _daemon.start(QStringLiteral("dbus-daemon"),
                 {QStringLiteral("--nofork"), QStringLiteral("--print-address=1"),
-                 QStringLiteral("--config-file=") + file});
-  _address = _daemon.readLine();
+                 QStringLiteral("--config-file=") + QString::fromStdString(place + "/bus.conf")});
+  while (!_daemon.canReadLine() && _daemon.waitForReadyRead()) {
+  }
+  _address = QString::fromUtf8(_daemon.readLine()).trimmed();
   if (_address.isEmpty()) throw std::runtime_error("dbus-daemon didn't start");
 }
 
 PrivateBus::~PrivateBus() {
   for (const QString& name : _connections)
     QDBusConnection::disconnectFromBus(name);
+  _daemon.terminate();
+  if (!_daemon.waitForFinished()) _daemon.kill();
+  _daemon.waitForFinished();
 }
 
 void PrivateBus::makeStartable(const QString& name) {

@@ -1,0 +1,388 @@
+#include <QAbstractButton>
+#include <QComboBox>
+#include <QTextDocument>
+
+#include "TidemarUI/State/FolderDetail.h"
+#include "TidemarUI/State/Labels.h"
+#include "TidemarUI/Views/AccessibleRoles.h"
+#include "TidemarUI/Views/MainView.h"
+#include "TidemarUI/Views/MenuBarView.h"
+#include "TidemarUI/Views/SettingsView.h"
+#include "TidemarUI/Views/SetupView.h"
+#include "TidemarUI/Views/Sidebar.h"
+#include "ViewSamples.h"
+
+namespace tidemar::testing {
+namespace {
+
+using Screen = std::unique_ptr<QWidget>;
+
+/// The main window with these folders, at the first one's page or at the overview.
+Screen mainWindow(const std::vector<MainFolder>& folders, bool isPage, QSize size = {820, 1000}) {
+  auto view = std::make_unique<MainView>(viewFormats(), "Bin");
+  view->setState(shared(sampleState(folders)));
+  if (!folders.empty())
+    view->setSelection(isPage ? MainSelection::folder(1) : MainSelection::overview());
+  present(*view, size);
+  return view;
+}
+
+Screen popover(const MenuBarState& state) {
+  auto view = std::make_unique<MenuBarView>();
+  view->setState(shared(MenuBarState()));
+  present(*view, view->sizeHint());
+  view->setState(shared(state));
+  present(*view, view->sizeHint());
+  return view;
+}
+
+MenuBarState fullState() {
+  MenuBarState state = sampleState({sampleFolder(1), sampleFolder(2)}).overview;
+  state.subheadline = "2 folders";
+  state.isFinderExtensionOff = true;
+  state.folders[0].place = "/home/ada";
+  state.forecast.push_back(sampleGroup("On restart", "Delete Permanently"));
+  state.forecast[0].left = "a: no.";
+  return state;
+}
+
+Screen settings(const SettingsState& state) {
+  auto view = std::make_unique<SettingsView>();
+  view->setState(state);
+  present(*view, {420, 400});
+  return view;
+}
+
+Screen setup(const SetupState& state) {
+  auto view = std::make_unique<SetupView>();
+  view->setState(state);
+  present(*view, {420, 500});
+  return view;
+}
+
+MainFolder lockedFolder() {
+  MainFolder folder = sampleFolder(1);
+  folder.isTemporary = false;
+  folder.isProtectedRoot = true;
+  return folder;
+}
+
+std::string linesNotIn(const std::string& before, const std::string& text) {
+  std::string lines;
+  std::istringstream stream(text);
+  for (std::string line; std::getline(stream, line);)
+    if (before.find(line + "\n") == std::string::npos) lines += line + "\n";
+  return lines;
+}
+
+class Screens : public ::testing::Test {
+ protected:
+  Screens() { installAccessibleRoles(); }
+};
+
+TEST_F(Screens, TellAssistiveToolsAllThatTheyShow) {
+  TemporarySettings deleting;
+  deleting.disposal = Disposal::delete_;
+  deleting.sizeLimit = 5'000'000'000;
+  deleting.automatic = deleting.emptyOnRestart = true;
+  const std::string page = told(*mainWindow({sampleFolder(1), sampleFolder(2)}, true));
+  const struct {
+    const char* name;
+    std::string told;
+    std::string expected;
+  } rows[] = {
+      {"a page", page, R"(window
+list Folders
+row Overview
+text Folders
+row folder 1, Nothing to clear, chosen - /home/ada/folder 1
+row folder 2, Nothing to clear - /home/ada/folder 2
+button Add a folder
+button Remove from Tidemar
+button Menu
+text folder 1
+text /home/ada/folder 1
+button Show in Finder
+text Temporary
+text Clears old things out of this folder by the rules below.
+box Temporary, checked - Clears old things out of this folder by the rules below.
+text What goes
+text 2 items go now - What is listed under “Now” goes when you leave this page.
+text Move to Bin
+list Move to Bin
+row Now, 2 items · 1 MB, a, b - Show in Finder
+text Clear an item when
+box Not added or changed for, checked
+number Not added or changed for = 90 - days
+text days
+box The folder is over
+number The folder is over = 10, off - GB
+text GB, off
+box The disk is nearly full, off - Needs Delete Permanently: moving to the Bin frees no space.
+box The Mac restarts
+text An item's age counts from when it was added or last changed, whichever is later.
+text Cleared items
+picker Move to Bin
+text You can put them back from Tidemar or the Bin.
+)"},
+      {"a page with every rule, where it differs",
+       linesNotIn(page, told(*mainWindow({sampleFolder(1, deleting)}, true))),
+       R"(box The folder is over, checked
+number The folder is over = 5 - GB
+text GB
+box The disk is nearly full, checked
+box The Mac restarts, checked
+text Size and disk space clear the oldest items first.
+picker Delete Permanently
+text Frees the space now. Can't be put back.
+)"},
+      {"a page of a place that is never cleared, where it differs",
+       linesNotIn(page, told(*mainWindow({lockedFolder()}, true))),
+       R"(box Temporary, off - Tidemar doesn't clear system folders or your Desktop, Documents and home folder.
+text Tidemar doesn't clear system folders or your Desktop, Documents and home folder.
+)"},
+      {"the overview", told(*mainWindow({sampleFolder(1)}, false)), R"(window
+list Folders
+row Overview, chosen
+text Folders
+row folder 1, Nothing to clear - /home/ada/folder 1
+button Add a folder
+button Remove from Tidemar, off
+button Menu
+text 2 items go now
+text some folders
+text Move to Bin
+list Move to Bin
+row Now, 2 items · 1 MB, a, b - Show in Finder
+text Recent
+list Recent
+row 2 items to the Bin, folder 1 · 9:12
+text 2 items to the Bin
+text folder 1 · 9:12
+button Put 2 items back
+)"},
+      {"the invitation", told(*mainWindow({}, false)), R"(window
+list Folders
+row Overview
+button Add a folder
+button Remove from Tidemar, off
+button Menu
+text Add a folder with + or right-click one in Finder and choose Tidemar: Make Temporary…
+)"},
+      {"the popover", told(*popover(fullState())), R"(window
+text Finder extension is off
+button Turn On
+text 2 items go now
+text 2 folders
+text Move to Bin
+list Move to Bin
+row Now, 2 items · 1 MB, a, b - a: no.
+text Delete Permanently
+list Delete Permanently
+row On restart, 2 items · 1 MB, a, b - Show in Finder
+text Folders
+list Folders
+row folder 1, Nothing to clear - 90 days · Bin
+/home/ada
+row folder 2, Nothing to clear - 90 days · Bin
+text Recent
+list Recent
+row 2 items to the Bin, folder 1 · 9:12
+text 2 items to the Bin
+text folder 1 · 9:12
+button Put 2 items back
+button Open Tidemar
+button Quit Tidemar, Ctrl+Q
+)"},
+      {"the popover's invitation", told(*popover({})), R"(window
+text Right-click a folder in Finder and choose Tidemar: Make Temporary… to start.
+button Open Tidemar
+button Quit Tidemar, Ctrl+Q
+)"},
+      {"the settings",
+       told(*settings(
+           {.openAtLogin = true, .openAtLoginRequiresApproval = true, .showInMenuBar = false})),
+       R"(window
+text Open at login
+box Open at login, checked
+text Needs your approval in System Settings.
+button Open Login Items… - Needs your approval in System Settings.
+text Show in menu bar
+box Show in menu bar
+text Tidemar keeps clearing your folders when its icon is hidden.
+text Finder extension, login and notifications
+button Set Up… - Finder extension, login and notifications
+)"},
+      {"the setup", told(*setup({.isOpenAtLogin = true, .isOpenAtLoginRequiresApproval = true})),
+       R"(window
+text Tidemar Setup
+text Configure Finder integration and background cleaning.
+text Not completed
+text Turn on the Finder extension
+text Adds "Tidemar: Make Temporary…" to Finder's right-click menu.
+button Open Extension Settings…
+text One switch for each file manager on this computer
+text Completed
+text Open at login
+text Clears temporary folders in the background on launch, hourly, and after wake.
+button Open Login Items…
+text Not completed
+text Notifications
+text (optional)
+text A calm daily summary before items are removed.
+button Allow Notifications
+)"},
+  };
+  for (const auto& row : rows)
+    EXPECT_EQ(row.told, row.expected) << row.name;
+}
+
+/// The widgets that take the focus, in the order in which assistive tools read them.
+void collect(const QAccessibleInterface& node, std::vector<QWidget*>& found) {
+  auto* widget = qobject_cast<QWidget*>(node.object());
+  if (node.state().invisible) return;
+  if (widget != nullptr && (widget->focusPolicy() & Qt::TabFocus) && widget->isEnabled() &&
+      widget->focusProxy() == nullptr)
+    found.push_back(widget);
+  for (int place = 0; place < node.childCount(); ++place)
+    collect(*node.child(place), found);
+}
+
+/// Where the focus goes by a key, from the first of these on, in so many steps.
+std::vector<QWidget*> walk(const std::vector<QWidget*>& order, Qt::Key key) {
+  std::vector<QWidget*> way;
+  order.front()->setFocus();
+  for (std::size_t step = 0; step < order.size(); ++step) {
+    way.push_back(QApplication::focusWidget());
+    QTest::keyClick(way.back(), key);
+  }
+  return way;
+}
+
+TEST_F(Screens, AreWalkedThroughInReadingOrderAndReallyMirrored) {
+  const struct {
+    const char* name;
+    std::function<Screen()> make;
+    bool hasArrows = false;
+  } rows[] = {
+      {"a page",
+       [] {
+         return mainWindow({sampleFolder(1), sampleFolder(2)}, true);
+       }},
+      {"the overview", [] { return mainWindow({sampleFolder(1)}, false); }},
+      {"the popover", [] { return popover(fullState()); }, true},
+      {"the settings", [] { return settings({.openAtLoginRequiresApproval = true}); }},
+      {"the setup", [] { return setup({}); }},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.name);
+    std::vector<QRect> places;
+    for (const auto direction : {Qt::LeftToRight, Qt::RightToLeft}) {
+      QApplication::setLayoutDirection(direction);
+      const Screen screen = row.make();
+      std::vector<QWidget*> order;
+      collect(*QAccessible::queryAccessibleInterface(screen.get()), order);
+      ASSERT_GT(order.size(), 2U);
+      EXPECT_EQ(walk(order, Qt::Key_Tab), order);
+      std::vector<QWidget*> back = walk(order, Qt::Key_Backtab);
+      std::rotate(back.begin(), back.begin() + 1, back.end());
+      std::ranges::reverse(back);
+      EXPECT_EQ(back, order);
+      if (row.hasArrows) {
+        EXPECT_EQ(walk(order, Qt::Key_Down), order);
+      }
+      for (std::size_t place = 0; place < order.size(); ++place) {
+        QRect rect(order[place]->mapTo(screen.get(), QPoint()), order[place]->size());
+        if (direction == Qt::LeftToRight) {
+          places.push_back(rect);
+        } else {
+          rect.moveRight(screen->width() - 1 - rect.left());
+          EXPECT_EQ(rect, places.at(place)) << spokenName(*order[place]);
+        }
+      }
+    }
+  }
+  QApplication::setLayoutDirection(Qt::LeftToRight);
+}
+
+TEST_F(Screens, TheSidebarsRowsAreGoneToByKeysAndByAssistiveToolsPastTheTitle) {
+  const Screen screen = mainWindow({sampleFolder(1), sampleFolder(2)}, false);
+  auto* sidebar = child<Sidebar>(*screen);
+  sidebar->setFocus();
+  QAccessibleInterface* list = QAccessible::queryAccessibleInterface(sidebar);
+  EXPECT_EQ(list->child(1)->actionInterface(), nullptr) << "a title";
+  for (const int row : {0, 2, 3}) {
+    QAccessibleInterface* spoken = list->child(row);
+    EXPECT_TRUE(spoken->state().focused);
+    EXPECT_EQ(list->focusChild(), spoken);
+    EXPECT_EQ(list->indexOfChild(spoken), row);
+    EXPECT_EQ(list->childAt(spoken->rect().center().x(), spoken->rect().center().y()), spoken);
+    QTest::keyClick(sidebar, Qt::Key_Down);
+  }
+  std::vector<std::optional<MainSelection>> chosen;
+  dynamic_cast<MainView&>(*screen).onSelect = [&](const auto& one) { chosen.push_back(one); };
+  list->child(2)->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
+  QApplication::processEvents();
+  EXPECT_EQ(chosen, std::vector{std::optional(MainSelection::folder(1))});
+}
+
+TEST_F(Screens, ASwitchAsksForTheOtherValue) {
+  const Screen screen = settings({.showInMenuBar = true});
+  auto& view = dynamic_cast<SettingsView&>(*screen);
+  std::vector<bool> asked;
+  view.onToggleOpenAtLogin = view.onToggleShowInMenuBar = [&](bool isOn) { asked.push_back(isOn); };
+  auto* login = child<QCheckBox>(view, "Open at login");
+  QTest::keyClick(login, Qt::Key_Space);
+  QTest::keyClick(child<QCheckBox>(view, "Show in menu bar"), Qt::Key_Return);
+  EXPECT_EQ(asked, (std::vector{true, false}));
+  EXPECT_FALSE(login->isChecked());
+  EXPECT_EQ(told(view).find("approval"), std::string::npos);
+}
+
+TEST_F(Screens, KeepNoTextOfAnotherSystemsNames) {
+  const SystemNames names{.fileManager = "Dolphin", .computer = "computer"};
+  MainView folder(viewFormats(), "Bin", names);
+  folder.setState(shared(sampleState({sampleFolder(1)})));
+  folder.setSelection(MainSelection::folder(1));
+  MainView invitation(viewFormats(), "Bin", names);
+  MenuBarView popover(names);
+  popover.setState(shared(MenuBarState()));
+  SettingsView settings(names);
+  SetupView setup(names);
+  for (QWidget* view :
+       std::initializer_list<QWidget*>{&folder, &invitation, &popover, &settings, &setup}) {
+    bool isNamed = false;
+    for (QWidget* widget : view->findChildren<QWidget*>()) {
+      const std::string text = spokenName(*widget) + '\n' + widget->toolTip().toStdString();
+      EXPECT_EQ(text.find("Finder"), text.npos) << text;
+      EXPECT_EQ(text.find("Mac"), text.npos) << text;
+      isNamed = isNamed || text.find("Dolphin") != text.npos;
+    }
+    EXPECT_TRUE(isNamed);
+  }
+}
+
+TEST_F(Screens, ARowsTooltipIsNeverMarkup) {
+  const QString name = QStringLiteral("<b>x</b> & y");
+  MenuBarState state = fullState();
+  state.folders[0].place = state.forecast[0].left = name.toStdString();
+  const Screen screen = popover(state);
+  for (const char* row : {"folder 1, Nothing to clear", "Now, 2 items · 1 MB, a, b"}) {
+    QTextDocument drawn;
+    const QString tooltip = child<QAbstractButton>(*screen, row)->toolTip();
+    Qt::mightBeRichText(tooltip) ? drawn.setHtml(tooltip) : drawn.setPlainText(tooltip);
+    EXPECT_TRUE(drawn.toPlainText().contains(name)) << tooltip.toStdString();
+  }
+}
+
+TEST_F(Screens, WhatTakesTheFocusComesIntoSight) {
+  const Screen screen = mainWindow({sampleFolder(1)}, true, {640, 420});
+  child<Switch>(*screen, "Temporary")->setFocus();
+  auto* picker = child<QComboBox>(*screen);
+  picker->setFocus();
+  QApplication::processEvents();
+  EXPECT_EQ(picker->visibleRegion().boundingRect(), picker->rect());
+}
+
+}  // namespace
+}  // namespace tidemar::testing
