@@ -57,6 +57,7 @@ ExtensionWindow::ExtensionWindow(const std::vector<MenuEntry*>& entries,
     layout->addWidget(label(texts.hint));
     _boxes.front()->setFocus();
   }
+  if (!texts.note.empty()) layout->addWidget(label(texts.note));
   auto* buttons = new QDialogButtonBox(QDialogButtonBox::Close);
   buttons->button(QDialogButtonBox::Close)->setIcon({});
   connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);

@@ -7,6 +7,7 @@
 
 #include "Platform/Desktop/ActivationToken.h"
 #include "Platform/Extension/MenuEntries.h"
+#include "Platform/Extension/ProgramSearch.h"
 
 namespace tidemar {
 namespace {
@@ -41,8 +42,10 @@ void FileManagerExtension::showManagementInterface() {
       // What a file manager left behind that is gone by now can still be switched off.
       if (entry->isAvailable() || entry->isInstalled()) offered.push_back(entry.get());
     }
+    ExtensionTexts texts = _texts;
+    if (!hasProgram("pcmanfm")) texts.note.clear();
     _window = new ExtensionWindow(
-        offered, _texts, [this](MenuEntry& entry, bool isOn) { switchEntry(entry, isOn); });
+        offered, texts, [this](MenuEntry& entry, bool isOn) { switchEntry(entry, isOn); });
     _window->setAttribute(Qt::WA_DeleteOnClose);
   }
   bringForward(*_window);

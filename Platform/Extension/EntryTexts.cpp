@@ -96,6 +96,19 @@ std::string nemoActionText(const FileURL& helper) {
          "Extensions=dir;\n";
 }
 
+std::string fileManagerActionText(const FileURL& helper) {
+  return ownershipComment + "[Desktop Entry]\nType=Action\nName=" + menuCommandName +
+         "\nIcon=" + iconName +
+         "\nProfiles=makeTemporary;\n\n"
+         "[X-Action-Profile makeTemporary]\n"
+         "MimeTypes=inode/directory;\n"
+         "Schemes=file;\n"
+         "TryExec=" +
+         keyFileEscaped(helper.path()) +
+         // Paths: they are quoted there, URIs aren't.
+         "\nExec=" + keyFileEscaped(percentDoubled(shellQuoted(helper.path()))) + " %F\n";
+}
+
 std::string scriptText(std::string_view prefix, const FileURL& helper) {
   return "#!/bin/sh\n" + ownershipComment +
          "# The selection comes as URIs, one a line: no name can break a line in two.\n"

@@ -18,8 +18,8 @@ struct OwnedFile {
   mode_t mode = 0600;
 };
 
-/// The command as a file of its own. There may be several forms of it, each in its own place: the
-/// first is the one to write, and only one is there at a time.
+/// The command as a file of its own. There may be several forms of
+/// it, each in its own place: the first is the one to write, and only one is there at a time.
 class FileMenuEntry : public MenuEntry {
  public:
   FileMenuEntry(std::string name, std::string program, std::vector<OwnedFile> forms);

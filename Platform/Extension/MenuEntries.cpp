@@ -97,6 +97,11 @@ std::vector<std::unique_ptr<MenuEntry>> menuEntries(
                                                       forms(member, helper, libraryDirectories)));
   }
   entries.push_back(std::make_unique<ThunarMenuEntry>(helper));
+  const FileURL action = below(StandardDirectories::data(),
+                               "file-manager/actions/app.quernly.tidemar.make-temporary.desktop");
+  entries.push_back(std::make_unique<FileMenuEntry>(
+      "PCManFM-Qt", "pcmanfm-qt",
+      std::vector<OwnedFile>{{action, fileManagerActionText(helper), plainFile}}));
   return entries;
 }
 

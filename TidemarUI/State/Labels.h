@@ -88,7 +88,9 @@ inline constexpr std::string_view extensionHint =
     "A file manager that is open shows the change once it was quit and opened again.";
 inline constexpr std::string_view noFileManager =
     "No file manager was found that Tidemar can extend. It knows Dolphin, Files (Nautilus), Nemo, "
-    "Caja and Thunar.";
+    "Caja, Thunar and PCManFM-Qt.";
+inline constexpr std::string_view cannotExtendPCManFM =
+    "PCManFM isn’t listed: its menu takes no commands of other programs.";
 
 // Without a window and an icon
 inline constexpr std::string_view goesOn = "Tidemar goes on without a window";

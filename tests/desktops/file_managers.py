@@ -1,0 +1,153 @@
+#!/usr/bin/python3
+"""The command in the real menus of the real file managers, where they are installed: switches it on, opens the
+menu of a folder with an odd name, takes a picture and chooses it. Not one of ./test's: it wants all of them on a
+machine. Needs the system's own Python, which has the accessibility bindings, xdotool and ImageMagick.
+Usage: file_managers.py path/to/tidemar directory-for-pictures [name of a file manager ...]"""
+
+import os
+import shutil
+import subprocess
+import sys
+import time
+
+sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..", "tools"))
+from session import TAG, Session, tags  # noqa: E402
+
+import gi  # noqa: E402
+
+gi.require_version("Atspi", "2.0")
+from gi.repository import Atspi, GLib  # noqa: E402
+
+COMMAND = "Tidemar: Make Temporary…"
+ODD_NAME = "it's 100% “odd” $HOME `id` a;b #1".encode()
+
+# The program, the name that its entry goes by, the names of the menus that lead to the command, and the keys that
+# choose it where the menu isn't on the accessibility bus.
+FILE_MANAGERS = {
+    "dolphin": ("Dolphin", [], ["Up", "Up", "Return"]),
+    "nautilus": ("Files (Nautilus)", [], ["Down", "Right", "Down", "Return"]),
+    "nemo": ("Nemo", [], []),
+    "caja": ("Caja", ["Scripts"], []),
+    "thunar": ("Thunar", [], []),
+    "pcmanfm-qt": ("PCManFM-Qt", [], ["Up", "Up", "Up", "Return"]),
+}
+
+
+def descendants(node):
+    for index in range(node.get_child_count()):
+        child = node.get_child_at_index(index)
+        if child is not None:
+            yield child
+            yield from descendants(child)
+
+
+def look(name):
+    """What is on the screen under that name in any program's menu."""
+    for node in descendants(Atspi.get_desktop(0)):
+        if node.get_name() == name and "menu" in node.get_role_name():
+            if node.get_state_set().contains(Atspi.StateType.SHOWING):
+                return node
+    return None
+
+
+class Trial:
+    def __init__(self, session, pictures):
+        self.session = session
+        self.pictures = pictures
+        self.binaries = os.path.dirname(session.program)
+
+    def run(self, *command):
+        return subprocess.run(command, env=self.session.environment, check=True, text=True, timeout=60,
+                              stdout=subprocess.PIPE, stderr=subprocess.DEVNULL).stdout
+
+    def spawn(self, *command):
+        process = subprocess.Popen(command, env=self.session.environment, stdout=subprocess.DEVNULL,
+                                   stderr=subprocess.DEVNULL)
+        self.session.processes.append(process)
+        return process
+
+    def find(self, name, patience=20):
+        def careful():
+            try:
+                return look(name)
+            except GLib.Error:
+                return None
+        return self.session.wait_for(careful, f"there is a {name}", patience)
+
+    def press(self, name):
+        """With the pointer, as a person does: what a program calls a press differs too much."""
+        place = self.find(name).get_extents(Atspi.CoordType.SCREEN)
+        self.run("xdotool", "mousemove", str(place.x + place.width // 2), str(place.y + place.height // 2),
+                 "click", "1")
+        time.sleep(1)
+
+    def open_menu(self, patience):
+        """The menu of the one folder that is shown; a file manager tells no one when it has read it."""
+        time.sleep(patience)
+        window = self.run("xdotool", "getactivewindow").strip()
+        self.run("xdotool", "windowsize", "--sync", window, "900", "600", "mousemove", "--window", window, "600", "450",
+                 "click", "1")
+        self.run("xdotool", "key", "ctrl+a")
+        time.sleep(1)
+        self.run("xdotool", "key", "Menu")
+        time.sleep(2)
+
+    def try_out(self, program):
+        name, menus, keys = FILE_MANAGERS[program]
+        parent = os.path.join(os.fsencode(self.session.home), b"of " + program.encode())
+        folder = os.path.join(parent, ODD_NAME)
+        os.makedirs(folder)
+        self.run(os.path.join(self.binaries, "menuEntries"), "install", name,
+                 os.path.join(self.binaries, "tidemar-make-temporary"))
+        process = self.spawn(program, os.fsdecode(parent))
+        try:
+            self.open_menu(40 if program == "nautilus" else 6)
+            for menu in menus:
+                self.press(menu)
+            self.run("import", "-window", "root", os.path.join(self.pictures, program + ".png"))
+            if keys:
+                self.run("xdotool", "key", "--delay", "300", *keys)
+            else:
+                self.press(COMMAND)
+            self.session.wait_for(lambda: TAG in tags(folder), f"{program} made the folder Temporary", 20)
+            return "works"
+        except (TimeoutError, subprocess.SubprocessError) as error:
+            self.run("import", "-window", "root", os.path.join(self.pictures, program + "-failed.png"))
+            return f"FAILED: {error}"
+        finally:
+            process.terminate()
+            self.run(os.path.join(self.binaries, "menuEntries"), "uninstall", name,
+                     os.path.join(self.binaries, "tidemar-make-temporary"))
+
+
+def main():
+    program, pictures, *wanted = sys.argv[1:]
+    os.makedirs(pictures, exist_ok=True)
+    hasFailed = False
+    for manager in wanted or FILE_MANAGERS:
+        if not shutil.which(manager):
+            print(f"{manager}: not installed")
+            continue
+        # The bindings know one accessibility bus in a process's life.
+        if len(wanted) != 1:
+            hasFailed |= subprocess.run([sys.executable, __file__, program, pictures, manager]).returncode != 0
+            continue
+        with Session(program) as session:
+            session.environment.update(QT_LINUX_ACCESSIBILITY_ALWAYS_ON="1", GTK_MODULES="gail:atk-bridge",
+                                       NO_AT_BRIDGE="0")
+            for name in ["DBUS_SESSION_BUS_ADDRESS", "DISPLAY", "XDG_RUNTIME_DIR"]:
+                os.environ[name] = session.environment[name]
+            trial = Trial(session, pictures)
+            trial.spawn("openbox")
+            trial.spawn("/usr/libexec/at-spi-bus-launcher", "--launch-immediately")
+            session.wait_for(lambda: Atspi.init() in (0, 1), "the accessibility bus is there")
+            session.start("--launched-at-login", stderr=subprocess.DEVNULL)
+            time.sleep(2)
+            result = trial.try_out(manager)
+            print(f"{manager}: {result}", flush=True)
+            hasFailed |= result != "works"
+    return hasFailed
+
+
+if __name__ == "__main__":
+    sys.exit(main())
