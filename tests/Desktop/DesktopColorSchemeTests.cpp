@@ -5,9 +5,8 @@
 
 #include <gtest/gtest.h>
 
-#include "FakeService.h"
+#include "FakeDesktop.h"
 #include "Platform/Desktop/DesktopColorScheme.h"
-#include "PrivateBus.h"
 
 namespace tidemar {
 namespace {
