@@ -14,6 +14,7 @@
 #include "Tidemar/WindowCoordinator.h"
 #include "TidemarUI/Views/AccessibleRoles.h"
 #include "TidemarUI/Views/MainView.h"
+#include "TidemarUI/Views/MenuBarView.h"
 #include "TidemarUI/Views/NumberFieldView.h"
 #include "TidemarUI/Views/Sidebar.h"
 #include "TidemarUIViews/ViewSamples.h"
@@ -118,9 +119,13 @@ TEST_F(WindowCoordinatorTest, TheScreensTellWhatTheModelHoldsAndTheirControlsRea
   std::unique_ptr<Popover> popover;
   const auto open = [&] {
     popover = std::make_unique<Popover>(windows);
-    popover->toggle({});
+    const QRect icon(300, 0, 24, 24);
+    popover->toggle(icon);
     finishWork();
     ASSERT_TRUE(popover->isVisible());
+    EXPECT_EQ(popover->geometry(),
+              popoverFrame(icon, child<MenuBarView>(*popover)->sizeHint() + QSize(2, 2),
+                           QGuiApplication::primaryScreen()->availableGeometry()));
   };
   open();
   EXPECT_NE(told(*popover).find("row Scratch, Nothing to clear - 90 days · Bin"), std::string::npos)
@@ -141,14 +146,21 @@ TEST_F(WindowCoordinatorTest, TheScreensTellWhatTheModelHoldsAndTheirControlsRea
   EXPECT_FALSE(popover->isVisible());
 
   world.loginItem.becomes = LoginItem::Status::requiresApproval;
+  world.model->setOpensAtLogin(true);
   windows.showSettings();
+  EXPECT_TRUE(child<QPushButton>(*windows.window("settings"), "Open Login Items…")->isVisible());
   for (const char* control : {"Open at login", "Open Login Items…", "Show in menu bar", "Set Up…"})
     press(*windows.window("settings"), control);
   EXPECT_EQ(world.standardDefaults.boolean("showInMenuBar"), false);
+  windows.window("setup")->close();
+  windows.showSetup();
+  EXPECT_NE(child<QPushButton>(*windows.window("setup"), "Open Login Items…"), nullptr)
+      << "at once";
   for (const char* control :
        {"Open Extension Settings…", "Open Login Items…", "Allow Notifications"})
     press(*windows.window("setup"), control);
-  EXPECT_NE(told(*windows.window("setup")).find("text Not completed"), std::string::npos);
+  EXPECT_NE(told(*windows.window("setup")).find("Nothing on this desktop shows notifications."),
+            std::string::npos);
   EXPECT_EQ(asked, "/home/ada/Downloads extension quit login items extension login items ");
 }
 
@@ -197,7 +209,7 @@ TEST_F(WindowCoordinatorTest, FoldersThatAreDroppedOnTheWindowAreAddedAndNeverMo
   QMimeData file;
   file.setUrls({urlOf("note.txt"), QUrl(QStringLiteral("https://example.org/"))});
   QMimeData folder;
-  folder.setUrls({urlOf("note.txt"), urlOf("Inbox")});
+  folder.setUrls({file.urls()[1], urlOf("note.txt"), urlOf("Inbox")});
   const struct {
     const char* title;
     const QMimeData& data;
@@ -347,22 +359,24 @@ TEST_F(WindowCoordinatorTest, TheMainWindowComesBackWhereItWas) {
   windows.showMain();
   EXPECT_EQ(windows.window("main")->size(), QSize(700, 500));
   windows.window("main")->close();
+  const QRect screen = QGuiApplication::primaryScreen()->availableGeometry();
+  const QSize largest = screen.size() - QSize(8, 40);  // With its decoration it fits just so.
+  const QSize usual = QSize(820, 560).boundedTo(largest);
   const struct {
     const char* stored;
-    std::optional<QSize> size;  ///< None where it is the first one, as far as it fits.
-  } rows[] = {{"", {}},
-              {"0 0 -5 -5", {}},
+    QSize size;
+  } rows[] = {{"", usual},
+              {"0 0 -5 -5", usual},
               {"-300 -300 700 500", QSize(700, 500)},
               {"700 500", QSize(700, 500)},
-              {"0 0 9000 9000", {}}};
-  const QRect screen = QGuiApplication::primaryScreen()->availableGeometry();
+              {"0 0 9000 9000", largest}};
   for (const auto& row : rows) {
     SCOPED_TRACE(row.stored);
     world.standardDefaults.setString("windowFrame.TidemarMain", row.stored);
     windows.showMain();
     const QWidget* main = windows.window("main");
     EXPECT_TRUE(screen.contains(main->geometry()));
-    EXPECT_EQ(main->size(), row.size.value_or(main->size()));
+    EXPECT_EQ(main->size(), row.size);
     windows.window("main")->close();
   }
 }
