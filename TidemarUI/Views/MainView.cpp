@@ -21,6 +21,7 @@ namespace {
 constexpr int barButtonSize = 28;
 constexpr int barIconSize = 16;
 constexpr QSize smallestSize(640, 420);
+constexpr int pagesNeed = 565;  // the width at which nothing of a folder's page is cut
 constexpr int widestSidebar = 232;
 constexpr int narrowestSidebar = 184;
 
@@ -71,7 +72,6 @@ MainView::MainView(const Formats& formats, const std::string& binName, const Sys
   line->setSpacing(0);
   line->addWidget(_sidebarPane);
   line->addWidget(_detail, 1);
-  fitSidebar();
   connectClosures();
   showState();
 }
@@ -176,7 +176,9 @@ bool MainView::eventFilter(QObject* object, QEvent* event) {
 }
 
 QSize MainView::minimumSizeHint() const {
-  return QWidget::minimumSizeHint().expandedTo(smallestSize);
+  return QWidget::minimumSizeHint()
+      .expandedTo(smallestSize)
+      .expandedTo({style::scaled(pagesNeed), 0});
 }
 
 void MainView::resizeEvent(QResizeEvent* event) {

@@ -1,7 +1,6 @@
 #include "TidemarUI/Views/ScrollColumn.h"
 
 #include <QApplication>
-#include <QEvent>
 #include <QScrollBar>
 #include <algorithm>
 
@@ -33,18 +32,6 @@ ScrollColumn::ScrollColumn(int maximumWidth, QWidget* parent)
     if (before != nullptr && now != nullptr && widget()->isAncestorOf(now))
       ensureWidgetVisible(now);
   });
-}
-
-QSize ScrollColumn::minimumSizeHint() const {
-  const QSize usual = QScrollArea::minimumSizeHint();
-  const int content = widget()->minimumSizeHint().width() + verticalScrollBar()->sizeHint().width();
-  return {std::max(usual.width(), content), usual.height()};
-}
-
-bool ScrollColumn::eventFilter(QObject* object, QEvent* event) {
-  // The toolkit's area has the same least size whatever its content needs.
-  if (object == widget() && event->type() == QEvent::LayoutRequest) updateGeometry();
-  return QScrollArea::eventFilter(object, event);
 }
 
 void ScrollColumn::scrollToTop() {

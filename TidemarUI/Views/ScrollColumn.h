@@ -12,17 +12,11 @@ class ScrollColumn : public QScrollArea {
   /// Content wider than `maximumWidth` stays that wide and stands in the middle.
   explicit ScrollColumn(int maximumWidth, QWidget* parent = nullptr);
 
-  /// As wide as its content has to be, which never scrolls sideways.
-  QSize minimumSizeHint() const override;
-
   QVBoxLayout& column() noexcept { return *_column; }
   void scrollToTop();
 
   /// The height at which nothing scrolls, by what stands in the column now.
   int measureHeight(int width) const;
-
- protected:
-  bool eventFilter(QObject* object, QEvent* event) override;
 
  private:
   QVBoxLayout* _column;
