@@ -41,7 +41,8 @@ DesktopColorScheme::DesktopColorScheme(QDBusConnection bus) : _bus(std::move(bus
 
 void DesktopColorScheme::follow() {
   if (std::exchange(_isFollowing, true) || !_bus.isConnected()) return;
-  _bus.connect(service, objectPath, settingsInterface, QStringLiteral("SettingChanged"), this,
+  // Of any sender: what comes from a name's owner of whom the toolkit hasn't learned yet it drops.
+  _bus.connect(QString(), objectPath, settingsInterface, QStringLiteral("SettingChanged"), this,
                SLOT(takeChange(QString, QString, QDBusVariant)));
   _bus.connect(QString(), QStringLiteral("/KGlobalSettings"),
                QStringLiteral("org.kde.KGlobalSettings"), QStringLiteral("notifyChange"), this,
