@@ -134,9 +134,9 @@ void Database::requireWritableFile() {
   int systemCode = 0;
   sqlite3_file_control(_connection.get(), "main", SQLITE_FCNTL_LAST_ERRNO, &systemCode);
   // Of a full disk SQLite drops the system's word, since its own says it.
-  throw failure("write to", _path, code,
-                systemCode == 0 ? sqlite3_errstr(code)
-                                : std::generic_category().message(systemCode));
+  throw failure(
+      "write to", _path, code,
+      systemCode == 0 ? sqlite3_errstr(code) : std::generic_category().message(systemCode));
 }
 
 Statement Database::statement(std::string_view sql) {
