@@ -43,7 +43,7 @@ QLabel* label(const std::string& text) {
 }  // namespace
 
 ExtensionWindow::ExtensionWindow(const std::vector<MenuEntry*>& entries,
-                                 const ExtensionTexts& texts, Switch onSwitch) {
+                                 const ExtensionTexts& texts, const Switch& onSwitch) {
   setWindowTitle(QString::fromStdString(texts.title));
   auto* layout = new QVBoxLayout(this);
   if (entries.empty()) {

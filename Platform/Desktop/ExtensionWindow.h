@@ -30,7 +30,7 @@ class ExtensionWindow : public QDialog {
 
   /// The entries outlive the window. After `onSwitch` the box shows what came of it.
   ExtensionWindow(const std::vector<MenuEntry*>& entries, const ExtensionTexts& texts,
-                  Switch onSwitch);
+                  const Switch& onSwitch);
 
  protected:
   bool event(QEvent* event) override;

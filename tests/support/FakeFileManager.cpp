@@ -273,9 +273,10 @@ class FakeFileManager::Folder final : public OpenFolder {
 
   std::optional<FileURL> trashItem(const ItemState& item) override {
     std::unique_ptr<Node> taken = take("trash", item);
-    std::string place = std::string(binPath) + "/" + taken->name;
+    const std::string first = std::string(binPath) + "/" + taken->name;
+    std::string place = first;
     for (int number = 2; _disk.exists(place); ++number)
-      place = std::string(binPath) + "/" + taken->name + "." + std::to_string(number);
+      place = first + "." + std::to_string(number);
     _disk.place(std::move(taken), place);
     return _disk.binTellsPlace ? std::optional(FileURL(place)) : std::nullopt;
   }
