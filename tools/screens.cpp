@@ -134,7 +134,7 @@ class Painter {
 
   void draw(const QString& name, QWidget& view, QSize size) {
     view.setPalette(QApplication::palette());
-    view.resize(size);
+    view.resize(size.expandedTo(view.minimumSizeHint()));
     view.show();
     for (int round = 0; round < 3; ++round)
       QApplication::processEvents();

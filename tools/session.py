@@ -28,7 +28,7 @@ def start_bus(environment=None):
 class Session:
     """Use it as a context manager. Paths are bytes where file names are concerned."""
 
-    def __init__(self, program, directory=None):
+    def __init__(self, program, directory=None, screen="1400x1000x24"):
         self.program = os.path.abspath(program)
         self.root = tempfile.mkdtemp(prefix="tidemar-session-", dir=directory)
         self.home = os.path.join(self.root, "home")
@@ -41,6 +41,7 @@ class Session:
         }
         self.environment.update(HOME=self.home, XDG_RUNTIME_DIR=runtime, LANG="C.UTF-8", TZ="UTC",
                                 ASAN_OPTIONS="verify_asan_link_order=0:detect_leaks=0")
+        self._screen = screen
         self._services = []
         self.processes = []
 
@@ -73,7 +74,7 @@ class Session:
 
     def _start_display(self):
         reader, writer = os.pipe()
-        command = ["Xvfb", "-displayfd", str(writer), "-screen", "0", "1400x1000x24", "-nolisten", "tcp", "-noreset"]
+        command = ["Xvfb", "-displayfd", str(writer), "-screen", "0", self._screen, "-nolisten", "tcp", "-noreset"]
         self._services.append(subprocess.Popen(command, pass_fds=[writer], stderr=subprocess.DEVNULL))
         os.close(writer)
         with os.fdopen(reader) as display:

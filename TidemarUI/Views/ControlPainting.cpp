@@ -42,9 +42,11 @@ void drawButton(QPainter& painter, const QStyleOption& option, bool isDefault) {
 
 void drawChevron(QPainter& painter, const QPointF& center, double size, bool isUp,
                  const QColor& color) {
+  const double growth = style::scaled(100) / 100.0;
+  size *= growth;
   const double lift = isUp ? -size / 2 : size / 2;
   painter.setRenderHint(QPainter::Antialiasing);
-  painter.setPen(QPen(color, 1.5, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+  painter.setPen(QPen(color, 1.5 * growth, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
   painter.setBrush(Qt::NoBrush);
   painter.drawPolyline(QPolygonF{center + QPointF(-size, -lift), center + QPointF(0, lift),
                                  center + QPointF(size, -lift)});

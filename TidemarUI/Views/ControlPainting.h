@@ -16,7 +16,7 @@ void drawBox(QPainter& painter, const QRect& rect, double corner, const QColor& 
 /// The ground of whatever can be pressed or opened.
 void drawButton(QPainter& painter, const QStyleOption& option, bool isDefault);
 
-/// An arrow head of twice `size` in width, pointing up or down.
+/// An arrow head of twice `size` in width at 10 points, pointing up or down.
 void drawChevron(QPainter& painter, const QPointF& center, double size, bool isUp,
                  const QColor& color);
 

@@ -4,9 +4,9 @@
 
 #include "TidemarUI/State/FolderDetail.h"
 #include "TidemarUI/State/Labels.h"
-#include "TidemarUI/Views/AccessibleRoles.h"
 #include "TidemarUI/Views/Closures.h"
 #include "TidemarUI/Views/DisposalSection.h"
+#include "TidemarUI/Views/IconView.h"
 #include "TidemarUI/Views/Icons.h"
 #include "TidemarUI/Views/ReadingOrder.h"
 #include "TidemarUI/Views/RulesSection.h"
@@ -56,8 +56,7 @@ FolderDetailView::FolderDetailView(const Formats& formats, const std::string& bi
 }
 
 QLayout* FolderDetailView::makeHeader(const SystemNames& names) {
-  _icon = new QLabel;
-  markAsDecoration(*_icon);
+  _icon = new IconView(iconSize);
   _name = makeLabel(style::TextSize::folderName, QFont::DemiBold, TextLabel::Tone::primary,
                     TextLabel::Overflow::elideInMiddle);
   _path = makeLabel(style::TextSize::secondary, QFont::Normal, TextLabel::Tone::secondary,
@@ -134,10 +133,7 @@ void FolderDetailView::setFolder(const std::shared_ptr<const MainFolder>& folder
     _disposal->cancelConfirmation();
   }
   const auto before = std::exchange(_folder, next);
-  if (isOther || next->path != before->path) {
-    const int side = style::scaled(iconSize);
-    _icon->setPixmap(icons::folder(next->path).pixmap(QSize(side, side), devicePixelRatio()));
-  }
+  if (isOther || next->path != before->path) _icon->show(icons::folder(next->path));
   showFolder(*next);
   if (isOther) _scroll->scrollToTop();
 }

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <QLabel>
 #include <QPushButton>
 #include <functional>
 #include <memory>
@@ -18,6 +17,7 @@
 namespace tidemar {
 
 class DisposalSection;
+class IconView;
 class RulesSection;
 
 /// The screen of one folder: whether it is Temporary, what goes, the rules, what becomes of cleared
@@ -53,7 +53,7 @@ class FolderDetailView : public QWidget {
 
   std::shared_ptr<const MainFolder> _folder;  ///< Never null.
   ScrollColumn* _scroll;
-  QLabel* _icon;
+  IconView* _icon;
   TextLabel* _name;
   TextLabel* _path;
   Switch* _temporary;

@@ -59,6 +59,18 @@ bool isOneColoured(const QPixmap& picture) {
   return first.has_value();
 }
 
+/// Whether a picture, seen from afar, has nearly that colour.
+bool isMuchLike(const QPixmap& picture, const QColor& color) {
+  constexpr int tolerance = 96;
+  const QColor mean = picture.toImage()
+                          .convertToFormat(QImage::Format_ARGB32_Premultiplied)
+                          .scaled(1, 1, Qt::IgnoreAspectRatio, Qt::SmoothTransformation)
+                          .pixelColor(0, 0);
+  return std::abs(mean.red() - color.red()) < tolerance &&
+         std::abs(mean.green() - color.green()) < tolerance &&
+         std::abs(mean.blue() - color.blue()) < tolerance;
+}
+
 /// Takes the shape of a picture and fills it with one colour.
 class SymbolEngine : public QIconEngine {
  public:
@@ -79,7 +91,7 @@ class SymbolEngine : public QIconEngine {
 
   QPixmap scaledPixmap(const QSize& size, QIcon::Mode mode, QIcon::State, qreal scale) override {
     QPixmap filled = _shape.pixmap(size, scale);
-    if (!isToBeFilled(filled)) return filled;
+    if (!isToBeFilled(filled, mode)) return filled;
     QPainter painter(&filled);
     painter.setCompositionMode(QPainter::CompositionMode_SourceIn);
     painter.fillRect(filled.rect(), color(mode));
@@ -89,7 +101,7 @@ class SymbolEngine : public QIconEngine {
   QString iconName() override { return _themeName; }
   bool isNull() override { return _shape.isNull(); }
 
-  virtual bool isToBeFilled(const QPixmap&) const { return true; }
+  virtual bool isToBeFilled(const QPixmap&, QIcon::Mode) const { return true; }
 
  private:
   QColor color(QIcon::Mode mode) const {
@@ -107,13 +119,18 @@ class SymbolEngine : public QIconEngine {
 };
 
 /// A picture in its own colours. Some themes draw small ones in one colour, meant to be filled by
-/// whoever shows them: as they are, they vanish on a dark ground and on a selected row.
+/// whoever shows them: as they are, they vanish on a dark ground and on a selected row. There a
+/// blue folder vanishes on blue, too.
 class PictureEngine : public SymbolEngine {
  public:
   explicit PictureEngine(QIcon picture) : SymbolEngine(std::move(picture), {}) {}
 
   QIconEngine* clone() const override { return new PictureEngine(*this); }
-  bool isToBeFilled(const QPixmap& picture) const override { return isOneColoured(picture); }
+  bool isToBeFilled(const QPixmap& picture, QIcon::Mode mode) const override {
+    return isOneColoured(picture) ||
+           (mode == QIcon::Selected &&
+            isMuchLike(picture, style::accent(QGuiApplication::palette())));
+  }
 };
 
 QColor menuBarColor(Ground ground) {

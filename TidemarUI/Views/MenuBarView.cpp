@@ -11,6 +11,7 @@
 #include "TidemarUI/State/Labels.h"
 #include "TidemarUI/Views/AccessibleRoles.h"
 #include "TidemarUI/Views/Closures.h"
+#include "TidemarUI/Views/IconView.h"
 #include "TidemarUI/Views/Icons.h"
 #include "TidemarUI/Views/ReadingOrder.h"
 #include "TidemarUI/Views/Style.h"
@@ -130,11 +131,8 @@ MenuBarView::MenuBarView(const SystemNames& names, QWidget* parent)
 }
 
 QWidget* MenuBarView::makeWarning(const SystemNames& names) {
-  auto* icon = new QLabel;
-  markAsDecoration(*icon);
-  const int warningSize = style::scaled(warningIconSize);
-  icon->setPixmap(icons::symbol(icons::Symbol::warning)
-                      .pixmap(QSize(warningSize, warningSize), devicePixelRatio()));
+  auto* icon = new IconView(warningIconSize);
+  icon->show(icons::symbol(icons::Symbol::warning));
   auto* text = new TextLabel(style::TextSize::body, QFont::Normal, TextLabel::Tone::primary,
                              TextLabel::Overflow::wrap);
   text->show(labels::finderExtensionIsOff(names));

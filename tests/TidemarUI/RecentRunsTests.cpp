@@ -1,3 +1,4 @@
+#include "TidemarUI/State/MenuBarState.h"
 #include "TidemarUI/State/RecentRuns.h"
 #include "tests/TidemarUI/Samples.h"
 
@@ -84,6 +85,41 @@ TEST(RecentRuns, TellTheLastCleanings) {
   for (const auto& row : rows) {
     SCOPED_TRACE(row.name);
     EXPECT_EQ(drawn(row.journal), row.runs);
+  }
+}
+
+TEST(TrayMenu, OffersTheLatestRunThatCanBePutBack) {
+  const Date noon = morning + 9000;
+  const struct {
+    const char* name;
+    std::vector<JournalEntry> journal;
+    std::string putBack;
+    std::vector<std::int64_t> ids;
+  } rows[] = {
+      {"no run", {}, "", {}},
+      {"the latest",
+       {entry(1, 1, morning), entry(3, 1, noon), entry(2, 1, noon)},
+       "Put 2 items back · Downloads · 12:00",
+       {3, 2}},
+      {"one before a deleted and one that is back",
+       {entry(1, 1, morning), entry(2, 1, noon, Disposal::delete_),
+        entry(3, 1, noon + 60, Disposal::bin, true)},
+       "Put 1 item back · Downloads · 09:30",
+       {1}},
+      {"none that the popover doesn't show",
+       {entry(1, 1, morning), entry(2, 1, noon, Disposal::delete_),
+        entry(3, 1, noon + 60, Disposal::delete_), entry(4, 1, noon + 120, Disposal::delete_)},
+       "",
+       {}},
+  };
+  const std::vector<FolderReport> reports = {
+      sampleReport(1, taggedStatus({sampleItem("a")}, {}), {}, "/home/ada/Downloads")};
+  for (const auto& row : rows) {
+    const TrayMenuState state =
+        trayMenuState(reports, row.journal, noon, Formats("en_GB", "UTC"), "Trash");
+    EXPECT_EQ(state.headline, "1 item goes now") << row.name;
+    EXPECT_EQ(state.putBack, row.putBack) << row.name;
+    EXPECT_EQ(state.journalEntryIDs, row.ids) << row.name;
   }
 }
 

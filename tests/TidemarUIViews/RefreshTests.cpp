@@ -6,6 +6,7 @@
 
 #include "TidemarUI/State/Labels.h"
 #include "TidemarUI/Views/FolderDetailView.h"
+#include "TidemarUI/Views/IconView.h"
 #include "TidemarUI/Views/Icons.h"
 #include "TidemarUI/Views/MainView.h"
 #include "TidemarUI/Views/MenuBarView.h"
@@ -187,6 +188,39 @@ TEST(Refresh, TheColoursFollowTheDesktopsAndGoBackToTheGivenOnes) {
   adoptColorScheme(ColorScheme::asGiven);
   EXPECT_EQ(QApplication::palette().color(QPalette::Window), given.color(QPalette::Window));
   QApplication::setStyle(name);
+}
+
+TEST(Refresh, PicturesStandOutFromTheirGround) {
+  const QPalette given = QApplication::palette();
+  const QString theme = QIcon::themeName();
+  QIcon::setThemeName(QStringLiteral("none"));
+  IconView warning(16);
+  warning.show(icons::symbol(icons::Symbol::warning));
+  warning.setFixedSize(16, 16);
+  const auto hasInk = [&](const QColor& ink) {
+    const QImage picture = warning.grab().toImage();
+    for (int y = 0; y < picture.height(); ++y) {
+      if (picture.pixelColor(picture.width() / 2, y) == ink) return true;
+    }
+    return false;
+  };
+  const auto isFolderFilled = [] {
+    const QSize size(32, 32);
+    const QIcon folder = icons::folder("/any");
+    return folder.pixmap(size, QIcon::Selected).toImage() != folder.pixmap(size).toImage();
+  };
+  for (const bool isDark : {true, false, true}) {
+    QApplication::setPalette(quietPalette(isDark));
+    EXPECT_TRUE(hasInk(quietPalette(isDark).color(QPalette::WindowText)));
+    EXPECT_FALSE(hasInk(quietPalette(!isDark).color(QPalette::WindowText)));
+    EXPECT_TRUE(isFolderFilled()) << "a blue one on a blue row";
+  }
+  QPalette orange = quietPalette(false);
+  orange.setColor(QPalette::Highlight, QColor(0xe6, 0x6a, 0x00));
+  QApplication::setPalette(orange);
+  EXPECT_FALSE(isFolderFilled());
+  QIcon::setThemeName(theme);
+  QApplication::setPalette(given);
 }
 
 TEST(Refresh, AThousandFoldersAreWalkedThroughThoughFewHaveARow) {
