@@ -2,7 +2,6 @@
 
 #include "Tidemar/WindowCoordinator.h"
 #include "TidemarUI/State/Labels.h"
-#include "TidemarUI/State/MenuBarState.h"
 #include "TidemarUI/State/SystemBin.h"
 #include "TidemarUI/Views/TextLabel.h"
 
@@ -17,30 +16,39 @@ QString menuText(const std::string& text) {
 }  // namespace
 
 TrayMenu::TrayMenu(WindowCoordinator& windows)
-    : _windows(windows), _headline(addAction(QString())), _putBack(addAction(QString())) {
+    : _windows(windows),
+      _headline(addAction(QString())),
+      _putBack(addAction(QString())),
+      _states(windows.context().model.executor(), [this](auto state) { present(state); }),
+      _observer(windows.context().model, [this] { refresh(); }) {
   _headline->setEnabled(false);
   _headline->setVisible(false);
   _putBack->setVisible(false);
   connect(_putBack, &QAction::triggered, this,
-          [this] { _windows.context().model.putBack(_putBackIDs); });
+          [this] { _windows.context().model.putBack(_state->journalEntryIDs); });
   addSeparator();
   addAction(textOf(labels::openTidemar), this, [this] { _windows.showMain(); });
   addAction(textOf(labels::quitTidemar), this, [this] { _windows.context().quit(); });
-  // At once: a menu that grows while it is open runs over the edge of the screen.
+  // It is ready before it is opened, but for a day that has begun since: a menu that grows while it
+  // is open runs over the edge of the screen.
   connect(this, &QMenu::aboutToShow, this, &TrayMenu::refresh);
 }
 
 void TrayMenu::refresh() {
   const ScreenContext& context = _windows.context();
-  const auto snapshot = context.model.snapshot();
-  const TrayMenuState state =
-      trayMenuState(snapshot->reports, snapshot->journal, context.currentDate(),
-                    context.currentFormats(), SystemBin::name());
-  _headline->setText(menuText(state.headline));
+  _states.ask([snapshot = context.model.snapshot(), now = context.currentDate(),
+               formats = context.currentFormats(), bin = SystemBin::name()] {
+    return trayMenuState(snapshot->reports, snapshot->journal, now, formats, bin);
+  });
+}
+
+void TrayMenu::present(const std::shared_ptr<const TrayMenuState>& state) {
+  if (!state) return;
+  _state = state;
+  _headline->setText(menuText(state->headline));
   _headline->setVisible(true);
-  _putBackIDs = state.journalEntryIDs;
-  _putBack->setText(menuText(state.putBack));
-  _putBack->setVisible(!state.putBack.empty());
+  _putBack->setText(menuText(state->putBack));
+  _putBack->setVisible(!state->putBack.empty());
 }
 
 }  // namespace tidemar

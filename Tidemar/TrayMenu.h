@@ -1,8 +1,11 @@
 #pragma once
 
 #include <QMenu>
-#include <cstdint>
-#include <vector>
+#include <memory>
+
+#include "Tidemar/ModelObserver.h"
+#include "Tidemar/StateMaker.h"
+#include "TidemarUI/State/MenuBarState.h"
 
 namespace tidemar {
 
@@ -16,11 +19,14 @@ class TrayMenu : public QMenu {
 
  private:
   void refresh();
+  void present(const std::shared_ptr<const TrayMenuState>& state);
 
   WindowCoordinator& _windows;
   QAction* _headline;
   QAction* _putBack;
-  std::vector<std::int64_t> _putBackIDs;
+  std::shared_ptr<const TrayMenuState> _state;  ///< What is shown, once there is anything.
+  StateMaker<TrayMenuState> _states;
+  ModelObserver _observer;
 };
 
 }  // namespace tidemar

@@ -53,6 +53,8 @@ struct TrayMenuState {
   std::string headline = {};
   std::string putBack = {};  ///< Offers to bring back the latest run; empty where none can be.
   std::vector<std::int64_t> journalEntryIDs = {};  ///< That run's.
+
+  friend bool operator==(const TrayMenuState&, const TrayMenuState&) = default;
 };
 
 /// The run is one of those that the popover shows.
