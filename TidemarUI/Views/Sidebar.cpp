@@ -126,6 +126,13 @@ void Sidebar::currentChanged(const QModelIndex& current, const QModelIndex& prev
   QMetaObject::invokeMethod(this, handOut, Qt::QueuedConnection);
 }
 
+void Sidebar::resizeEvent(QResizeEvent* event) {
+  const bool wasInSight = QRect(QPoint(), event->oldSize()).intersects(visualRect(currentIndex()));
+  QListView::resizeEvent(event);
+  // A list that becomes lower would cut it in half.
+  if (wasInSight) scrollTo(currentIndex());
+}
+
 void Sidebar::changeEvent(QEvent* event) {
   if (event->type() == QEvent::ApplicationFontChange || event->type() == QEvent::FontChange ||
       event->type() == QEvent::StyleChange)

@@ -1,5 +1,6 @@
 #include <QAbstractButton>
 #include <QComboBox>
+#include <QScrollBar>
 #include <QTextDocument>
 
 #include "TidemarUI/State/FolderDetail.h"
@@ -384,6 +385,21 @@ TEST_F(Screens, WhatTakesTheFocusComesIntoSight) {
   picker->setFocus();
   QApplication::processEvents();
   EXPECT_EQ(picker->visibleRegion().boundingRect(), picker->rect());
+}
+
+TEST_F(Screens, TheSelectedRowStaysInSightInALowerWindow) {
+  std::vector<MainFolder> folders;
+  for (std::int64_t id = 1; id <= 12; ++id)
+    folders.push_back(sampleFolder(id));
+  const Screen screen = mainWindow(std::move(folders), false, {640, 900});
+  auto* sidebar = child<Sidebar>(*screen);
+  const QModelIndex last = sidebar->model()->index(13, 0);
+  sidebar->setCurrentIndex(last);
+  present(*screen, {640, 420});
+  EXPECT_TRUE(sidebar->viewport()->rect().contains(sidebar->visualRect(last)));
+  sidebar->scrollToTop();
+  present(*screen, {640, 430});
+  EXPECT_EQ(sidebar->verticalScrollBar()->value(), 0) << "unless the user scrolled away from it";
 }
 
 }  // namespace
