@@ -3,6 +3,7 @@
 #include <QCoroDBusPendingCall>
 #include <QDBusMessage>
 #include <QDBusPendingCall>
+#include <QDBusVariant>
 #include <QPointer>
 #include <utility>
 
@@ -41,6 +42,8 @@ DesktopColorScheme::DesktopColorScheme(QDBusConnection bus) : _bus(std::move(bus
 
 void DesktopColorScheme::follow() {
   if (std::exchange(_isFollowing, true) || !_bus.isConnected()) return;
+  // The toolkit connects to no slot of a type that it hasn't been told of.
+  qRegisterMetaType<QDBusVariant>();
   // Of any sender: what comes from a name's owner of whom the toolkit hasn't learned yet it drops.
   _bus.connect(QString(), objectPath, settingsInterface, QStringLiteral("SettingChanged"), this,
                SLOT(takeChange(QString, QString, QDBusVariant)));

@@ -1,3 +1,4 @@
+#include <QDBusConnectionInterface>
 #include <QEventLoop>
 #include <QTimer>
 #include <chrono>
@@ -35,11 +36,14 @@ class DesktopColorSchemeTest : public BusTest {
   }
 
   void follow() {
-    scheme.emplace(bus->connect());
+    const QDBusConnection connection = bus->connect();
+    scheme.emplace(connection);
     QObject::connect(&*scheme, &DesktopColorScheme::told,
                      [this](Preference preference) { told.push_back(preference); });
     scheme->follow();
     scheme->follow();
+    // Once this is answered the bus knows what was asked for before.
+    EXPECT_TRUE(connection.interface()->registeredServiceNames().isValid());
   }
 
   void change(const QString& group, uint value) {
