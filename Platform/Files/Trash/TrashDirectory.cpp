@@ -72,6 +72,9 @@ TrashDirectory openTrash(int parent, const std::string& name, const FileURL& url
       above.lastPathComponent() == sharedName ? above.deletingLastPathComponent() : above;
   result.filesURL = result.url.appendingPathComponent("files");
   result.infoURL = result.url.appendingPathComponent("info");
+  // What goes into one that was moved away since it was opened would be found by nobody.
+  if (!leadsTo(url, result.trash.get()))
+    throw PlatformError(useOperation, url, ESTALE, "it was moved away or replaced meanwhile");
   result.files = openOwnDirectory(result.trash.get(), "files", result.filesURL, missing);
   result.info = openOwnDirectory(result.trash.get(), "info", result.infoURL, missing);
 
