@@ -19,7 +19,7 @@ TrayMenu::TrayMenu(WindowCoordinator& windows)
     : _windows(windows),
       _headline(addAction(QString())),
       _putBack(addAction(QString())),
-      _states(windows.context().model.executor(), [this](auto state) { present(state); }),
+      _states(windows.context().model.executor(), [this](const auto& state) { present(state); }),
       _observer(windows.context().model, [this] { refresh(); }) {
   _headline->setEnabled(false);
   _headline->setVisible(false);

@@ -25,12 +25,12 @@ namespace {
 using namespace std::chrono_literals;
 
 /// What every database begins with.
-constexpr std::string_view magic("SQLite format 3", 16);
+constexpr std::string_view magic("SQLite format 3\0", 16);
 
 DatabaseError failure(const std::string& operation, const std::string& path, int code,
                       const std::string& reason) {
-  return {code, "Couldn't " + operation + " the database “" + displayText(path.c_str()) +
-                    "”: " + reason + "."};
+  return {code,
+          "Couldn't " + operation + " the database “" + displayText(path) + "”: " + reason + "."};
 }
 
 [[noreturn]] void failOpening(const std::string& path, int code, int systemCode) {
@@ -127,7 +127,8 @@ void Database::requireWritableFile() {
   if (_path.empty()) return;
   // By SQLite's own descriptor: closing another one of the same file would drop its locks.
   sqlite3_file* opened = nullptr;
-  sqlite3_file_control(_connection.get(), "main", SQLITE_FCNTL_FILE_POINTER, &opened);
+  sqlite3_file_control(_connection.get(), "main", SQLITE_FCNTL_FILE_POINTER,
+                       static_cast<void*>(&opened));
   const int code =
       opened->pMethods->xWrite(opened, magic.data(), static_cast<int>(magic.size()), 0);
   if (code == SQLITE_OK) return;

@@ -9,7 +9,9 @@ namespace tidemar {
 /// the view, and the caller touches the view no more. Where the toolkit goes on with the widget
 /// after the signal or event that leads here, hand the call to the event loop first.
 template <class... Parameters, class... Arguments>
-void callClosure(std::function<void(Parameters...)> closure, const Arguments&... arguments) {
+void callClosure(
+    std::function<void(Parameters...)> closure,  // NOLINT(performance-unnecessary-value-param)
+    const Arguments&... arguments) {
   if (closure) closure(arguments...);
 }
 

@@ -76,7 +76,7 @@ class SymbolEngine : public QIconEngine {
  public:
   /// `themeName` is the name by which others find the picture; empty where they don't.
   SymbolEngine(QIcon shape, QColor color, QString themeName = {})
-      : _shape(std::move(shape)), _color(std::move(color)), _themeName(std::move(themeName)) {}
+      : _shape(std::move(shape)), _color(color), _themeName(std::move(themeName)) {}
 
   QIconEngine* clone() const override { return new SymbolEngine(*this); }
 

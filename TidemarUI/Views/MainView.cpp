@@ -1,5 +1,6 @@
 #include "TidemarUI/Views/MainView.h"
 
+#include <QEvent>
 #include <QHBoxLayout>
 #include <QMenu>
 #include <QPainter>
