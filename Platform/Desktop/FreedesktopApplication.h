@@ -18,6 +18,7 @@ class FreedesktopApplication : public QDBusAbstractAdaptor {
       : QDBusAbstractAdaptor(instance), _instance(*instance) {}
 
  public slots:
+  // NOLINTBEGIN(readability-identifier-naming): the names of the interface's methods.
   void Activate(const QVariantMap& platformData) {
     accept(ActivationToken::fromPlatformData(platformData));
     emit _instance.activated();
@@ -32,6 +33,7 @@ class FreedesktopApplication : public QDBusAbstractAdaptor {
     accept(ActivationToken::fromPlatformData(platformData));
     emit _instance.actionActivated(name.toStdString(), parameters);
   }
+  // NOLINTEND(readability-identifier-naming)
 
  private:
   ApplicationInstance& _instance;

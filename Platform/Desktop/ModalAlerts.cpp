@@ -3,7 +3,6 @@
 #include <QApplication>
 #include <QPointer>
 #include <QWidget>
-#include <memory>
 
 #include "Platform/Desktop/AlertDialog.h"
 
@@ -29,11 +28,10 @@ QWidget* windowBelow() {
 }  // namespace
 
 void ModalAlerts::run(const Alert& alert) {
-  auto dialog = std::make_unique<AlertDialog>(alert, windowBelow());
-  const QPointer<AlertDialog> guard = dialog.get();
-  dialog->exec();
   // A window that is destroyed meanwhile takes the dialog over it along.
-  if (!guard) static_cast<void>(dialog.release());
+  const QPointer<AlertDialog> dialog = new AlertDialog(alert, windowBelow());
+  dialog->exec();
+  delete dialog;
 }
 
 }  // namespace tidemar

@@ -5,7 +5,7 @@
 namespace tidemar {
 
 std::optional<std::string> packageOfProgram(const FileURL& program, const FileURL& lists) {
-  const std::string package(program.lastPathComponent());
+  std::string package(program.lastPathComponent());
   std::ifstream list(lists.appendingPathComponent(package + ".list").path());
   for (std::string line; std::getline(list, line);) {
     if (line == program.path()) return package;
