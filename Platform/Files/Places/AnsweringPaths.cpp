@@ -64,7 +64,8 @@ std::optional<std::string> AnsweringPaths::withoutLinks(const FileURL& place) {
       path.resize(std::min(path.rfind('/'), path.size()));
       continue;
     }
-    std::string next = path + "/" + name;
+    std::string next = path;
+    next.append("/").append(name);
     if (_forbidden.contains(next)) return std::nullopt;
     const Entry& entry = entryAt(next);
     if (entry.directory) {
