@@ -43,7 +43,7 @@ std::string previewHeadline(const FolderStatus& status, std::int64_t count, Date
   const auto dueCount = static_cast<std::int64_t>(status.dueNow.size());
   if (dueCount > 0 && count == dueCount) return itemsGo(count, "now");
   if (count >= 1) return itemsGo(count, "this week");
-  const std::string nothing = "Nothing goes this week.";
+  std::string nothing = "Nothing goes this week.";
   if (status.upcoming.empty()) return nothing;
   return nothing + " The oldest item goes " +
          dayPhrase(status.upcoming.front().date, now, calendar) + ".";

@@ -170,7 +170,7 @@ void Sidebar::contextMenuEvent(QContextMenuEvent* event) {
   auto* menu = new QMenu(this);
   menu->setAttribute(Qt::WA_DeleteOnClose);
   // The menu goes on after it told what was chosen.
-  const auto addAction = [this, menu](std::string_view text, auto action) {
+  const auto addAction = [this, menu](std::string_view text, const auto& action) {
     connect(menu->addAction(textOf(text)), &QAction::triggered, this, action, Qt::QueuedConnection);
   };
   addAction(labels::showInFinder(_names),
