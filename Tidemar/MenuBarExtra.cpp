@@ -3,6 +3,7 @@
 #include <QApplication>
 #include <QEvent>
 
+#include "Platform/Desktop/CurrentDesktop.h"
 #include "Tidemar/Popover.h"
 #include "Tidemar/WindowCoordinator.h"
 #include "TidemarUI/State/Labels.h"
@@ -10,17 +11,6 @@
 #include "TidemarUI/Views/TextLabel.h"
 
 namespace tidemar {
-namespace {
-
-/// There the icon's menu stands in for the popover, and on Wayland a window that may not say where
-/// it stands comes up in the corner that is farthest from the icon.
-bool isGnome() {
-  return qEnvironmentVariable("XDG_CURRENT_DESKTOP")
-      .split(u':')
-      .contains(QStringLiteral("GNOME"), Qt::CaseInsensitive);
-}
-
-}  // namespace
 
 MenuBarExtra::MenuBarExtra(WindowCoordinator& windows) : _windows(windows), _menu(windows) {
   connect(&_host, &TrayHost::becameAvailable, this, &MenuBarExtra::follow);
@@ -70,7 +60,9 @@ bool MenuBarExtra::eventFilter(QObject* object, QEvent* event) {
 }
 
 void MenuBarExtra::togglePopover() {
-  if (!Popover::canBePlaced() && isGnome()) {
+  // There the icon's menu stands in for the popover, and on Wayland a window that may not say where
+  // it stands comes up in the corner that is farthest from the icon.
+  if (!Popover::canBePlaced() && CurrentDesktop::is(QStringLiteral("GNOME"))) {
     _windows.showMain();
     return;
   }

@@ -153,6 +153,15 @@ class Session:
                              "the folder was cleared", patience)
 
 
+def descendants(node):
+    """All that lies below a node of the accessibility tree."""
+    for index in range(node.get_child_count()):
+        child = node.get_child_at_index(index)
+        if child is not None:
+            yield child
+            yield from descendants(child)
+
+
 def link(path):
     """The URL that makes a folder Temporary."""
     return "tidemar://folder?path=" + urllib.parse.quote(os.fsencode(path))

@@ -4,9 +4,10 @@
 #include <QStandardPaths>
 #include <QString>
 #include <QStringList>
-#include <algorithm>
+#include <string>
 #include <string_view>
 
+#include "Platform/Desktop/CurrentDesktop.h"
 #include "Platform/Desktop/KeyFile.h"
 
 namespace tidemar::DefaultFileManager {
@@ -19,10 +20,8 @@ QString valueIn(const QString& path, std::string_view group, std::string_view ke
   QFile file(path);
   if (!file.open(QIODevice::ReadOnly)) return {};
   const std::string text = file.readAll().toStdString();
-  const auto entries = KeyFile::entriesOfGroup(text, group);
-  const auto found = std::ranges::find(entries, key, &KeyFile::Entry::key);
-  if (found == entries.end()) return {};
-  return QString::fromUtf8(found->value.data(), static_cast<qsizetype>(found->value.size()));
+  const std::string_view value = KeyFile::value(text, group, key);
+  return QString::fromUtf8(value.data(), static_cast<qsizetype>(value.size()));
 }
 
 QString valueInEntry(const QString& entry, std::string_view key) {
@@ -32,9 +31,8 @@ QString valueInEntry(const QString& entry, std::string_view key) {
 /// The files with the user's, the desktop's and the system's choices, the one that holds first.
 QStringList lists() {
   QStringList names;
-  const QString desktops = qEnvironmentVariable("XDG_CURRENT_DESKTOP").toLower();
-  for (const QString& desktop : desktops.split(u':', Qt::SkipEmptyParts))
-    names += desktop + QStringLiteral("-mimeapps.list");
+  for (const QString& desktop : CurrentDesktop::names())
+    names += desktop.toLower() + QStringLiteral("-mimeapps.list");
   names += QStringLiteral("mimeapps.list");
   QStringList files;
   for (const auto location :

@@ -31,4 +31,10 @@ std::vector<Entry> entriesOfGroup(std::string_view text, std::string_view group)
   return entries;
 }
 
+std::string_view value(std::string_view text, std::string_view group, std::string_view key) {
+  const std::vector<Entry> entries = entriesOfGroup(text, group);
+  const auto found = std::ranges::find(entries, key, &Entry::key);
+  return found == entries.end() ? std::string_view() : found->value;
+}
+
 }  // namespace tidemar::KeyFile

@@ -16,4 +16,7 @@ struct Entry {
 /// no key are left out. The views point into `text`.
 std::vector<Entry> entriesOfGroup(std::string_view text, std::string_view group);
 
+/// The value of a key in a group; empty where there is none. A view into `text`.
+std::string_view value(std::string_view text, std::string_view group, std::string_view key);
+
 }  // namespace tidemar::KeyFile

@@ -6,6 +6,8 @@
 #include <QStringList>
 #include <QUrl>
 
+#include "Platform/Desktop/CurrentDesktop.h"
+
 namespace tidemar::LoginItemsSettings {
 namespace {
 
@@ -33,10 +35,8 @@ bool open(const Page& page) {
 }  // namespace
 
 void open() {
-  const QStringList desktops = qEnvironmentVariable("XDG_CURRENT_DESKTOP").split(u':');
   for (const Page& page : pages) {
-    if (desktops.contains(QString::fromLatin1(page.desktop), Qt::CaseInsensitive) && open(page))
-      return;
+    if (CurrentDesktop::is(QString::fromLatin1(page.desktop)) && open(page)) return;
   }
   const QString configuration =
       QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation);

@@ -3,9 +3,9 @@
 #include <QColor>
 #include <QString>
 #include <QStringList>
-#include <algorithm>
 #include <string>
 
+#include "Platform/Desktop/CurrentDesktop.h"
 #include "Platform/Desktop/KeyFile.h"
 #include "Platform/Files/Descriptors/WholeFile.h"
 #include "Platform/Files/Places/StandardDirectories.h"
@@ -16,18 +16,16 @@ namespace {
 
 /// A colour of one of the settings' groups, as "red,green,blue"; invalid where there is none.
 QColor color(std::string_view settings, const char* group, std::string_view key) {
-  const auto entries = KeyFile::entriesOfGroup(settings, std::string("Colors:") + group);
-  const auto found = std::ranges::find(entries, key, &KeyFile::Entry::key);
-  if (found == entries.end()) return {};
+  const std::string_view value = KeyFile::value(settings, std::string("Colors:") + group, key);
   const QStringList parts =
-      QString::fromUtf8(found->value.data(), static_cast<qsizetype>(found->value.size()))
-          .split(u',');
+      QString::fromUtf8(value.data(), static_cast<qsizetype>(value.size())).split(u',');
   return parts.size() < 3 ? QColor() : QColor(parts[0].toInt(), parts[1].toInt(), parts[2].toInt());
 }
 
 std::optional<std::string> settings() {
   try {
-    return WholeFile::read(FileURL(StandardDirectories::configuration().path() + "/kdeglobals"));
+    return WholeFile::read(
+        StandardDirectories::configuration().appendingPathComponent("kdeglobals"));
   } catch (const PlatformError&) {
     return std::nullopt;  // the toolkit couldn't read it either
   }
@@ -36,8 +34,7 @@ std::optional<std::string> settings() {
 }  // namespace
 
 std::optional<QPalette> palette() {
-  if (!qEnvironmentVariable("XDG_CURRENT_DESKTOP").split(u':').contains(QStringLiteral("KDE")))
-    return std::nullopt;
+  if (!CurrentDesktop::is(QStringLiteral("KDE"))) return std::nullopt;
   const std::optional<std::string> text = settings();
   if (!text) return std::nullopt;
   const auto ground = [&](const char* group) { return color(*text, group, "BackgroundNormal"); };

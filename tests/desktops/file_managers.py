@@ -11,7 +11,7 @@ import sys
 import time
 
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..", "tools"))
-from session import TAG, Session, tags  # noqa: E402
+from session import TAG, Session, descendants, tags  # noqa: E402
 
 import gi  # noqa: E402
 
@@ -31,14 +31,6 @@ FILE_MANAGERS = {
     "thunar": ("Thunar", [], []),
     "pcmanfm-qt": ("PCManFM-Qt", [], ["Up", "Up", "Up", "Return"]),
 }
-
-
-def descendants(node):
-    for index in range(node.get_child_count()):
-        child = node.get_child_at_index(index)
-        if child is not None:
-            yield child
-            yield from descendants(child)
 
 
 def look(name):

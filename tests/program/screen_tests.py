@@ -8,7 +8,7 @@ import sys
 import unittest
 
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..", "tools"))
-from session import TAG, Session, link, tags  # noqa: E402
+from session import TAG, Session, descendants, link, tags  # noqa: E402
 
 import gi  # noqa: E402
 
@@ -31,14 +31,6 @@ def setUpModule():
     for name in ["DBUS_SESSION_BUS_ADDRESS", "DISPLAY", "XDG_RUNTIME_DIR"]:
         os.environ[name] = SESSION.environment[name]
     SESSION.wait_for(lambda: Atspi.init() in (0, 1), "the accessibility bus is there")
-
-
-def descendants(node):
-    for index in range(node.get_child_count()):
-        child = node.get_child_at_index(index)
-        if child is not None:
-            yield child
-            yield from descendants(child)
 
 
 class ScreenTest(unittest.TestCase):
