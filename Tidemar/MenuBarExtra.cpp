@@ -47,6 +47,8 @@ void MenuBarExtra::makeIcon() {
     _ground = isDark ? icons::Ground::dark : icons::Ground::light;
     showPicture();
   });
+  // An embedded icon opens the popover, on every desktop.
+  if (!_panel->isEmbedded()) _menu.standInForPopover();
 }
 
 void MenuBarExtra::showPicture() {

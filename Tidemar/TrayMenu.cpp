@@ -19,8 +19,7 @@ TrayMenu::TrayMenu(WindowCoordinator& windows)
     : _windows(windows),
       _headline(addAction(QString())),
       _putBack(addAction(QString())),
-      _states(windows.context().model.executor(), [this](const auto& state) { present(state); }),
-      _observer(windows.context().model, [this] { refresh(); }) {
+      _states(windows.context().model.executor(), [this](const auto& state) { present(state); }) {
   _headline->setEnabled(false);
   _headline->setVisible(false);
   _putBack->setVisible(false);
@@ -29,9 +28,15 @@ TrayMenu::TrayMenu(WindowCoordinator& windows)
   addSeparator();
   addAction(textOf(labels::openTidemar), this, [this] { _windows.showMain(); });
   addAction(textOf(labels::quitTidemar), this, [this] { _windows.context().quit(); });
+}
+
+void TrayMenu::standInForPopover() {
+  if (_observer) return;
+  _observer = std::make_unique<ModelObserver>(_windows.context().model, [this] { refresh(); });
   // It is ready before it is opened, but for a day that has begun since: a menu that grows while it
   // is open runs over the edge of the screen.
   connect(this, &QMenu::aboutToShow, this, &TrayMenu::refresh);
+  refresh();
 }
 
 void TrayMenu::refresh() {

@@ -11,11 +11,14 @@ namespace tidemar {
 
 class WindowCoordinator;
 
-/// The menu of the icon beside the clock. Some desktops open nothing else, so it says what goes and
-/// puts the latest run back as well. Main thread.
+/// The menu of the icon beside the clock. Main thread.
 class TrayMenu : public QMenu {
  public:
   explicit TrayMenu(WindowCoordinator& windows);
+
+  /// From now on it says what goes and puts the latest run back as well: for a desktop that may
+  /// open nothing else.
+  void standInForPopover();
 
  private:
   void refresh();
@@ -26,7 +29,7 @@ class TrayMenu : public QMenu {
   QAction* _putBack;
   std::shared_ptr<const TrayMenuState> _state;  ///< What is shown, once there is anything.
   StateMaker<TrayMenuState> _states;
-  ModelObserver _observer;
+  std::unique_ptr<ModelObserver> _observer;
 };
 
 }  // namespace tidemar

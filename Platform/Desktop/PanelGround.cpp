@@ -26,7 +26,8 @@ QWidget* embeddedWindow() {
 
 PanelGround::PanelGround(const QSystemTrayIcon& icon) : _icon(icon) {
   QWidget* window = embeddedWindow();
-  if (window == nullptr) return;
+  _isEmbedded = window != nullptr;
+  if (!_isEmbedded) return;
   _pause.setSingleShot(true);
   _pause.setInterval(timeToDraw);
   connect(&_pause, &QTimer::timeout, this, &PanelGround::look);

@@ -17,6 +17,8 @@ class PanelGround : public QObject {
   /// ever told.
   explicit PanelGround(const QSystemTrayIcon& icon);
 
+  bool isEmbedded() const noexcept { return _isEmbedded; }
+
  signals:
   /// The answer as soon as the icon stands in its panel, and every other one after it.
   void told(bool isDark);
@@ -28,6 +30,7 @@ class PanelGround : public QObject {
   void look();
 
   const QSystemTrayIcon& _icon;
+  bool _isEmbedded = false;
   QTimer _pause;
   std::optional<bool> _isDark;
 };

@@ -11,6 +11,7 @@
 #include "Tidemar/MainContainerView.h"
 #include "Tidemar/Popover.h"
 #include "Tidemar/PreferenceContainerViews.h"
+#include "Tidemar/TrayMenu.h"
 #include "Tidemar/WindowCoordinator.h"
 #include "TidemarUI/Views/AccessibleRoles.h"
 #include "TidemarUI/Views/MainView.h"
@@ -402,6 +403,29 @@ TEST(PopoverFrame, StandsAtTheIconWithinTheScreen) {
     EXPECT_LE(std::abs(frame.x() - row.frame.x()), 1);
     EXPECT_LE(std::abs(frame.y() - row.frame.y()), 1);
   }
+}
+
+TEST_F(WindowCoordinatorTest, TheTrayMenuSaysWhatGoesWhereItStandsInForThePopover) {
+  world.disk.draw("/home/ada/Downloads/old" + ModelWorld::aged(91));
+  world.runCycle();
+  TrayMenu menu(windows);
+  const auto shown = [&] {
+    finishWork();
+    std::string text;
+    for (const QAction* action : menu.actions()) {
+      if (action->isVisible() && !action->isSeparator()) text += action->text().toStdString() + "|";
+    }
+    return text;
+  };
+  EXPECT_EQ(shown(), "Open Tidemar|Quit Tidemar|");
+  menu.standInForPopover();
+  EXPECT_EQ(shown(),
+            "Nothing goes today|Put 1 item back · Downloads · 8:00 AM|Open Tidemar|Quit Tidemar|");
+  menu.actions()[1]->trigger();
+  finishWork();
+  QCoro::waitFor(world.model->refreshReports());
+  EXPECT_EQ(shown(), "1 item goes now|Open Tidemar|Quit Tidemar|");
+  EXPECT_TRUE(world.disk.exists("/home/ada/Downloads/old"));
 }
 
 }  // namespace
