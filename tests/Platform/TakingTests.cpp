@@ -248,6 +248,19 @@ TEST_P(Deleting, emptiesNoOtherDirectoryThatCameInThePlaceOfOneThatWasClosedMean
   EXPECT_TRUE(exists(_home.url("decoy/a")) || exists(_home.url("decoy/b"))) << "was exchanged";
 }
 
+TEST_P(Deleting, laysWhatChangedBackIntoItsDirectoryThoughItsNameIsTaken) {
+  makeTree(_home.url("folder"), "outer/\n  inner/\n    leaf 3");
+  const ItemState outer = look("outer");
+  const auto interfere = [&](int call) {
+    if (call != 3) return;  // All but the leaf lies in its place.
+    runCommand("cd '" + path("") + "'.tidemar-taken-* && sleep 0.01 && mkdir 0/outer/inner && " +
+               "echo saved > 1/inner/new && mv 1/inner/new 1/inner/leaf");
+  };
+  withActionBefore(SYS_renameat2, interfere, [&] { EXPECT_THROW(take(outer), ItemChanged); });
+  EXPECT_EQ(readFile(_home.url("folder/outer/inner (2)/leaf")), "saved\n");
+  expectNoTrace();
+}
+
 TEST_P(Deleting, worksWithoutRoomForADirectoryOfItsOwn) {
   const ItemState single = look("single");
   const ItemState item = look("item");

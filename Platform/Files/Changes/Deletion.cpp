@@ -8,6 +8,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include "Platform/Files/Changes/GiveBack.h"
 #include "Platform/Files/Descriptors/DirectoryOpening.h"
 #include "Platform/Files/Descriptors/ReadLease.h"
 #include "Platform/Files/Descriptors/Rename.h"
@@ -180,8 +181,8 @@ int Deletion::deleteFile(int directory, const std::string& name, unsigned char t
     const std::string path = PrivateDirectory::inPlace(number, name);
     taking = renameWithoutReplacing(directory, name, _taken->descriptor(), path);
     if (taking == 0) {
-      int deleting = unlinkFile(_taken->descriptor(), path, values, lease);
-      if (deleting != 0) renameWithoutReplacing(_taken->descriptor(), path, directory, name);
+      const int deleting = unlinkFile(_taken->descriptor(), path, values, lease);
+      if (deleting != 0) returnTo(directory, path, name);
       return deleting;
     }
   }
@@ -218,14 +219,21 @@ int Deletion::reopen(std::size_t number) {
   return code;
 }
 
-/// Lays the taken directories back into those above them, as far as that can be done; what can't is
-/// found in its place by the next start.
+/// Lays an entry back into its directory. Whoever took it away meanwhile has it.
+void Deletion::returnTo(int directory, const std::string& path, const std::string& name) {
+  const int code = giveBack(_taken->descriptor(), path, directory, name);
+  if (code != ENOENT) _returning = code;
+}
+
+/// Lays the taken directories back into those above them, the innermost first. Where one can't go
+/// back, those above it keep their places too: by them the next start finds where it belongs.
 void Deletion::giveBackDirectories() {
-  for (; _way.size() > 1; _way.pop_back()) {
+  for (; _returning == 0 && _way.size() > 1; _way.pop_back()) {
     const std::size_t number = _way.size() - 1;
-    if (!_way.back().isTaken || reopen(number - 1) != 0) continue;
-    renameWithoutReplacing(_taken->descriptor(), pathOf(number), _way[number - 1].directory.get(),
-                           _way.back().name);
+    if (!_way.back().isTaken) continue;
+    _returning = reopen(number - 1);
+    if (_returning != 0) return;
+    returnTo(_way[number - 1].directory.get(), pathOf(number), _way.back().name);
   }
 }
 

@@ -25,8 +25,12 @@ class Deletion {
   Deletion(PrivateDirectory* taken, int folder, const ItemState& item);
 
   /// Answers 0, or an errno value: ESTALE where something had changed, ETXTBSY for a file that a
-  /// program writes to. What is left of the item then lies where it lay.
+  /// program writes to. What is left of the item then lies where it lay, each in its directory.
   int run();
+
+  /// Why that didn't come about: the errno value with which something couldn't be laid back into
+  /// its directory, and the whole way to it lies in its places still. Else 0.
+  int returning() const noexcept { return _returning; }
 
  private:
   /// A directory that is being emptied.
@@ -49,6 +53,7 @@ class Deletion {
   int unlinkFile(int directory, const std::string& path, const EntryValues& values,
                  const ReadLease& lease);
   int reopen(std::size_t number);
+  void returnTo(int directory, const std::string& path, const std::string& name);
   void giveBackDirectories();
 
   bool isUnchanged(const EntryValues& values) const;
@@ -60,6 +65,7 @@ class Deletion {
   const ItemState& _item;
   std::vector<Level> _way;  ///< The item first. The level of this index lies in this place.
   DirectoryReader _reader;
+  int _returning = 0;
 
   /// The change times that taking one of its links away gave to a file with several.
   std::map<std::uint64_t, Timestamp> _ownChanges;

@@ -41,14 +41,15 @@ std::vector<Left> entriesOfPlace(const PrivateDirectory& directory, std::size_t 
 }
 
 /// Opens the directory out of which the entries of a place were taken: the only one that lies in
-/// the place before it.
+/// the place before it. Throws std::system_error.
 FileDescriptor directoryOutOf(const PrivateDirectory& directory, std::size_t number) {
   FileDescriptor above;
   if (number == 0) return above;
   const std::vector<Left> entries = entriesOfPlace(directory, number - 1);
   if (entries.size() != 1 || !entries[0].isDirectory) return above;
-  openDirectory(directory.descriptor(),
-                PrivateDirectory::inPlace(number - 1, entries[0].name).c_str(), above);
+  const std::string path = PrivateDirectory::inPlace(number - 1, entries[0].name);
+  const int code = openDirectory(directory.descriptor(), path.c_str(), above);
+  if (code != 0) throw std::system_error(code, std::generic_category());
   return above;
 }
 
@@ -69,13 +70,15 @@ bool giveBackLeft(int above, const std::string& name, int target) try {
   const auto left = PrivateDirectory::openLeft(above, name);
   if (!left) return false;
   bool hasComeBack = false;
-  // The innermost first, since each lies in one that has to be whole before it goes on.
+  // The innermost first, since each lies in one that has to be whole before it goes on: where one
+  // can't, all the rest waits too.
   for (std::size_t number = left->placeCount(); number-- > 0;) {
     const FileDescriptor outer = directoryOutOf(*left, number);
     for (const Left& entry : entriesOfPlace(*left, number)) {
       const std::string path = PrivateDirectory::inPlace(number, entry.name);
-      const int place = outer ? outer.get() : target;
-      hasComeBack = giveBack(left->descriptor(), path, place, entry.name) == 0 || hasComeBack;
+      const int code = giveBack(left->descriptor(), path, outer ? outer.get() : target, entry.name);
+      if (code != 0) return hasComeBack;
+      hasComeBack = true;
     }
   }
   return hasComeBack;

@@ -17,12 +17,21 @@ void TakenDeletion::run(const ItemState& item, const FileURL& url) {
   if (!isTaken && taking != ENOSPC && taking != EDQUOT) failToTake(url, taking);
 
   const std::string path = PrivateDirectory::inPlace(0, item.name);
+  Deletion deletion(isTaken ? &*_taken : nullptr, _directory, item);
   int code = !isTaken || _reading->isUnchanged(path, item) ? 0 : ESTALE;
-  if (code == 0) code = Deletion(isTaken ? &*_taken : nullptr, _directory, item).run();
+  if (code == 0) code = deletion.run();
   if (code == 0) return;
   if (isTaken) {
-    const int returning = giveBack(_taken->descriptor(), path, _directory, item.name);
-    if (returning != 0 && returning != ENOENT) {
+    int returning = deletion.returning();
+    if (returning == 0) {
+      returning = giveBack(_taken->descriptor(), path, _directory, item.name);
+      // Whoever took it away meanwhile has it.
+      if (returning == ENOENT) returning = 0;
+    }
+    if (returning != 0) {
+      // The next item has places of its own.
+      _reading.reset();
+      _taken.reset();
       throw PlatformError("put back", url, returning,
                           "what is left of it comes back at the next opening of the folder");
     }

@@ -25,7 +25,8 @@ class TakenDeletion {
 
   /// Deletes one entry, which lies at `url` now. Throws PlatformError, ItemChanged where it wasn't
   /// what had been looked at; then it, or what is left of it, lies in the directory again, under
-  /// its name or beside it.
+  /// its name or beside it. Where the failure says that it couldn't be put back, it waits whole in
+  /// the private directory for the next opening of the folder.
   void run(const ItemState& item, const FileURL& url);
 
  private:
