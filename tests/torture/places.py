@@ -6,7 +6,7 @@ import contextlib
 import itertools
 import os
 
-from machine import fuse, mounts
+from machine import mounts
 from machine.canary import File, World, as_user, contents, own
 from machine.report import Report
 
@@ -31,11 +31,6 @@ def bound_file(world, place, stack):
     with as_user(), open(path, "w"):
         pass
     stack.enter_context(mounts.mounted(path, "--bind", os.path.join(world.outside, "precious")))
-
-
-def served(world, place, stack):
-    """By a program of the user's."""
-    stack.enter_context(fuse.mounted(place))
 
 
 def subvolume(world, place, stack):
@@ -70,7 +65,7 @@ def temporary_folder(world, place, stack):
 
 
 # Each by what has to be at hand for it.
-BOUNDARIES = {"mount": (memory, bound_directory, bound_file), "fuse": (served,), "btrfs": (subvolume,),
+BOUNDARIES = {"mount": (memory, bound_directory, bound_file), "btrfs": (subvolume,),
               "": (home, data, documents, temporary_folder)}
 
 
@@ -83,7 +78,7 @@ def stays(world, prepare, shape, depth):
             os.makedirs(place)
         prepare(world, place, stack)
         with as_user():
-            if os.access(place, os.W_OK) and prepare not in (bound_directory, bound_file, served):
+            if os.access(place, os.W_OK) and prepare not in (bound_directory, bound_file):
                 world.write(os.path.join(place, "precious"))
         before = contents(world.path(item))
         result = world.run()
@@ -106,10 +101,8 @@ def directories(report, needed):
     if needed == "btrfs":
         for drive in mounts.drives(report, ("btrfs",)):
             yield drive.place
-    elif needed in ("mount", "fuse") and reason:
+    elif needed == "mount" and reason:
         report.skip(f"{needed}: {reason}")
-    elif needed == "fuse" and not os.path.exists("/dev/fuse"):
-        report.skip("no file systems in user space")
     else:
         yield None
 

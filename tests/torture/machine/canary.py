@@ -50,8 +50,8 @@ COPY = "put-back by a copy"
 Entry = collections.namedtuple("Entry", "kind mode content modified changed attributes")
 
 
-def entry_of(path, values=None):
-    values = values or os.lstat(path)
+def entry_of(path):
+    values = os.lstat(path)
     kind = stat.S_IFMT(values.st_mode)
     content = ""
     if kind == stat.S_IFREG:
@@ -69,42 +69,35 @@ def entry_of(path, values=None):
 
 
 def snapshot(top):
-    """All that lies under a directory, by its path relative to it; the directory itself under "."."""
-    found = {}
-    pending = ["."]
-    while pending:
-        relative = pending.pop()
-        path = os.path.join(top, relative)
-        found[relative] = entry_of(path)
-        with os.scandir(path) as entries:
-            for entry in entries:
-                below = entry.name if relative == "." else os.path.join(relative, entry.name)
-                if entry.is_dir(follow_symlinks=False):
-                    pending.append(below)
-                else:
-                    found[below] = entry_of(entry.path, entry.stat(follow_symlinks=False))
+    """All that lies under a path, by its path relative to it; what lies there itself under "."."""
+    found = {".": entry_of(top)}
+    if stat.S_ISDIR(found["."].kind):
+        for directory, directories, files in os.walk(top):
+            for name in directories + files:
+                path = os.path.join(directory, name)
+                found[os.path.relpath(path, top)] = entry_of(path)
     return found
 
 
+def lasting(entry):
+    """What makes it the same wherever it lies."""
+    return (entry.kind, entry.mode, entry.content, entry.attributes,
+            entry.modified if entry.kind == stat.S_IFREG else None)
+
+
 def parts(entries, name):
-    """Of a snapshot one top-level entry, as what makes it the same wherever it lies."""
-    return {path[len(name):]: (entry.kind, entry.mode, entry.content, entry.attributes,
-                               entry.modified if entry.kind == stat.S_IFREG else None)
+    """Of a snapshot one top-level entry, as what lasts."""
+    return {path[len(name):]: lasting(entry)
             for path, entry in entries.items() if path == name or path.startswith(name + "/")}
 
 
 def contents(path):
-    """Of a tree what makes it the same wherever it lies; nothing where there is none."""
-    if not os.path.lexists(path):
-        return {}
-    if not os.path.isdir(path) or os.path.islink(path):
-        name = os.path.basename(path)
-        return parts({name: entry_of(path)}, name)
-    return contents_of(snapshot(path))
+    """What lasts of a tree; nothing where there is none."""
+    return contents_of(snapshot(path)) if os.path.lexists(path) else {}
 
 
 def contents_of(entries):
-    return {path: parts({path: entry}, path)[""] for path, entry in entries.items()}
+    return {path: lasting(entry) for path, entry in entries.items()}
 
 
 def differences(what, before, now):
