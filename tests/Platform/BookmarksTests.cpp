@@ -104,35 +104,6 @@ TEST_F(BookmarkTest, ComparesBirthTimesWhereThereAreNoHandles) {
   });
 }
 
-TEST(BookmarkRecord, OfDamagedBytesIsNone) {
-  BookmarkRecord record;
-  record.path = "/home/u/folder";
-  record.fileSystem = {FileSystemIdentity::Kind::uuid, "0001-0002"};
-  record.directory = {42, BirthTime{-1, 5}, FileHandle{-2, std::string("\0\xFF", 2)}};
-  const std::string bytes = encodeBookmark(record);
-  EXPECT_EQ(decodeBookmark(bytes), record);
-
-  for (std::size_t size = 0; size < bytes.size(); ++size) {
-    EXPECT_FALSE(decodeBookmark(bytes.substr(0, size))) << "cut to " << size;
-  }
-  EXPECT_FALSE(decodeBookmark(bytes + '\0')) << "something behind the end";
-  for (std::size_t i = 0; i < bytes.size(); ++i) {
-    for (const char value : {'\0', '\x01', '\x7F', '\xFF'}) {
-      std::string damaged = bytes;
-      damaged[i] = value;
-      const auto decoded = decodeBookmark(damaged);
-      if (decoded && damaged != bytes) {
-        EXPECT_NE(*decoded, record) << i;
-        EXPECT_TRUE(decoded->path.starts_with('/')) << i;
-        EXPECT_EQ(decoded->path.find('\0'), std::string::npos) << i;
-      }
-    }
-  }
-  std::string ofLaterVersion = bytes;
-  ofLaterVersion[8] = 2;
-  EXPECT_FALSE(decodeBookmark(ofLaterVersion));
-}
-
 TEST(BookmarkRecord, ThatIsDamagedLeadsNowhere) {
   const TemporaryDirectory directory;
   const std::string bookmark = makeBookmark(directory.url());

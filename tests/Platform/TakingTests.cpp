@@ -207,14 +207,6 @@ TEST_P(Taking, goesWhereverTheFolderIsByThen) {
   }
 }
 
-TEST_P(Taking, nothingGoesFromAFolderThatLiesInTheBin) {
-  makeTree(_home.url(), ".local/\n  share/\n    Trash/\n      files/\n      info/");
-  const ItemState item = look("item");
-  ASSERT_EQ(rename(path("").c_str(), _home.path(".local/share/Trash/files/folder").c_str()), 0);
-  EXPECT_THROW(take(item), PlatformError);
-  EXPECT_TRUE(exists(_home.url(".local/share/Trash/files/folder/item/sub/deep/leaf")));
-}
-
 class Deleting : public Taking {};
 INSTANTIATE_TEST_SUITE_P(Platform, Deleting, ::testing::Values(Disposal::delete_),
                          [](const auto&) { return "deleting"; });
