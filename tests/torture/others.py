@@ -76,16 +76,6 @@ def BinsTheFolder(world):
 
 
 @contextlib.contextmanager
-def TakesTheRightsAway(world):
-    """To write in the folder."""
-    with as_user():
-        os.chmod(world.folder, 0o500)
-    yield
-    with as_user():
-        os.chmod(world.folder, 0o700)
-
-
-@contextlib.contextmanager
 def HoldsTheDatabase(world):
     """For as long as the run lasts."""
     with contextlib.closing(sqlite3.connect(world.database, isolation_level=None, timeout=0)) as connection:
@@ -111,7 +101,7 @@ def PutsAnotherInItsPlace(world):
 
 # By how many items may lack their row afterwards. The journal goes with a folder that is forgotten.
 OTHERS = {Reads: 0, Runs: 0, PutsBack: 0, TakesTheTagOff: 1, Forgets: len(DUE), MovesTheFolder: 1, BinsTheFolder: 1,
-          TakesTheRightsAway: 1, HoldsTheDatabase: 1, PutsTheDatabaseAside: 1, PutsAnotherInItsPlace: 1}
+          HoldsTheDatabase: 1, PutsTheDatabaseAside: 1, PutsAnotherInItsPlace: 1}
 # After these no more may go than the one item that was in hand: what is in hand has left its place, too.
 STOPPING = (TakesTheTagOff, Forgets, BinsTheFolder, PutsTheDatabaseAside, PutsAnotherInItsPlace)
 

@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
-"""Items that hold a mount, a subvolume, one of the user's fixed places or another Temporary folder, at every depth
-and under every kind of directory: each stays, whole."""
+"""Items that hold a mount, a subvolume or another Temporary folder, at every depth and under every kind of directory:
+each stays, whole."""
 
 import contextlib
 import itertools
@@ -39,25 +39,6 @@ def subvolume(world, place, stack):
     own(place)
 
 
-def home(world, place, stack):
-    stack.callback(world.drive.environment.__setitem__, "HOME", world.home)
-    world.drive.environment |= {"HOME": place, "XDG_DATA_HOME": world.data}
-
-
-def data(world, place, stack):
-    stack.callback(world.drive.environment.pop, "XDG_DATA_HOME")
-    world.drive.environment["XDG_DATA_HOME"] = place
-
-
-def documents(world, place, stack):
-    config = os.path.join(world.home, ".config")
-    with as_user():
-        os.makedirs(config, exist_ok=True)
-        with open(os.path.join(config, "user-dirs.dirs"), "w") as file:
-            file.write(f'XDG_DOCUMENTS_DIR="{place}"\n')
-    stack.callback(os.unlink, os.path.join(config, "user-dirs.dirs"))
-
-
 def temporary_folder(world, place, stack):
     result = world.drive(("add", place, 0))
     (number, _), = result.of("folder")
@@ -66,7 +47,7 @@ def temporary_folder(world, place, stack):
 
 # Each by what has to be at hand for it.
 BOUNDARIES = {"mount": (memory, bound_directory, bound_file), "btrfs": (subvolume,),
-              "": (home, data, documents, temporary_folder)}
+              "": (temporary_folder,)}
 
 
 def stays(world, prepare, shape, depth):
@@ -89,9 +70,6 @@ def stays(world, prepare, shape, depth):
         gone = {line[0] for line in result.of("removed")}
         if gone != set(DUE):
             problems.append(f"gone are {gone}")
-        # Where the data's own place is the item, the Bin is too.
-        if prepare is data:
-            problems = [problem for problem in problems if "rows" not in problem and "without a record" not in problem]
     return problems
 
 
