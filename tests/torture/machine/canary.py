@@ -247,9 +247,9 @@ class World:
     def remember(self):
         """What is there now is what the check compares with."""
         self.before = snapshot(self.folder)
-        self.canaries = self._canaries()
+        self.canaries = self.canaries_now()
 
-    def _canaries(self):
+    def canaries_now(self):
         # A hard link that goes changes the change time of the file that stays.
         return {place: {path: entry._replace(changed=0) if path == "shared" else entry
                         for path, entry in snapshot(place).items()}
@@ -332,10 +332,6 @@ class World:
         where the folder has been meanwhile. A record may wait for its item, if that lies at its old place."""
         return Check(self, set(touched), is_undoing, {self.folder, *also_at}, may_wait).problems(in_hand)
 
-    def changed_canaries(self):
-        now = self._canaries()
-        return [problem for place, before in self.canaries.items() for problem in differences(place, before, now[place])]
-
     def lost(self, *snapshots):
         """Of snapshots of before what doesn't lie anywhere any more, or twice."""
         there = collections.Counter(entry.content for entry in snapshot(self.root).values() if entry.content)
@@ -354,7 +350,9 @@ class Check:
         files = os.path.join(world.trash, "files")
         self.binned = snapshot(files) if os.path.isdir(files) else {}
         self.rows = world.journal()
-        self.found = world.changed_canaries()
+        canaries = world.canaries_now()
+        self.found = [problem for place, before in world.canaries.items()
+                      for problem in differences(place, before, canaries[place])]
 
     def problems(self, in_hand):
         self._compare_kept()
