@@ -166,22 +166,6 @@ TEST_P(BookmarkOnADrive, IsNotDeceivedByAnInodeNumberThatIsUsedAgain) {
   EXPECT_EQ(whereFrom(_bookmark), _drive.url("a/folder").path() + " (replaced)");
 }
 
-TEST_F(BookmarkTest, FollowsASubvolumeAndTellsItFromOthers) {
-  const TestFileSystem drive(TestFileSystem::Type::btrfs);
-  if (!drive.isMounted()) GTEST_SKIP() << drive.reason();
-  const std::string create = "btrfs subvolume create ";
-  runCommand(create + drive.url("other").path());
-  runCommand(create + drive.url("volume").path());
-  const std::string bookmark = makeBookmark(drive.url("volume"));
-  EXPECT_EQ(whereFrom(bookmark), drive.url("volume").path());
-  rename(drive.url("volume"), drive.url("moved"));
-  EXPECT_EQ(whereFrom(bookmark), drive.url("moved").path() + " (stale)");
-  EXPECT_TRUE(isOf(bookmark, drive.url("moved")));
-  EXPECT_FALSE(isOf(bookmark, drive.url("other")));
-  runCommand("btrfs subvolume delete " + drive.url("moved").path());
-  EXPECT_EQ(whereFrom(bookmark), none) << "every subvolume has the same inode number";
-}
-
 TEST_F(BookmarkTest, IsNotDeceivedByACopyOfTheDrive) {
   TestFileSystem drive(TestFileSystem::Type::ext4);
   if (!drive.isMounted()) GTEST_SKIP() << drive.reason();
@@ -323,22 +307,32 @@ TEST_F(BookmarkSearchTest, DoesNotEvenOpenAMountPointAndNoLinkThatComesMeanwhile
       [&] { EXPECT_FALSE(SearchPlaces(url("x/folder")).open(url("old"))); });
 }
 
-TEST_F(BookmarkSearchTest, DoesNotTakeASnapshotForTheDirectory) {
+TEST_F(BookmarkSearchTest, TellsASubvolumeFromOthersAndFromItsSnapshot) {
   const TestFileSystem drive(TestFileSystem::Type::btrfs);
-  makeTree(drive.url(), "folder/");
-  const auto expectNowhereBesideASnapshot = [&] {
-    const std::string bookmark = makeBookmark(drive.url("folder"));
-    runCommand("btrfs subvolume snapshot " + drive.url().path() + " " + drive.url("snap").path());
-    rename(drive.url("folder"), drive.url("moved"));
-    EXPECT_EQ(metFrom(bookmark), drive.url("moved").path());
-    ASSERT_EQ(rmdir(drive.url("moved").path().c_str()), 0);
-    EXPECT_EQ(metFrom(bookmark), nowhere);
+  if (!drive.isMounted()) GTEST_SKIP() << drive.reason();
+  const auto btrfs = [&](const std::string& command) {
+    runCommand("cd '" + drive.url().path() + "' && btrfs subvolume " + command);
   };
-  expectNowhereBesideASnapshot();
-  runCommand("btrfs subvolume delete " + drive.url("snap").path());
+  const auto expectFollows = [&](const char* name) {
+    const std::string bookmark = makeBookmark(drive.url(name));
+    EXPECT_EQ(whereFrom(bookmark), drive.url(name).path());
+    btrfs("snapshot . snap");
+    rename(drive.url(name), drive.url("moved"));
+    EXPECT_EQ(whereFrom(bookmark), drive.url("moved").path() + " (stale)");
+    EXPECT_TRUE(isOf(bookmark, drive.url("moved")));
+    EXPECT_FALSE(isOf(bookmark, drive.url("other")));
+    ASSERT_EQ(rmdir(drive.url("moved").path().c_str()), 0);
+    EXPECT_EQ(whereFrom(bookmark), none);
+    btrfs("delete snap");
+  };
+  btrfs("create other");
+  btrfs("create volume");  // Every subvolume has the same inode number.
+  expectFollows("volume");
   makeTree(drive.url(), "folder/");
-  // Inode number and birth time are the same in both.
-  withFailingSystemCall(SYS_name_to_handle_at, EOPNOTSUPP, expectNowhereBesideASnapshot);
+  expectFollows("folder");
+  makeTree(drive.url(), "folder/");
+  // Inode number and birth time are the same in the snapshot, too.
+  withFailingSystemCall(SYS_name_to_handle_at, EOPNOTSUPP, [&] { expectFollows("folder"); });
 }
 
 TEST_F(BookmarkSearchTest, BeginsAtTheNearestPlacesThatAreStillThere) {
