@@ -130,6 +130,7 @@ TEST_F(Removal, AMountInsideAnItemKeepsItWholeAndWithoutADate) {
   EXPECT_EQ(visitor.names, "item file sub ");
   EXPECT_EQ(visitor.failures, std::vector{EXDEV});
   const ResourceValues values = readResourceValues(url("item/sub/deep"));
+  EXPECT_EQ(values.isDirectory, true);
   EXPECT_EQ(values.addedToDirectoryDate, std::nullopt);
   EXPECT_EQ(values.contentModificationDate, std::nullopt);
 

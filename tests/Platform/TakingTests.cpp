@@ -120,6 +120,7 @@ TEST_P(Taking, whatChangedAfterTheLookComesBack) {
     _folder = DiskFileManager().openFolder(place.url("folder"));
     const ItemState item = look(name);
     ASSERT_FALSE(item.obstacle) << item.obstacle->what();
+    EXPECT_GT(item.latestChange.seconds, 0) << "a look waits until the clock has passed it";
     inFolder(change);
     const std::string before = inFolder("find . | sort");
     EXPECT_THROW(take(item), ItemChanged);

@@ -63,7 +63,7 @@ TEST(TreeWalk, MeetsEveryEntryOnceBehindItsDirectoryAndEntersNoLink) {
 TEST(TreeWalk, TheHiddenFileHidesExactNamesOfItsOwnDirectoryAlone) {
   TemporaryDirectory directory;
   makeTree(directory.url(), "r/\n  secret\n  secrets\n  sub/\n    secret");
-  writeFile(directory.url("r/.hidden"), "secret\n\nsub\n");
+  writeFile(directory.url("r/.hidden"), "sub\n\nsecret\n");
   EXPECT_EQ(walk(directory.url("r")).paths,
             (Paths{".hidden?", "secret?", "secrets", "sub?", "sub/secret"}));
 

@@ -16,7 +16,7 @@ from machine.driver import FAR_FUTURE, ORDINARY_USER, Driver
 
 FRESH = FAR_FUTURE + 10_000_000
 TAGS = "user.xdg.tags"
-REMAINS = (".tidemar-taken-", ".tidemar-copy-", ".tidemar-")
+REMAINS = ".tidemar-"
 
 File = collections.namedtuple("File", "mode fresh sparse", defaults=(0o644, False, False))
 Link = collections.namedtuple("Link", "target")
@@ -330,7 +330,7 @@ class World:
         """Answers a list of sentences, empty where all is well. As many items as `in_hand` says may lack their
         row; `touched` are items that others changed, looked at by whoever changed them; `also_at` are places
         where the folder has been meanwhile. A record may wait for its item, if that lies at its old place."""
-        return Check(self, set(touched), is_undoing, {self.folder, *also_at}, may_wait).problems(in_hand)
+        return Check(self, in_hand, set(touched), is_undoing, {self.folder, *also_at}, may_wait).found
 
     def lost(self, *snapshots):
         """Of snapshots of before what doesn't lie anywhere any more, or twice."""
@@ -340,7 +340,7 @@ class World:
 
 
 class Check:
-    def __init__(self, world, touched, is_undoing, places, may_wait):
+    def __init__(self, world, in_hand, touched, is_undoing, places, may_wait):
         self.world = world
         self.touched = touched
         self.is_undoing = is_undoing
@@ -350,32 +350,25 @@ class Check:
         files = os.path.join(world.trash, "files")
         self.binned = snapshot(files) if os.path.isdir(files) else {}
         self.rows = world.journal()
+        self.found = []
         canaries = world.canaries_now()
-        self.found = [problem for place, before in world.canaries.items()
-                      for problem in differences(place, before, canaries[place])]
-
-    def problems(self, in_hand):
-        self._compare_kept()
+        for place, before in world.canaries.items():
+            self.found += differences(place, before, canaries[place])
+        kept = [{path: entry for path, entry in entries.items() if path.split("/")[0] in world.kept.keys() - touched}
+                for entries in (world.before, self.now)]
+        self.found += differences("folder", *kept)
         self._look_for_remains()
         self._read_records()
-        lacking = [name for name in self.world.due if name not in self.touched and self._lacks_row(name)]
+        lacking = [name for name in world.due if name not in touched and self._lacks_row(name)]
         if len(lacking) > in_hand:
             self.found.append(f"items without a record: {lacking}")
-        return self.found
-
-    def _compare_kept(self):
-        def kept(entries):
-            return {path: entry for path, entry in entries.items()
-                    if path.split("/")[0] in self.world.kept and path.split("/")[0] not in self.touched}
-        self.found += differences("folder", kept(self.world.before), kept(self.now))
 
     def _look_for_remains(self):
         for path in self.now:
             name = path.split("/")[0]
             if name.startswith(REMAINS):
                 self.found.append(f"left in the folder: {path}")
-            elif name not in self.world.due and name not in self.world.kept and name != "." \
-                    and name not in self.touched:
+            elif name not in {".", *self.world.due, *self.world.kept, *self.touched}:
                 self.found.append(f"new in the folder: {path}")
 
     def _read_records(self):
