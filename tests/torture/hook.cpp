@@ -140,8 +140,8 @@ int meet(const char* function, const Subject& subject) {
   if (!isMeant) return 0;
 
   const int code = errno;
-  const int failure = act(settings, std::to_string(number) + " " + function + " " +
-                                        encoded(pathOf(subject)) + "\n");
+  const int failure = act(
+      settings, std::to_string(number) + " " + function + " " + encoded(pathOf(subject)) + "\n");
   errno = code;
   return failure;
 }
