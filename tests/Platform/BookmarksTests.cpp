@@ -172,7 +172,7 @@ TEST_F(BookmarkTest, IsNotDeceivedByACopyOfTheDrive) {
   makeTree(drive.url(), "folder/");
   const std::string bookmark = makeBookmark(drive.url("folder"));
   drive.unmount();
-  drive.changeUUID();
+  runCommand("e2fsck -f -p " + drive.image() + " && tune2fs -f -U random " + drive.image());
   drive.mount();
   EXPECT_FALSE(isOf(bookmark, drive.url("folder")));
   EXPECT_EQ(whereFrom(bookmark), none);
@@ -237,7 +237,8 @@ TEST_F(BookmarkSearchTest, GivesUpAfterABoundedNumberOfDirectories) {
 TEST_F(BookmarkSearchTest, LooksWhereListingsDoNotTellWhatAnEntryIs) {
   TestFileSystem drive(TestFileSystem::Type::ext4);
   drive.unmount();
-  drive.forgetEntryTypes();
+  // e2fsck answers 1 when it has put right what it found.
+  runCommand("I=" + drive.image() + "; tune2fs -O ^filetype $I; e2fsck -f -y $I || test $? = 1");
   drive.mount();
   makeTree(drive.url(), "old/\n  folder/\na/\n  b/\n    c/\n  file 3\n  pipe |\n  link -> b");
   const std::string bookmark = makeBookmark(drive.url("old/folder"));
@@ -269,16 +270,6 @@ TEST_F(BookmarkSearchTest, LooksInTheUsersDirectoriesByWhateverLinksTheyAreReach
     setDocumentsDirectory(place.url(), documents);
     EXPECT_EQ(metFrom(bookmark), expected) << documents;
   }
-}
-
-TEST_F(BookmarkSearchTest, DoesNotLookIntoAnotherMount) {
-  makeTree(home(), "a/\n  folder/\nb/\n  inner/\nview/");
-  const std::string bookmark = makeBookmark(url("a/folder"));
-  rename(url("a/folder"), url("b/inner/folder"));
-  // The same directory can be reached through the second mount, and earlier.
-  const BindMount mount(url("b/inner/folder"), url("view"));
-  ASSERT_TRUE(mount.isMounted()) << mount.reason();
-  EXPECT_EQ(metFrom(bookmark), url("b/inner/folder").path());
 }
 
 TEST_F(BookmarkSearchTest, DoesNotEvenOpenAMountPointAndNoLinkThatComesMeanwhile) {
