@@ -2,7 +2,6 @@
 """At every call of a run someone else acts meanwhile: another run, a reading, a put-back, the tag that is taken off,
 the folder forgotten, the database held or put out of its place."""
 
-import concurrent.futures
 import contextlib
 import os
 import sqlite3
@@ -132,15 +131,6 @@ def met(world, kind, number):
     return result.disturbed * bool(problems) + problems
 
 
-def three_at_once(world):
-    world.reset()
-    with concurrent.futures.ThreadPoolExecutor() as pool:
-        results = [run.result() for run in [pool.submit(world.run) for _ in range(3)]]
-    again = world.start_again()
-    problems = [problem for result in (*results, again) for problem in result.problems]
-    return problems + world.check(in_hand=0, may_wait=True)
-
-
 def main():
     report = Report(__doc__)
     for disposal in ("bin", "delete"):
@@ -149,8 +139,6 @@ def main():
             for kind in OTHERS:
                 for number in report.some(range(1, count + 1), 3):
                     report.check(f"{disposal}, {kind.__name__} at {number}", met, world, kind, number)
-            for number in range(report.count(200, 3)):
-                report.check(f"{disposal}, three at once, {number}", three_at_once, world)
     report.end()
 
 
