@@ -98,8 +98,11 @@ TEST_F(LoginItemTest, WhatNoDesktopWouldStartIsOff) {
     const char* command;  ///< Of the shell, where $F is the file.
     bool canRegister;
   } rows[] = {
-      {"echo no entry > $F", true}, {"ln -s elsewhere $F", true}, {"ln -s /dev/null $F", false},
-      {"mkfifo $F", false},         {"mkdir -p $F/x", false},
+      {"echo no entry > $F", true},
+      {"ln -s elsewhere $F", true},
+      {"mkfifo $F.pipe; ln -s $F.pipe $F", false},
+      {"mkfifo $F", false},
+      {"mkdir -p $F/x", false},
   };
   std::filesystem::create_directories(home.path(".config/autostart"));
   for (const auto& row : rows) {
