@@ -1,10 +1,4 @@
 #include <QDBusConnectionInterface>
-#include <QEventLoop>
-#include <QTimer>
-#include <chrono>
-#include <optional>
-
-#include <gtest/gtest.h>
 
 #include "FakeDesktop.h"
 #include "Platform/Desktop/DesktopColorScheme.h"
@@ -14,7 +8,6 @@ namespace {
 
 using namespace testing;
 using namespace Qt::StringLiterals;
-using namespace std::chrono_literals;
 using Preference = DesktopColorScheme::Preference;
 
 const QString path = u"/org/freedesktop/portal/desktop"_s;
@@ -52,13 +45,7 @@ class DesktopColorSchemeTest : public BusTest {
 
   /// What was told until so many answers came.
   std::vector<Preference> heard(std::size_t count) {
-    QEventLoop loop;
-    const auto enough = [&](auto) {
-      if (told.size() >= count) loop.quit();
-    };
-    QObject::connect(&*scheme, &DesktopColorScheme::told, &loop, enough);
-    QTimer::singleShot(10s, &loop, &QEventLoop::quit);
-    if (told.size() < count) loop.exec();
+    waitUntil([&] { return told.size() >= count; });
     return std::exchange(told, {});
   }
 

@@ -8,6 +8,8 @@
 #include <QStandardPaths>
 #include <QUrl>
 
+#include <QtCore/qtestsupport_core.h>
+
 #include "support/Testing.h"
 
 namespace tidemar::testing {
@@ -42,6 +44,11 @@ class BusTest : public ::testing::Test {
 
   std::optional<PrivateBus> bus;
 };
+
+/// Lets the program go on until it is so, for some seconds at most.
+inline void waitUntil(const std::function<bool()>& isSo) {
+  EXPECT_TRUE(QTest::qWaitFor(isSo, 20'000));
+}
 
 /// Owns a name of the bus on a connection of its own, as long as it lives, and answers the calls of
 /// one object and those below it. It writes them down.

@@ -1,6 +1,5 @@
 #include <QCoroTask>
 #include <QDBusArgument>
-#include <QEventLoop>
 #include <QTimer>
 
 #include "FakeDesktop.h"
@@ -120,13 +119,8 @@ TEST_F(NotificationCenterTest, AClickTellsTheIdentifierOfWhatWasClicked) {
   ASSERT_EQ(add("tomorrow.2"), "");
   EXPECT_EQ(shown.back()[5].toStringList(), (QStringList{u"default"_s, u"Open it"_s}));
   std::vector<std::string> clicks;
-  QEventLoop untilTheLast;
-  QObject::connect(&*center, &DesktopNotificationCenter::clicked, &untilTheLast,
-                   [&](const std::string& identifier) {
-                     clicks.push_back(identifier);
-                     if (identifier == "tomorrow.1") untilTheLast.quit();
-                   });
-  QTimer::singleShot(20s, &untilTheLast, &QEventLoop::quit);
+  QObject::connect(&*center, &DesktopNotificationCenter::clicked, &*center,
+                   [&](const std::string& identifier) { clicks.push_back(identifier); });
   const auto invoke = [this](quint32 id, const QString& action) {
     server->send(objectPath, serviceName, u"ActionInvoked"_s, {id, action});
   };
@@ -134,7 +128,7 @@ TEST_F(NotificationCenterTest, AClickTellsTheIdentifierOfWhatWasClicked) {
   invoke(8, u"close"_s);
   invoke(8, u"default"_s);
   invoke(7, u"default"_s);
-  untilTheLast.exec();
+  waitUntil([&] { return !clicks.empty() && clicks.back() == "tomorrow.1"; });
   EXPECT_EQ(clicks, (std::vector<std::string>{"tomorrow.2", "tomorrow.1"}))
       << "another program's and other actions aren't clicks on ours";
 }
@@ -163,14 +157,10 @@ TEST_F(NotificationCenterTest, WhatKeepsItBackIsToldAndHoldsNothingUp) {
   bus->makeStartable(serviceName);
   EXPECT_EQ(add("tomorrow.1"), missing) << "it isn't started by that";
   int serversThatCame = 0;
-  QEventLoop untilItIsThere;
-  QObject::connect(&*center, &DesktopNotificationCenter::serverCame, &untilItIsThere, [&] {
-    ++serversThatCame;
-    untilItIsThere.quit();
-  });
-  QTimer::singleShot(20s, &untilItIsThere, &QEventLoop::quit);
+  QObject::connect(&*center, &DesktopNotificationCenter::serverCame, &*center,
+                   [&] { ++serversThatCame; });
   startServer();
-  untilItIsThere.exec();
+  waitUntil([&] { return serversThatCame > 0; });
   EXPECT_EQ(serversThatCame, 1);
   EXPECT_TRUE(isAuthorized());
   manner = Manner::refuses;

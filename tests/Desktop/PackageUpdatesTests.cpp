@@ -1,5 +1,4 @@
 #include <QDBusObjectPath>
-#include <QEventLoop>
 
 #include "FakeDesktop.h"
 #include "Platform/Desktop/Alerts.h"
@@ -64,21 +63,14 @@ class PackageUpdatesTest : public BusTest {
     std::filesystem::permissions(command.path(), std::filesystem::perms::owner_all);
   }
 
-  static void waitUntilItCanCheck(const PackageUpdates& service) {
-    QEventLoop loop;
-    QObject::connect(&service, &UpdateService::canCheckForUpdatesChanged, &loop, [&] {
-      if (service.canCheckForUpdates()) loop.quit();
-    });
-    if (!service.canCheckForUpdates()) loop.exec();
-  }
-
   void check() {
     PackageUpdates service(bus->connect(), "tidemar", texts, alerts);
-    waitUntilItCanCheck(service);
+    const auto isReady = [&] { return service.canCheckForUpdates(); };
+    waitUntil(isReady);
     service.checkForUpdates();
-    EXPECT_FALSE(service.canCheckForUpdates()) << "while it is checking";
+    EXPECT_FALSE(isReady()) << "while it is checking";
     service.checkForUpdates();
-    waitUntilItCanCheck(service);
+    waitUntil(isReady);
   }
 
   const UpdateTexts texts{.failed = "Couldn't check",

@@ -61,52 +61,39 @@ TEST_F(BinnedItemTest, BelievesNoTrashOfADriveThatSomeoneElseCouldArrange) {
   if (!mountDrive(TestFileSystem::Type::tmpfs)) GTEST_SKIP() << _drive->reason();
   const std::string own = ".Trash-" + user;
   const std::string shared = ".Trash/" + user;
-  const auto link = [&](const std::string& name) {
-    move(drive(name), drive("elsewhere"));
-    std::filesystem::create_symlink(drive("elsewhere").path(), drive(name).path());
-  };
-  const auto giveAway = [&](const std::string& name) {
-    ASSERT_EQ(chown(drive(name).path().c_str(), 77, 77), 0);
-  };
-  const auto protect = [&] { setMode(drive(".Trash"), 01777); };
-
   const struct {
-    const char* title;
     std::string trash;
-    std::function<void()> arrange;
+    const char* command;  ///< Of the shell, at the drive's top, where $T is the Trash.
     bool isKnown = false;
   } rows[] = {
-      {"the user's own", own, [] {}, true},
-      {"one that is a link", own, [&] { link(own); }},
-      {"one that another user owns", own, [&] { giveAway(own); }},
-      {"items elsewhere", own, [&] { link(own + "/files"); }},
-      {"items of another user's", own, [&] { giveAway(own + "/files"); }},
-      {"records elsewhere", own, [&] { link(own + "/info"); }},
-      {"no records", own, [&] { move(drive(own + "/info"), drive("elsewhere")); }},
-      {"one for another user", own + "7", [] {}},
-      {"one in a directory", "directory/" + own, [] {}},
-      {"the shared one", shared, protect, true},
-      {"the shared one without protection", shared, [] {}},
-      {"the shared one as a link", shared, [&] { protect(), link(".Trash"); }},
-      {"the shared one for another user", shared + "7", protect},
-      {"another user's part of it", shared, [&] { protect(), giveAway(shared); }},
+      {own, "true", true},
+      {own, "mv $T other; ln -s other $T"},
+      {own, "chown 77 $T"},
+      {own, "mv $T/info other"},
+      {own + "7", "true"},
+      {"directory/" + own, "true"},
+      {shared, "chmod 1777 .Trash", true},
+      {shared, "true"},
+      {shared + "7", "chmod 1777 .Trash"},
   };
   for (const auto& row : rows) {
-    SCOPED_TRACE(row.title);
-    for (const std::string& name : namesIn(drive(""))) {
-      if (name != "folder") erase(drive(name));
-    }
-    const FileURL place = lay(drive(row.trash), "item", folder("item").path());
-    row.arrange();
+    SCOPED_TRACE(row.trash + ": " + row.command);
+    for (const std::string& name : namesIn(drive("")))
+      erase(drive(name));
+    makeTree(drive(""), "folder/\nother/\n  folder/");
+    const FileURL place = lay(drive(row.trash), "item", "folder/item");
+    runCommand("cd '" + drive("").path() + "'; T=" + row.trash + "; " + row.command);
     EXPECT_EQ(knows(place), row.isKnown);
     EXPECT_FALSE(knows(drive(row.trash + "/info/item"))) << "beside the items";
+    if (!row.isKnown) continue;
+    for (const char* elsewhere : {"other/folder/item", "item"})
+      EXPECT_FALSE(knows(lay(drive(row.trash), "item", elsewhere))) << "not from there";
   }
 }
 
 TEST_F(BinnedItemTest, BelievesOnlyARecordThatNamesTheItemAndTheFolder) {
   makeTree(_home.url(), "other/\ndocument\nalias -> folder");
   const FileURL place = lay(bin(""), "binned", "");
-  const FileURL record = bin("info/binned.trashinfo");
   const auto path = [&](const std::string& relative) { return home(relative).path(); };
 
   const struct {
@@ -135,6 +122,8 @@ TEST_F(BinnedItemTest, BelievesOnlyARecordThatNamesTheItemAndTheFolder) {
       {"nothing but bytes", path("folder/%FF%01"), true, "\xFF\x01"},
       {"a name that leads up", path("folder/.."), false, ".."},
       {"a name that leads nowhere", path("folder/."), false, "."},
+      {"no name", path("folder/"), false, ""},
+      {"a name of another's", path("folder/item"), false, "../folder/item"},
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.title);
@@ -142,30 +131,14 @@ TEST_F(BinnedItemTest, BelievesOnlyARecordThatNamesTheItemAndTheFolder) {
     EXPECT_EQ(knows(place, row.name), row.isKnown);
   }
 
-  const std::function<void()> spoilt[] = {
-      [] {},
-      [&] { writeFile(record, ""); },
-      [&] { makeTree(bin("info"), "binned.trashinfo -> ../good"); },
-      [&] { makeTree(bin("info"), "binned.trashinfo/"); },
-      [&] { makeTree(bin("info"), "binned.trashinfo |"); },
-      [&] { writeFile(record, readFile(bin("good")).substr(0, 40)); },
-      [&] { writeFile(record, readFile(bin("good")) + std::string(1 << 20, '\n')); },
-  };
   lay(bin(""), "binned", path("folder/item"));
-  move(record, bin("good"));
-  for (std::size_t i = 0; i < std::size(spoilt); ++i) {
-    std::filesystem::remove(record.path());
-    spoilt[i]();
-    EXPECT_FALSE(knows(place)) << "spoilt in way " << i;
-  }
-}
-
-TEST_F(BinnedItemTest, TakesRelativePathsInRecordsOfADriveFromItsTop) {
-  if (!mountDrive(TestFileSystem::Type::tmpfs)) GTEST_SKIP() << _drive->reason();
-  makeTree(drive(""), "other/\n  folder/");
-  for (const std::string recorded : {"folder/item", "other/folder/item", "item"}) {
-    SCOPED_TRACE(recorded);
-    EXPECT_EQ(knows(lay(drive(".Trash-" + user), "item", recorded)), recorded == "folder/item");
+  for (const char* spoilt :  // $R is the record, ../good what it was.
+       {"true", "touch $R", "ln -s ../good $R", "mkdir $R", "mkfifo $R", "head -c 40 ../good > $R",
+        "cat ../good > $R; yes '' | head -c 1048576 >> $R"}) {
+    runCommand("cd '" + bin("info").path() + "'; R=binned.trashinfo; ln -f $R ../good; rm $R; " +
+               spoilt);
+    EXPECT_FALSE(knows(place)) << spoilt;
+    runCommand("cd '" + bin("info").path() + "'; rm -rf *; cp ../good binned.trashinfo");
   }
 }
 
@@ -240,65 +213,43 @@ TEST_F(PutBackTest, LeavesAnItemThatChangedInWhateverWay) {
 }
 
 std::string contentOf(const FileURL& url) {
-  if (std::filesystem::is_directory(url.path())) return "directory";
   return exists(url) ? readFile(url) : "nothing";
 }
 
 /// What others do between the look into the Bin and the rename out of it.
 TEST_F(PutBackTest, BringsBackWhatWasLookedAtOrNothing) {
   const FileURL place = bin("files/item");
-  const FileURL record = bin("info/item.trashinfo");
-  const FileURL decoy = home("Decoy/files/item");
   const auto exchange = [](const FileURL& a, const FileURL& b) {
     return [=] { renameat2(-1, a.path().c_str(), -1, b.path().c_str(), RENAME_EXCHANGE); };
   };
   const auto moving = [](const FileURL& from, const FileURL& to) {
     return [=] { move(from, to); };
   };
-  const auto writing = [](const FileURL& url, const char* content) {
-    return [=] { writeFile(url, content); };
-  };
   const struct {
     const char* title;
     std::function<void()> happens;
     int code;
-    std::string inFolder;
-    std::string inBin;
-    bool hasRecord = true;
+    const char* inBin;
+    bool hasRecord;
     std::string folder = "folder";  // Where the folder lies in the end.
   } rows[] = {
-      {"another item", exchange(place, decoy), ESTALE, "nothing", "decoy"},
-      {"another item of the same age",
-       [&] { setModificationTime(decoy, 1e9), exchange(place, decoy)(); }, ESTALE, "nothing",
-       "decoy"},
-      {"a directory", exchange(place, home("Decoy/files")), ESTALE, "nothing", "directory"},
-      {"other content", writing(place, "longer content"), ESTALE, "nothing", "longer content"},
-      {"taken away", moving(place, home("taken")), ENOENT, "nothing", "nothing"},
-      {"the Bin's items exchanged", exchange(bin("files"), home("Decoy/files")), 0, "content",
-       "decoy", false},
-      {"the Bin's items a link",
-       [&] {
-         move(bin("files"), home("files"));
-         std::filesystem::create_symlink(home("Decoy/files").path(), bin("files").path());
-       },
-       0, "content", "decoy", false},
-      {"the whole Bin exchanged", exchange(bin(""), home("Decoy")), 0, "content", "decoy"},
-      {"a later item's record", writing(record, "[Trash Info]\n"), 0, "content", "nothing"},
-      {"something in the folder", writing(folder("item"), "new"), EEXIST, "new", "content"},
-      {"the folder in the Bin", moving(folder(""), bin("files/folder")), ENOENT, "nothing",
-       "content", true, ".local/share/Trash/files/folder"},
-      {"the folder renamed", moving(folder(""), home("renamed")), 0, "content", "nothing", false,
-       "renamed"},
-      {"the folder deleted", [&] { erase(folder("")); }, ENOENT, "nothing", "content"},
+      {"another item", exchange(place, home("Decoy/item")), ESTALE, "decoy", true},
+      {"taken away", moving(place, home("taken")), ENOENT, "nothing", true},
+      {"the Bin's items exchanged", exchange(bin("files"), home("Decoy")), 0, "decoy", false},
+      {"a later item's record", [&] { writeFile(bin("info/item.trashinfo"), "[Trash Info]\n"); }, 0,
+       "nothing", true},
+      {"the folder in the Bin", moving(folder(""), bin("files/folder")), ENOENT, "content", true,
+       ".local/share/Trash/files/folder"},
+      {"the folder renamed", moving(folder(""), home("renamed")), 0, "nothing", false, "renamed"},
   };
   for (const auto& row : rows) {
     for (const bool isLate : {false, true}) {
       SCOPED_TRACE(row.title + std::string(isLate ? ", at the last moment" : ""));
-      for (const char* name : {"folder", "renamed", "files", "Decoy", ".local"})
+      for (const char* name : {"folder", "renamed", "Decoy", ".local"})
         erase(home(name));
-      makeTree(home(""), "folder/");
-      writeFile(lay(home("Decoy"), "item", ""), "decoy");
-      setModificationTime(lay(bin(""), "item", folder("item").path()), 1e9);
+      makeTree(home(""), "folder/\nDecoy/");
+      writeFile(home("Decoy/item"), "decoy");
+      lay(bin(""), "item", folder("item").path());
       const auto opened = open();
       const auto item = opened->binnedItem(place, "item");
       ASSERT_NE(item, nullptr);
@@ -312,9 +263,9 @@ TEST_F(PutBackTest, BringsBackWhatWasLookedAtOrNothing) {
       isLate ? withActionBefore(SYS_renameat2, act, back) : back();
 
       EXPECT_EQ(code, row.code);
-      EXPECT_EQ(contentOf(home(row.folder + "/item")), row.inFolder);
+      EXPECT_EQ(contentOf(home(row.folder + "/item")), code == 0 ? "content" : "nothing");
       EXPECT_EQ(contentOf(place), row.inBin);
-      EXPECT_EQ(exists(record), row.hasRecord);
+      EXPECT_EQ(exists(bin("info/item.trashinfo")), row.hasRecord);
     }
   }
 }

@@ -46,71 +46,49 @@ class LeftCopy : public ::testing::Test {
 
 TEST_F(LeftCopy, IsDeletedIfItIsSurelyOne) {
   if (geteuid() != 0) GTEST_SKIP() << "needs to be root";
-  FileDescriptor lock;
-  std::unique_ptr<BindMount> mount;
-  const auto removing = [&](const std::string& path) {
-    return [=, this] { std::filesystem::remove_all(in(path).path()); };
-  };
-  const auto adding = [&](const std::string& path) {
-    return [=, this] { writeFile(in(path), ""); };
-  };
-  const auto moving = [&](const std::string& other) {
-    return [=, this] { std::filesystem::rename(in(name).path(), in(other).path()); };
-  };
   const struct {
-    const char* title;
-    std::function<void()> arrange;
-    std::set<std::string> left;
+    const char* command;  ///< Of the shell, in the folder, where $L is the directory.
+    bool goes = false;
     std::string swept = name;
   } rows[] = {
-      {"a copy", [] {}, {}},
-      {"an empty directory", removing(name + "/0"), {}},
-      {"one that was never filled",
-       [&] { removing(name + "/0")(), removing(name + "/tidemar")(); },
-       {}},
-      {"no mark", removing(name + "/tidemar"), {name}},
-      {"open to others", [&] { changeMode(name, 0750); }, {name}},
-      {"another user's", [&] { ASSERT_EQ(chown(in(name).path().c_str(), 77, 77), 0); }, {name}},
-      {"in use",
-       [&] {
-         lock = FileDescriptor(open(in(name).path().c_str(), O_RDONLY | O_CLOEXEC));
-         ASSERT_EQ(flock(lock.get(), LOCK_EX), 0);
-       },
-       {name}},
-      {"something beside the copy", adding(name + "/0/more"), {name}},
-      {"something beside its place", adding(name + "/more"), {name}},
-      {"a second place", [&] { makeTree(in(name), "1/\n  more"); }, {name}},
-      {"a mount in it",
-       [&] {
-         mount = std::make_unique<BindMount>(directory.url("kept"), in(name + "/0/item/a/b"));
-         ASSERT_TRUE(mount->isMounted()) << mount->reason();
-       },
-       {name}},
-      {"a link to one",
-       [&] { moving("copy")(), std::filesystem::create_symlink("copy", in(name).path()); },
-       {name, "copy"}},
-      {"another name", moving("copy"), {"copy"}, "copy"},
-      {"nearly its name", moving(name + "0"), {name + "0"}, name + "0"},
-      {"taken items",
-       moving(".tidemar-taken-0123456789abcdef"),
-       {".tidemar-taken-0123456789abcdef"},
-       ".tidemar-taken-0123456789abcdef"},
+      {"true", true},
+      {"rm -r $L/0", true},
+      {"rm -r $L/0 $L/tidemar", true},
+      {"rm $L/tidemar"},
+      {"chmod 750 $L"},
+      {"chown 77:77 $L"},
+      {"touch $L/0/more"},
+      {"touch $L/more"},
+      {"mkdir $L/1; touch $L/1/more"},
+      {"mv $L copy; ln -s copy $L"},
+      {"mv $L copy", false, "copy"},
+      {"mv $L ${L}0", false, name + "0"},
+      {"mv $L .tidemar-taken-0123456789abcdef", false, ".tidemar-taken-0123456789abcdef"},
+  };
+  const auto here = [&](const std::string& command) {
+    return runCommand("cd '" + in("").path() + "'; L=" + name + "; " + command);
   };
   for (const auto& row : rows) {
-    SCOPED_TRACE(row.title);
+    SCOPED_TRACE(row.command);
     lay();
-    row.arrange();
+    here(row.command);
+    const std::string before = here("find . | sort");
     sweep(row.swept);
-    EXPECT_EQ(namesIn(in("")), row.left);
-    if (!row.left.empty() && mount == nullptr) {
-      EXPECT_TRUE(exists(in(*row.left.begin() + "/0/item/a/b/file")));
-    }
+    EXPECT_EQ(here("find . | sort"), row.goes ? ".\n" : before);
     EXPECT_TRUE(exists(directory.url("kept/precious")));
-    lock.close();
-    mount.reset();
-    for (const char* path : {"folder", "kept"})
-      std::filesystem::remove_all(directory.url(path).path());
+    here("rm -r ../kept ../folder");
   }
+  lay();
+  {
+    const BindMount mount(directory.url("kept"), in(name + "/0/item/a/b"));
+    ASSERT_TRUE(mount.isMounted()) << mount.reason();
+    sweep(name);
+  }
+  EXPECT_TRUE(exists(in(name + "/0/item/a/b/file")) && exists(directory.url("kept/precious")));
+  const FileDescriptor lock(open(in(name).path().c_str(), O_RDONLY | O_CLOEXEC));
+  ASSERT_EQ(flock(lock.get(), LOCK_EX), 0);
+  sweep(name);
+  EXPECT_TRUE(exists(in(name + "/0/item/a/b/file"))) << "in use";
 }
 
 TEST_F(LeftCopy, GoesWhateverItsModes) {

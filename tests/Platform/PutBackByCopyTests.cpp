@@ -94,36 +94,7 @@ TEST_F(PutBackByCopy, TakesNothingOutOfTheBinThatIsNotWholeInTheFolder) {
   const FileURL place = bin("files/item");
   const FileURL file = bin("files/item/inner/file");
   const FileURL folderInBin = drive(".Trash-" + user + "/files/folder");
-  FileDescriptor writer;
-  std::unique_ptr<BindMount> mount;
-
-  using Action = std::function<void()>;
-  const auto writing = [](const FileURL& url, const std::string& content) -> Action {
-    return [=] { writeFile(url, content); };
-  };
-  const auto copyOf = [&](const std::string& relative) {
-    for (const std::string& name : namesIn(folder(""))) {
-      if (name.starts_with(".tidemar-copy-")) return folder(name + "/0/item" + relative);
-    }
-    return FileURL();
-  };
-  const auto inCopy = [&](const char* relative, std::function<void(const FileURL&)> change) {
-    return [=] { change(copyOf(relative)); };
-  };
-  const auto inFileOfCopy = [&](const std::string& content, std::uintmax_t size) {
-    return inCopy("/inner/file", [=](const FileURL& url) {
-      writeFile(url, content);
-      std::filesystem::resize_file(url.path(), size);
-      setModificationTime(url, 1e9);
-    });
-  };
-  const Action binFolder = [&] {
-    std::filesystem::create_directories(folderInBin.deletingLastPathComponent().path());
-    move(folder(""), folderInBin);
-  };
-  const Action openForWriting = [&] {
-    writer = FileDescriptor(::open(file.path().c_str(), O_WRONLY | O_CLOEXEC));
-  };
+  enterOwnMountNamespace();
 
   // A step is told by the system call that begins it and the number of that.
   const std::pair<long, int> begin = {SYS_renameat2, 1};
@@ -132,76 +103,74 @@ TEST_F(PutBackByCopy, TakesNothingOutOfTheBinThatIsNotWholeInTheFolder) {
   const std::pair<long, int> placed = {SYS_fsync, 1};
   const std::pair<long, int> taken = {SYS_renameat2, 4};
   enum class Folder { empty, other, hasCopy };
+  const std::string write = "writes";
+  const std::string dated = "; touch -d @1000000000 $C/inner/file";
+  const std::string bin =
+      "mkdir -p $D/.Trash-" + user + "/files; mv $F $D/.Trash-" + user + "/files";
   const struct {
-    const char* title;
     int code;
     std::pair<long, int> step;
-    Action happens;
+    /// Of the shell: $O is the original, $C the copy, $F the folder, $D its drive.
+    std::string command;
     Folder then = Folder::empty;
   } rows[] = {
-      {"no room", EIO, begin, writing(file, std::string(2 << 20, 'x'))},
-      {"another mount in it", EXDEV, begin,
-       [&] { mount = std::make_unique<BindMount>(drive(""), bin("files/item/inner")); }},
-      {"a writer", ETXTBSY, begin, openForWriting},
-      {"another item in its place", ESTALE, begin,
-       [&] { erase(place), makeTree(bin("files"), "item/\n  inner/\n    file"); }},
-      {"the name is taken", EEXIST, begin, writing(folder("item"), "new"), Folder::other},
-      {"the name is taken late", EEXIST, placing, writing(folder("item"), "new"), Folder::other},
-      {"the original is written to", ESTALE, syncing, writing(file, "later")},
-      {"the original is written to and dated back", ESTALE, syncing,
-       [&] { writeFile(file, "later"), setModificationTime(file, 1e9); }},
-      {"the original gets an entry", ESTALE, syncing, writing(bin("files/item/more"), "")},
-      {"the original loses an entry", ESTALE, syncing, [&] { erase(file); }},
-      {"the original is replaced", ESTALE, syncing,
-       [&] { erase(place), makeTree(bin("files"), "item/"); }},
-      {"the copy has zeros", EIO, syncing, inFileOfCopy(std::string(5, '\0'), 5)},
-      {"the copy has a hole", EIO, syncing, inFileOfCopy("", 5)},
-      {"the copy is short", EIO, syncing, inFileOfCopy("xxxx", 4)},
-      {"the copy is long", EIO, syncing, inFileOfCopy("xxxxxx", 6)},
-      {"the copy of nothing has content", EIO, syncing,
-       inCopy("/none", [](auto& url) { writeFile(url, "x"); })},
-      {"the copy has another date", EIO, syncing,
-       inCopy("/inner", [](auto& url) { setModificationTime(url, 1e9); })},
-      {"the copy has another mode", EIO, syncing,
-       inCopy("/inner", [](auto& url) { chmod(url.path().c_str(), 0711); })},
-      {"the copy has a file for a FIFO", EIO, syncing,
-       inCopy("/pipe", [&](auto& url) { erase(url), writeFile(url, ""); })},
-      {"the copy has a link elsewhere", EIO, syncing,
-       inCopy("/link", [&](auto& url) { erase(url), makeTree(copyOf(""), "link -> nowherf"); })},
-      {"the copy lacks an entry", EIO, syncing, inCopy("/pipe", erase)},
-      {"the copy has one more", EIO, syncing,
-       inCopy("/inner/more", [](auto& url) { writeFile(url, ""); })},
-      {"the copy is replaced", ESTALE, placing,
-       inCopy("", [&](auto& url) { erase(url), writeFile(url, ""); }), Folder::other},
-      {"the folder goes to the Bin", ENOENT, syncing, binFolder},
-      {"the folder goes to the Bin late", ENOENT, placing, binFolder, Folder::hasCopy},
-      {"written to late", ESTALE, placed, writing(file, "later"), Folder::hasCopy},
-      {"a writer comes late", ETXTBSY, placed, openForWriting, Folder::hasCopy},
-      {"another is saved in its place", 0, taken, writing(place, "later"), Folder::hasCopy},
+      {EIO, begin, "truncate -s 2M $O/inner/file; fallocate -l 2M $O/inner/file"},  // No room.
+      {EXDEV, begin, "mount --bind $D $O/inner"},
+      {ETXTBSY, begin, write},
+      {ESTALE, begin, "rm -r $O; mkdir -p $O/inner; touch $O/inner/file"},
+      {EEXIST, begin, "touch $F/item", Folder::other},
+      {EEXIST, placing, "touch $F/item", Folder::other},
+      {ESTALE, syncing, "echo later > $O/inner/file"},
+      {ESTALE, syncing, "echo later > $O/inner/file; touch -d @1000000000 $O/inner/file"},
+      {ESTALE, syncing, "touch $O/more"},
+      {ESTALE, syncing, "rm $O/inner/file"},
+      {ESTALE, syncing, "rm -r $O; mkdir $O"},
+      {EIO, syncing, "printf '\\0\\0\\0\\0\\0' > $C/inner/file" + dated},
+      {EIO, syncing, "truncate -s 0 $C/inner/file; truncate -s 5 $C/inner/file" + dated},
+      {EIO, syncing, "truncate -s 4 $C/inner/file" + dated},
+      {EIO, syncing, "printf x >> $C/inner/file" + dated},
+      {EIO, syncing, "printf x > $C/none"},
+      {EIO, syncing, "touch -d @1000000000 $C/inner"},
+      {EIO, syncing, "chmod 711 $C/inner"},
+      {EIO, syncing, "rm $C/pipe; touch $C/pipe"},
+      {EIO, syncing, "ln -sfn nowherf $C/link"},
+      {EIO, syncing, "rm $C/pipe"},
+      {EIO, syncing, "touch $C/inner/more"},
+      {ESTALE, placing, "rm -r $C; touch $C", Folder::other},
+      {ENOENT, syncing, bin},
+      {ENOENT, placing, bin, Folder::hasCopy},
+      {ESTALE, placed, "echo later > $O/inner/file", Folder::hasCopy},
+      {ETXTBSY, placed, write, Folder::hasCopy},
+      {0, taken, "echo later > $O", Folder::hasCopy},
   };
   for (const auto& row : rows) {
-    SCOPED_TRACE(row.title);
+    SCOPED_TRACE(row.command + " before " + std::to_string(row.step.first));
     layItem("item/\n  inner/\n    file 5\n  none\n  pipe |\n  link -> nowhere");
     std::filesystem::create_directory(folder("").path());
     setModificationTime(file, 1e9);
+    FileDescriptor writer;
     std::string left;
     int code = 0;
     const auto act = [&](int call) {
       if (call != row.step.second) return;
-      row.happens();
+      if (row.command == write) {
+        writer = FileDescriptor(::open(file.path().c_str(), O_WRONLY | O_CLOEXEC));
+      } else {
+        runCommand("O='" + place.path() + "'; D='" + drive("").path() +
+                   "'; F=$D/folder; C=$(echo " + "$F/.tidemar-copy-*)/0/item; " + row.command);
+      }
       left = exists(file) ? readFile(file) : "nothing";
     };
     withActionBefore(row.step.first, act, [&] { code = putBack(place); });
     EXPECT_EQ(code, row.code);
     EXPECT_EQ(exists(file) ? readFile(file) : "nothing", left);
-    EXPECT_TRUE(exists(bin("info/item.trashinfo")));
+    EXPECT_TRUE(exists(FolderAndBin::bin("info/item.trashinfo")));
     const FileURL present = exists(folder("")) ? folder("") : folderInBin;
     EXPECT_EQ(namesIn(present).size(), row.then == Folder::empty ? 0U : 1U);
     if (row.then == Folder::hasCopy) {
       EXPECT_EQ(readFile(FileURL(present.path() + "/item/inner/file")), "xxxxx");
     }
-    writer.close();
-    mount.reset();
+    runCommand("umount '" + place.path() + "/inner' 2>&-; true");
     erase(place);
     erase(present);
   }

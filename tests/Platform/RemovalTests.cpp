@@ -106,8 +106,13 @@ TEST_F(Removal, TakesNoFolderThatIsNeverClearedWithAnItem) {
 
 TEST_F(Removal, AMountInsideAnItemKeepsItWholeAndWithoutADate) {
   makeTree(_elsewhere.url(), "precious");
+  makeTree(_directory.url(), "mounted");
   const BindMount mount(_elsewhere.url(), url("item/sub/deep"));
+  const BindMount file(_elsewhere.url("precious"), url("mounted"));
   if (!mount.isMounted()) GTEST_SKIP() << mount.reason();
+  for (const ListedEntry& entry : listDirectory(_directory.url()))
+    EXPECT_EQ(entry.values.addedToDirectoryDate.has_value(), entry.url != url("mounted"));
+  EXPECT_EQ(codeOfBothWays(url("mounted")), EXDEV);
   EXPECT_EQ(codeOfBothWays(url("item")), EXDEV);
   EXPECT_EQ(codeOfBothWays(url("item/sub/deep")), EXDEV);
   EXPECT_TRUE(exists(url("item/file")));
@@ -125,23 +130,13 @@ TEST_F(Removal, AMountInsideAnItemKeepsItWholeAndWithoutADate) {
   EXPECT_EQ(visitor.names, "item file sub ");
   EXPECT_EQ(visitor.failures, std::vector{EXDEV});
   const ResourceValues values = readResourceValues(url("item/sub/deep"));
+  EXPECT_EQ(values.isDirectory, true);
   EXPECT_EQ(values.addedToDirectoryDate, std::nullopt);
   EXPECT_EQ(values.contentModificationDate, std::nullopt);
 
   chmod(path("item/sub").c_str(), 0);
   EXPECT_EQ(codeOfBothWays(url("item")), EXDEV) << "in a part that can't be read";
   chmod(path("item/sub").c_str(), 0700);
-}
-
-TEST_F(Removal, AMountedFileIsNoOrdinaryFile) {
-  makeTree(_directory.url(), "mounted\nother 3");
-  const BindMount mount(url("other"), url("mounted"));
-  if (!mount.isMounted()) GTEST_SKIP() << mount.reason();
-  for (const ListedEntry& entry : listDirectory(_directory.url())) {
-    const bool isMountPoint = entry.url == url("mounted");
-    EXPECT_EQ(entry.values.addedToDirectoryDate.has_value(), !isMountPoint) << entry.url.path();
-  }
-  EXPECT_EQ(codeOfBothWays(url("mounted")), EXDEV);
 }
 
 TEST_F(Removal, ASubvolumeInsideAnItemKeepsItWholeAndWithoutADate) {

@@ -43,9 +43,8 @@ TestFileSystem::TestFileSystem(Type type, std::string options)
   try {
     enterOwnMountNamespace();
     if (_type != Type::tmpfs) {
-      const std::string image = _directory.path("image");
-      runCommand("truncate -s " + std::string(sizeOf(type)) + " " + image);
-      runCommand("mkfs." + std::string(nameOf(type)) + " " + makeOptions(type) + " " + image);
+      runCommand("truncate -s " + std::string(sizeOf(type)) + " " + image());
+      runCommand("mkfs." + std::string(nameOf(type)) + " " + makeOptions(type) + " " + image());
     }
     mount();
   } catch (const std::exception& error) {
@@ -64,17 +63,6 @@ void TestFileSystem::unmount() {
   _isMounted = false;
 }
 
-void TestFileSystem::changeUUID() {
-  const std::string image = _directory.path("image");
-  runCommand("e2fsck -f -p " + image + " && tune2fs -f -U random " + image);
-}
-
-void TestFileSystem::forgetEntryTypes() {
-  const std::string image = _directory.path("image");
-  // e2fsck answers 1 when it has put right what it found.
-  runCommand("tune2fs -O ^filetype " + image + "; e2fsck -f -y " + image + " || test $? = 1");
-}
-
 void TestFileSystem::mountElsewhere() {
   _mountPoint = _directory.url("elsewhere");
   mkdir(_mountPoint.path().c_str(), 0755);
@@ -82,7 +70,7 @@ void TestFileSystem::mountElsewhere() {
 }
 
 void TestFileSystem::mount() {
-  const std::string what = _type == Type::tmpfs ? "tmpfs" : _directory.path("image");
+  const std::string what = _type == Type::tmpfs ? "tmpfs" : image();
   std::string options = _type == Type::tmpfs ? "" : "loop";
   if (!_options.empty()) options += (options.empty() ? "" : ",") + _options;
   runCommand(std::string("mount -t ") + nameOf(_type) + (options.empty() ? "" : " -o " + options) +

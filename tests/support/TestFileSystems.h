@@ -40,11 +40,8 @@ class TestFileSystem {
   /// Brings it back. A tmpfs comes back as a new one.
   void mount();
 
-  /// Gives an ext4 drive that is taken away another UUID: as if it were a copy of the drive.
-  void changeUUID();
-
-  /// Makes an ext4 drive that is taken away one whose listings don't tell what an entry is.
-  void forgetEntryTypes();
+  /// The file that it lies in, to be changed while it is taken away.
+  std::string image() const { return _directory.path("image"); }
 
   /// Brings it back at another mount point, which is its `url` from then on.
   void mountElsewhere();
