@@ -1,5 +1,6 @@
 #include "Platform/Files/DiskFileManager.h"
 #include "TidemarKit/Engine/Engine.h"
+#include "TidemarKit/System.h"
 #include "support/Testing.h"
 
 namespace tidemar::testing {
@@ -56,7 +57,13 @@ TEST(RealDisk, ProtectedRootsAreTheHomeTheMountsAndWhatLinksLeadTo) {
   // The first one takes this process into mounts of its own, and an open table stays with the old.
   const TestFileSystem volume(TestFileSystem::Type::tmpfs);
   RealWorld world;
-  makeTree(world.home.url(), "Documents/\nDownloads/\nlink -> Documents");
+  makeTree(world.home.url(), R"(
+    Documents/
+      Old/
+    Downloads/
+    link -> linkToLink
+    linkToLink -> Documents
+    linkToHome -> .)");
   const auto isProtected = [&](const FileURL& url) {
     const Folder folder = world.engine.addFolder(url, Date{0});
     return world.engine.status(*folder.id, RealWorld::farFuture).isProtectedRoot;
@@ -65,6 +72,9 @@ TEST(RealDisk, ProtectedRootsAreTheHomeTheMountsAndWhatLinksLeadTo) {
   EXPECT_TRUE(isProtected(world.home.url("Documents")));
   EXPECT_TRUE(isProtected(world.home.url("link")));
   EXPECT_FALSE(isProtected(world.home.url("Downloads")));
+  EXPECT_FALSE(isProtected(world.home.url("Documents/Old")));
+  EXPECT_TRUE(System::isProtectedRoot(*world.disk.openFolder(world.home.url("Documents")),
+                                      world.home.url("linkToHome"), {}));
   if (!volume.isMounted()) GTEST_SKIP() << volume.reason();
   EXPECT_TRUE(isProtected(volume.url()));
 }

@@ -6,60 +6,11 @@
 #include "TidemarUI/State/FolderDetail.h"
 #include "TidemarUI/State/Labels.h"
 #include "TidemarUI/Views/AccessibleRoles.h"
-#include "TidemarUI/Views/MainView.h"
-#include "TidemarUI/Views/MenuBarView.h"
-#include "TidemarUI/Views/SettingsView.h"
-#include "TidemarUI/Views/SetupView.h"
 #include "TidemarUI/Views/Sidebar.h"
 #include "ViewSamples.h"
 
 namespace tidemar::testing {
 namespace {
-
-using Screen = std::unique_ptr<QWidget>;
-
-/// The main window with these folders, at the first one's page or at the overview.
-Screen mainWindow(const std::vector<MainFolder>& folders, bool isPage, QSize size = {820, 1000}) {
-  auto view = std::make_unique<MainView>(viewFormats(), "Bin");
-  view->setState(shared(sampleState(folders)));
-  if (!folders.empty())
-    view->setSelection(isPage ? MainSelection::folder(1) : MainSelection::overview());
-  present(*view, size);
-  return view;
-}
-
-Screen popover(const MenuBarState& state) {
-  auto view = std::make_unique<MenuBarView>();
-  view->setState(shared(MenuBarState()));
-  present(*view, view->sizeHint());
-  view->setState(shared(state));
-  present(*view, view->sizeHint());
-  return view;
-}
-
-MenuBarState fullState() {
-  MenuBarState state = sampleState({sampleFolder(1), sampleFolder(2)}).overview;
-  state.subheadline = "2 folders";
-  state.isFinderExtensionOff = true;
-  state.folders[0].place = "/home/ada";
-  state.forecast.push_back(sampleGroup("On restart", "Delete Permanently"));
-  state.forecast[0].left = "a: no.";
-  return state;
-}
-
-Screen settings(const SettingsState& state) {
-  auto view = std::make_unique<SettingsView>();
-  view->setState(state);
-  present(*view, {420, 400});
-  return view;
-}
-
-Screen setup(const SetupState& state) {
-  auto view = std::make_unique<SetupView>();
-  view->setState(state);
-  present(*view, {420, 500});
-  return view;
-}
 
 MainFolder lockedFolder() {
   MainFolder folder = sampleFolder(1);
@@ -261,21 +212,7 @@ std::vector<QWidget*> walk(const std::vector<QWidget*>& order, Qt::Key key) {
 }
 
 TEST_F(Screens, AreWalkedThroughInReadingOrderAndReallyMirrored) {
-  const struct {
-    const char* name;
-    std::function<Screen()> make;
-    bool hasArrows = false;
-  } rows[] = {
-      {"a page",
-       [] {
-         return mainWindow({sampleFolder(1), sampleFolder(2)}, true);
-       }},
-      {"the overview", [] { return mainWindow({sampleFolder(1)}, false); }},
-      {"the popover", [] { return popover(fullState()); }, true},
-      {"the settings", [] { return settings({.openAtLoginRequiresApproval = true}); }},
-      {"the setup", [] { return setup({}); }},
-  };
-  for (const auto& row : rows) {
+  for (const auto& row : screens()) {
     SCOPED_TRACE(row.name);
     std::vector<QRect> places;
     for (const auto direction : {Qt::LeftToRight, Qt::RightToLeft}) {
@@ -289,7 +226,7 @@ TEST_F(Screens, AreWalkedThroughInReadingOrderAndReallyMirrored) {
       std::rotate(back.begin(), back.begin() + 1, back.end());
       std::ranges::reverse(back);
       EXPECT_EQ(back, order);
-      if (row.hasArrows) {
+      if (dynamic_cast<MenuBarView*>(screen.get()) != nullptr) {
         EXPECT_EQ(walk(order, Qt::Key_Down), order);
       }
       for (std::size_t place = 0; place < order.size(); ++place) {
