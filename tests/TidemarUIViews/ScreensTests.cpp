@@ -6,6 +6,7 @@
 #include "TidemarUI/State/FolderDetail.h"
 #include "TidemarUI/State/Labels.h"
 #include "TidemarUI/Views/AccessibleRoles.h"
+#include "TidemarUI/Views/OverviewView.h"
 #include "TidemarUI/Views/Sidebar.h"
 #include "ViewSamples.h"
 
@@ -264,6 +265,38 @@ TEST_F(Screens, TheSidebarsRowsAreGoneToByKeysAndByAssistiveToolsPastTheTitle) {
   list->child(2)->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
   QApplication::processEvents();
   EXPECT_EQ(chosen, std::vector{std::optional(MainSelection::folder(1))});
+}
+
+TEST_F(Screens, WhatIsNoFolderShowsTheOverviewAndOnlyASelectedFolderIsRemoved) {
+  const Screen screen = mainWindow({sampleFolder(1), sampleFolder(2), sampleFolder(3)}, false);
+  auto& view = dynamic_cast<MainView&>(*screen);
+  auto* sidebar = child<Sidebar>(view);
+  std::vector<std::int64_t> removed;
+  view.onSelect = [](const auto&) { ADD_FAILURE() << "what the program selects wasn't chosen"; };
+  view.onRemoveFolder = [&](std::int64_t id) { removed.push_back(id); };
+  const auto showsOverview = [&] { return child<OverviewView>(view)->isVisible(); };
+  const struct {
+    std::optional<MainSelection> selection;
+    bool isOverview;
+    bool canRemove;
+  } rows[] = {{MainSelection::folder(2), false, true},
+              {std::nullopt, true, false},
+              {MainSelection::overview(), true, false},
+              {MainSelection::folder(9), true, true}};
+  for (const auto& row : rows) {
+    removed.clear();
+    view.setSelection(row.selection);
+    EXPECT_EQ(showsOverview(), row.isOverview);
+    child<QToolButton>(view, std::string(labels::removeFromTidemar))->click();
+    QTest::keyClick(sidebar, Qt::Key_Delete);
+    EXPECT_EQ(removed.size(), row.isOverview ? (row.canRemove ? 1U : 0U) : 2U);
+  }
+  view.setSelection(MainSelection::folder(2));
+  view.setState(shared(sampleState({sampleFolder(1), sampleFolder(3)})));
+  EXPECT_TRUE(showsOverview());
+  EXPECT_FALSE(sidebar->currentIndex().isValid()) << "no other is selected";
+  view.setState(shared(sampleState({})));
+  EXPECT_EQ(sidebar->model()->rowCount(), 1);
 }
 
 TEST_F(Screens, ASwitchAsksForTheOtherValue) {

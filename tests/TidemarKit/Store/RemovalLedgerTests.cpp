@@ -183,23 +183,18 @@ TEST(RemovalLedger, losesNoRowOfSeveralThreadsWhileOtherProgramsReadAndWrite) {
     const std::jthread reader = keepDoing("BEGIN; SELECT * FROM journalEntry; COMMIT");
     const std::jthread writer =
         keepDoing("BEGIN IMMEDIATE; UPDATE folder SET automatic = 1 - automatic; COMMIT");
-    {
-      std::vector<std::jthread> threads;
-      for (int thread = 0; thread < threadCount; ++thread) {
-        threads.emplace_back([&] {
-          for (int i = 0; i < rowsPerThread; ++i) {
-            EXPECT_EQ(databaseCodeOf([&] {
-                        world.ledger.prepare(world.row("x"));
-                        const JournalEntry row = world.ledger.record(world.row("x"));
-                        EXPECT_EQ(world.store.journalEntry(*row.id), row);
-                        world.store.change(world.folder.id, [&](Folder& folder) {
-                          folder.lastRunAt = folder.lastRunAt + 1;
-                        });
-                      }),
-                      std::nullopt);
-          }
-        });
+    const auto record = [&] {
+      for (int i = 0; i < rowsPerThread; ++i) {
+        world.ledger.prepare(world.row("x"));
+        const JournalEntry row = world.ledger.record(world.row("x"));
+        EXPECT_EQ(world.store.journalEntry(*row.id), row);
+        world.store.change(world.folder.id,
+                           [](Folder& folder) { folder.lastRunAt = folder.lastRunAt + 1; });
       }
+    };
+    {
+      const std::jthread threads[threadCount] = {std::jthread(record), std::jthread(record),
+                                                 std::jthread(record)};
     }
     isOver = true;
   }
