@@ -92,50 +92,33 @@ TEST_F(BackgroundCycle, AFolderThatIsRemovedMeanwhileIsNoFailure) {
 TEST_F(BackgroundCycle, NoFailureIsSilentOrTheLastCycle) {
   if (access("/run/systemd/journal/socket", W_OK) == 0)
     GTEST_SKIP() << "the log goes to this machine's journal and can't be read here";
-  using Change = std::function<void(ModelWorld&)>;
-  const auto store = [](const std::string& disposal) {
-    return [disposal](ModelWorld& world) {
-      runSQL(world.directory.path("data/Tidemar/tidemar.sqlite"),
-             "UPDATE folder SET disposal = '" + disposal + "'");
-    };
+  const auto store = [this](const char* disposal) {
+    runSQL(directory.path("data/Tidemar/tidemar.sqlite"),
+           std::string("UPDATE folder SET disposal = '") + disposal + "'");
   };
-  const auto throwBefore = [](const char* operation) {
-    return [operation](ModelWorld& world) { world.disk.before(operation, [] { throw 42; }); };
+  const auto throwBefore = [this](const char* operation) {
+    return [=, this] { disk.before(operation, [] { throw 42; }); };
   };
-  const Change nothing = [](ModelWorld&) {};
-  const struct {
-    const char* name;
-    Change spoil;
-    Change mend;
-    std::vector<const char*> lines;
-  } rows[] = {
-      {"a row that isn't understood",
-       store("burn"),
-       store("bin"),
+  // A row that isn't understood, and an exception of no known kind, while reading and in a run.
+  const std::pair<std::function<void()>, std::vector<const char*>> rows[] = {
+      {[&] { store("burn"); },
        {"Couldn't read the folders: ", "Run of folder 1 failed: Unknown disposal burn"}},
-      {"an exception of no known kind, while reading",
-       throwBefore("list /f"),
-       nothing,
-       {"Couldn't read folder 1: Something unexpected happened."}},
-      {"one in a run",
-       throwBefore("trash /f/old"),
-       nothing,
-       {"Run of folder 1 failed: Something unexpected happened."}},
+      {throwBefore("list /f"), {"Couldn't read folder 1: Something unexpected happened."}},
+      {throwBefore("trash /f/old"), {"Run of folder 1 failed: Something unexpected happened."}},
   };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.name);
-    ModelWorld world;
-    world.makeTemporary("/f", {"old" + old});
-    row.spoil(world);
+  makeTemporary("/f");
+  for (const auto& [spoil, lines] : rows) {
+    disk.draw("/f/old" + old);
+    spoil();
     ::testing::internal::CaptureStderr();
-    world.runCycle();
+    runCycle();
     const std::string log = ::testing::internal::GetCapturedStderr();
-    for (const char* line : row.lines)
+    for (const char* line : lines)
       EXPECT_NE(log.find(line), std::string::npos) << line << "\n" << log;
-    EXPECT_EQ(world.disk.names("/f"), "old");
-    row.mend(world);
-    world.runCycle();
-    EXPECT_EQ(world.disk.names("/f"), "");
+    EXPECT_EQ(disk.names("/f"), "old");
+    store("bin");
+    runCycle();
+    EXPECT_EQ(disk.names("/f"), "");
   }
 }
 

@@ -146,79 +146,79 @@ QMenu* openContextMenu(QWidget& view) {
   return child<QMenu>(*sidebar);
 }
 
-TEST(Destruction, APageMayGoInTheMidstOfAnythingAndCallsAClosureOnceAtMost) {
-  const struct {
-    const char* name;
-    std::function<void(MainView& view)> go;
-    bool calls;  // And the closure destroys the view.
-  } rows[] = {
-      {"a row's menu, to show", [](auto& view) { openContextMenu(view)->actions()[0]->trigger(); },
-       true},
-      {"a row's menu, to remove",
-       [](auto& view) {
-         QMenu* menu = openContextMenu(view);
-         menu->setActiveAction(menu->actions()[1]);
-         QTest::keyClick(menu, Qt::Key_Return);
-       },
-       true},
-      {"a row's menu is open", [](auto& view) { openContextMenu(view); }, false},
-      {"a number by Return", types(Qt::Key_Return), true},
-      {"a number by leaving it", types(Qt::Key_Tab), true},
-      {"a number by another page",
-       typesAnd([](auto& view) { view.setSelection(MainSelection::folder(2)); }), true},
-      {"a number whose folder goes",
-       typesAnd([](auto& view) { view.setState(shared(sampleState({}))); }), true},
-      {"a number whose folder is made plain", typesAnd([](auto& view) {
-         MainFolder plain = sampleFolder(1);
-         plain.isTemporary = false;
-         view.setState(shared(sampleState({plain})));
-       }),
-       true},
-      {"a number by closing", typesAnd([](auto& view) { view.close(); }), true},
-      {"a number is typed", types(Qt::Key_6), false},
-      {"a number is stepped", types(Qt::Key_Up), false},
-      {"the window was left", typesAnd([](auto&) { QApplication::setActiveWindow(nullptr); }),
-       false},
-      {"the menu of a number is open, and goes with it", typesAnd([](auto& view) {
-         auto* age = child<NumberFieldView>(view);
-         QTimer::singleShot(0, &view, [&view] { delete &view; });
-         QContextMenuEvent event(QContextMenuEvent::Keyboard, {}, age->mapToGlobal(QPoint()));
-         QApplication::sendEvent(age, &event);
-       }),
-       false},
-      {"the question is open", [](auto& view) { choose(view, 1); }, false},
-      {"deleting, confirmed", chooseAndConfirmDeleting, true},
-      {"deleting, confirmed, and another page",
-       [](auto& view) {
-         chooseAndConfirmDeleting(view);
-         view.setSelection(MainSelection::overview());
-       },
-       true},
-      {"going over to the Bin",
-       [](auto& view) {
-         TemporarySettings deleting;
-         deleting.disposal = Disposal::delete_;
-         view.setState(shared(sampleState({sampleFolder(1, deleting)})));
-         choose(view, 0);
-       },
-       true},
-  };
+/// What the user does on a page, whose every closure destroys it.
+using Ways = std::vector<std::pair<const char*, std::function<void(MainView& view)>>>;
+
+/// Goes each way on a page of its own, which goes at once or only by the closure, if one is called.
+void expectCalls(int calls, const Ways& ways) {
   for (const bool goesAtOnce : {false, true}) {
-    for (const auto& row : rows) {
-      SCOPED_TRACE(row.name);
-      Calls calls;
+    for (const auto& [name, go] : ways) {
+      SCOPED_TRACE(name);
+      Calls called;
       const QPointer view = dynamic_cast<MainView*>(screens().front().make().release());
-      letEachClosureDestroy(*view, calls);
-      row.go(*view);
-      if (row.calls && !goesAtOnce) {
+      letEachClosureDestroy(*view, called);
+      go(*view);
+      if (calls > 0 && !goesAtOnce) {
         EXPECT_TRUE(QTest::qWaitFor([&] { return view.isNull(); }));
       }
       delete view;
       QApplication::processEvents();
-      const int called = std::accumulate(calls.begin(), calls.end(), 0);
-      EXPECT_TRUE(called == (row.calls ? 1 : 0) || (goesAtOnce && called == 0));
+      const int count = std::accumulate(called.begin(), called.end(), 0);
+      EXPECT_TRUE(count == calls || (goesAtOnce && count == 0)) << count;
     }
   }
+}
+
+TEST(Destruction, APageMayGoByWhatEndsAnEdit) {
+  const auto showPlain = [](MainView& view) {
+    MainFolder plain = sampleFolder(1);
+    plain.isTemporary = false;
+    view.setState(shared(sampleState({plain})));
+  };
+  expectCalls(1, {{"a row's menu, to show",
+                   [](auto& view) { openContextMenu(view)->actions()[0]->trigger(); }},
+                  {"a row's menu, to remove",
+                   [](auto& view) {
+                     QMenu* menu = openContextMenu(view);
+                     menu->setActiveAction(menu->actions()[1]);
+                     QTest::keyClick(menu, Qt::Key_Return);
+                   }},
+                  {"a number by Return", types(Qt::Key_Return)},
+                  {"a number by leaving it", types(Qt::Key_Tab)},
+                  {"a number by another page",
+                   typesAnd([](auto& view) { view.setSelection(MainSelection::folder(2)); })},
+                  {"a number whose folder goes",
+                   typesAnd([](auto& view) { view.setState(shared(sampleState({}))); })},
+                  {"a number whose folder is made plain", typesAnd(showPlain)},
+                  {"a number by closing", typesAnd([](auto& view) { view.close(); })},
+                  {"deleting, confirmed", chooseAndConfirmDeleting},
+                  {"deleting, confirmed, and another page",
+                   [](auto& view) {
+                     chooseAndConfirmDeleting(view);
+                     view.setSelection(MainSelection::overview());
+                   }},
+                  {"going over to the Bin", [](auto& view) {
+                     TemporarySettings deleting;
+                     deleting.disposal = Disposal::delete_;
+                     view.setState(shared(sampleState({sampleFolder(1, deleting)})));
+                     choose(view, 0);
+                   }}});
+}
+
+TEST(Destruction, APageThatGoesInTheMidstOfAnythingCallsNoClosure) {
+  const auto openMenuAndGo = [](MainView& view) {
+    auto* age = child<NumberFieldView>(view);
+    QTimer::singleShot(0, &view, [&view] { delete &view; });
+    QContextMenuEvent event(QContextMenuEvent::Keyboard, {}, age->mapToGlobal(QPoint()));
+    QApplication::sendEvent(age, &event);
+  };
+  expectCalls(
+      0, {{"a row's menu is open", [](auto& view) { openContextMenu(view); }},
+          {"a number is typed", types(Qt::Key_6)},
+          {"a number is stepped", types(Qt::Key_Up)},
+          {"the window was left", typesAnd([](auto&) { QApplication::setActiveWindow(nullptr); })},
+          {"the menu of a number is open, and goes with it", typesAnd(openMenuAndGo)},
+          {"the question is open", [](auto& view) { choose(view, 1); }}});
 }
 
 }  // namespace

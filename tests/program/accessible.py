@@ -24,12 +24,11 @@ def start(session):
     session.wait_for(lambda: Atspi.init() in (0, 1), "the accessibility bus is there")
 
 
-def look(role, name, *states, lacking=()):
+def look(role, name, *states):
     """What has such a role, begins with this name, is on the screen now and has these states, if there is any."""
     for node in descendants(Atspi.get_desktop(0)):
         if role in node.get_role_name() and node.get_name().startswith(name):
-            has = node.get_state_set().contains
-            if all(map(has, (Atspi.StateType.SHOWING, *states))) and not any(map(has, lacking)):
+            if all(map(node.get_state_set().contains, (Atspi.StateType.SHOWING, *states))):
                 return node
     return None
 
@@ -44,5 +43,5 @@ def wait_for(session, question, what):
     return session.wait_for(careful, what, 20)
 
 
-def find(session, role, name, *states, lacking=()):
-    return wait_for(session, lambda: look(role, name, *states, lacking=lacking), f"there is a {role} “{name}”")
+def find(session, role, name, *states):
+    return wait_for(session, lambda: look(role, name, *states), f"there is a {role} “{name}”")
