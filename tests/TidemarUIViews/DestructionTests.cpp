@@ -51,14 +51,6 @@ void letEachClosureDestroy(QWidget& screen, Calls& calls) {
             view->onOpenLoginItemsSettings, view->onRequestNotifications);
 }
 
-std::vector<QWidget*> controlsOf(const QWidget& view) {
-  std::vector<QWidget*> controls = childrenOf<QWidget>(view);
-  std::erase_if(controls, [](const QWidget* widget) {
-    return !(widget->focusPolicy() & Qt::TabFocus) || !widget->isEnabled() || !widget->isVisible();
-  });
-  return controls;
-}
-
 void pressAsAnAssistiveToolDoes(QWidget* control) {
   QAccessibleActionInterface* actions =
       QAccessible::queryAccessibleInterface(control)->actionInterface();

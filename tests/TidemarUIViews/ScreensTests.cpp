@@ -190,17 +190,6 @@ button Allow Notifications
     EXPECT_EQ(row.told, row.expected) << row.name;
 }
 
-/// The widgets that take the focus, in the order in which assistive tools read them.
-void collect(const QAccessibleInterface& node, std::vector<QWidget*>& found) {
-  auto* widget = qobject_cast<QWidget*>(node.object());
-  if (node.state().invisible) return;
-  if (widget != nullptr && (widget->focusPolicy() & Qt::TabFocus) && widget->isEnabled() &&
-      widget->focusProxy() == nullptr)
-    found.push_back(widget);
-  for (int place = 0; place < node.childCount(); ++place)
-    collect(*node.child(place), found);
-}
-
 /// Where the focus goes by a key, from the first of these on, in so many steps.
 std::vector<QWidget*> walk(const std::vector<QWidget*>& order, Qt::Key key) {
   std::vector<QWidget*> way;
@@ -219,8 +208,7 @@ TEST_F(Screens, AreWalkedThroughInReadingOrderAndReallyMirrored) {
     for (const auto direction : {Qt::LeftToRight, Qt::RightToLeft}) {
       QApplication::setLayoutDirection(direction);
       const Screen screen = row.make();
-      std::vector<QWidget*> order;
-      collect(*QAccessible::queryAccessibleInterface(screen.get()), order);
+      const std::vector<QWidget*> order = controlsOf(*screen);
       ASSERT_GT(order.size(), 2U);
       EXPECT_EQ(walk(order, Qt::Key_Tab), order);
       std::vector<QWidget*> back = walk(order, Qt::Key_Backtab);

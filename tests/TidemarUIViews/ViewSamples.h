@@ -178,6 +178,23 @@ inline std::string told(QWidget& screen) {
   return lines;
 }
 
+/// The widgets that take the focus, in the order in which assistive tools read them.
+inline void collect(const QAccessibleInterface& node, std::vector<QWidget*>& found) {
+  auto* widget = qobject_cast<QWidget*>(node.object());
+  if (node.state().invisible) return;
+  if (widget != nullptr && (widget->focusPolicy() & Qt::TabFocus) && widget->isEnabled() &&
+      widget->focusProxy() == nullptr)
+    found.push_back(widget);
+  for (int place = 0; place < node.childCount(); ++place)
+    collect(*node.child(place), found);
+}
+
+inline std::vector<QWidget*> controlsOf(QWidget& screen) {
+  std::vector<QWidget*> controls;
+  collect(*QAccessible::queryAccessibleInterface(&screen), controls);
+  return controls;
+}
+
 /// What a screen reader calls a widget.
 inline std::string spokenName(QWidget& widget) {
   QAccessibleInterface* interface = QAccessible::queryAccessibleInterface(&widget);
