@@ -39,28 +39,23 @@ class PutBack : public ::testing::Test, public EngineWorld {
   JournalEntry entry;
 };
 
-TEST_F(PutBack, bringsTheItemHomeUnderItsOwnNameOnce) {
-  undo();
-  EXPECT_EQ(files.changes(), Lines{"move /home/ada/Trash/a.2 to /f/a"});
-  JournalEntry expected = entry;
-  expected.undoneAt = now;
-  EXPECT_EQ(storedEntry(), expected);
-  EXPECT_EQ(row(folder), folder) << "a put-back is no run";
-  EXPECT_EQ(failure(), Failure::Case(Failure::AlreadyUndone{}));
-
-  engine.forget(folder);
-  EXPECT_EQ(failure(), Failure::Case(Failure::JournalEntryNotFound{*entry.id}));
-}
-
-TEST_F(PutBack, followsAFolderThatMovedAndKeepsANameThatIsNotUTF8) {
+TEST_F(PutBack, bringsTheItemHomeUnderItsOwnNameOnceWhereverItsFolderIs) {
   files.rename("/f", "/new/place");
   files.rename("/home/ada/Trash/a.2", "/home/ada/Trash/\xff");
   entry.name = "\xfe ..";
   entry.binnedPath = "/home/ada/Trash/\xff";
   store(entry);
   undo();
-  EXPECT_TRUE(files.exists("/new/place/\xfe .."));
+  EXPECT_EQ(files.changes(), Lines{"move /home/ada/Trash/\xff to /new/place/\xfe .."});
+  JournalEntry expected = entry;
+  expected.undoneAt = now;
+  EXPECT_EQ(storedEntry(), expected);
   EXPECT_EQ(row(folder).path, "/new/place");
+  EXPECT_EQ(row(folder).lastRunAt, folder.lastRunAt) << "a put-back is no run";
+  EXPECT_EQ(failure(), Failure::Case(Failure::AlreadyUndone{}));
+
+  engine.forget(folder);
+  EXPECT_EQ(failure(), Failure::Case(Failure::JournalEntryNotFound{*entry.id}));
 }
 
 TEST_F(PutBack, looksAtNoDiskForAnEntryThatCannotComeBack) {
