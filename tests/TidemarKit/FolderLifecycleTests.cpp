@@ -26,7 +26,9 @@ TEST_F(FolderLifecycle, anAddedFolderIsKnownOnceByWhateverPathAndNothingElseHapp
   engine.store().update(folder);
   for (const char* path : {"/f", "/link", "/f/"})
     EXPECT_EQ(engine.addFolder(FileURL(path), now), folder) << path;
+  files.operations().clear();
   EXPECT_NE(engine.addFolder(FileURL("/g"), now).id, folder.id);
+  EXPECT_EQ(std::ranges::count(files.operations(), "resolve"), 0) << "no other disk is asked";
   EXPECT_EQ(engine.store().folders().size(), 2U);
   EXPECT_EQ(files.changes(), Lines{});
 }

@@ -111,6 +111,16 @@ TEST(StoreFile, aFileOrDirectoryThatCannotBeWrittenIsRefusedAtOnce) {
   });
 }
 
+TEST(StoreFile, theSystemsReasonIsToldOfARefusedFileOperationAlone) {
+  const TemporaryDirectory directory;
+  Store store(directory.path("tidemar.sqlite"));
+  const auto insert = [&] { store.insert(JournalEntry()); };
+  makeTree(directory.url(), "tidemar.sqlite-journal/");
+  EXPECT_TRUE(std::string(databaseErrorOf(insert).what()).ends_with(" (Is a directory)."));
+  rmdir(directory.path("tidemar.sqlite-journal").c_str());
+  EXPECT_TRUE(std::string(databaseErrorOf(insert).what()).ends_with("constraint failed."));
+}
+
 TEST(StoreFile, aLockOfAnotherProgramIsWaitedForAsLongAsTheStoreHasPatience) {
   const TemporaryDirectory directory;
   const std::string path = directory.path("tidemar.sqlite");
@@ -119,13 +129,9 @@ TEST(StoreFile, aLockOfAnotherProgramIsWaitedForAsLongAsTheStoreHasPatience) {
   OtherProgram other(path);
   other.run("BEGIN EXCLUSIVE");
   const auto begin = std::chrono::steady_clock::now();
-  try {
-    store.insert(Folder());
-    ADD_FAILURE() << "wrote past a lock";
-  } catch (const DatabaseError& error) {
-    EXPECT_EQ(error.code(), SQLITE_BUSY);
-    EXPECT_EQ(error.what(), "Couldn't write to the database “" + path + "”: database is locked.");
-  }
+  const DatabaseError error = databaseErrorOf([&] { store.insert(Folder()); });
+  EXPECT_EQ(error.code(), SQLITE_BUSY);
+  EXPECT_EQ(error.what(), "Couldn't write to the database “" + path + "”: database is locked.");
   EXPECT_GE(std::chrono::steady_clock::now() - begin, patience);
   EXPECT_THROW(store.folders(), DatabaseError);
   other.run("COMMIT");

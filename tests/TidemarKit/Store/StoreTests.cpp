@@ -140,13 +140,9 @@ TEST(Store, writesThatDoNotFitLeaveNothing) {
   Folder folder = store.insert(folderAt("/a"));
   JournalEntry entry = entryOf(folder, "x");
   entry.folderID = 99;
-  try {
-    store.insert(entry);
-    ADD_FAILURE() << "an entry without a folder was taken";
-  } catch (const DatabaseError& error) {
-    EXPECT_EQ(error.code(), SQLITE_CONSTRAINT_FOREIGNKEY);
-    EXPECT_STREQ(error.what(), "Couldn't write to the database: FOREIGN KEY constraint failed.");
-  }
+  const DatabaseError error = databaseErrorOf([&] { store.insert(entry); });
+  EXPECT_EQ(error.code(), SQLITE_CONSTRAINT_FOREIGNKEY);
+  EXPECT_STREQ(error.what(), "Couldn't write to the database: FOREIGN KEY constraint failed.");
   EXPECT_THROW(store.insert(folder), DatabaseError) << "its id is taken";
   EXPECT_THROW(store.insert(folderAt("/far", 1e15)), DatabaseError);
   EXPECT_EQ(store.folders().size(), 1U);
@@ -195,13 +191,10 @@ TEST_F(StoreOnFile, aRowThatIsNotUnderstoodFailsTheWholeFetch) {
     const std::string table = row.table;
     run("CREATE TABLE kept AS SELECT * FROM " + table);
     run("UPDATE " + table + " SET " + row.change + " WHERE id = 1");
-    try {
-      table == "folder" ? void(store.folders()) : void(store.journalSince(Date{0}));
-      ADD_FAILURE() << row.change;
-    } catch (const DatabaseError& error) {
-      EXPECT_EQ(error.what(), row.message) << row.change;
-      EXPECT_TRUE(error.code() == SQLITE_ERROR || error.code() == SQLITE_MISMATCH) << row.change;
-    }
+    const DatabaseError error = databaseErrorOf(
+        [&] { table == "folder" ? void(store.folders()) : void(store.journalSince(Date{0})); });
+    EXPECT_EQ(error.what(), row.message) << row.change;
+    EXPECT_TRUE(error.code() == SQLITE_ERROR || error.code() == SQLITE_MISMATCH) << row.change;
     run("DELETE FROM " + table + "; INSERT INTO " + table + " SELECT * FROM kept; DROP TABLE kept");
   }
   EXPECT_EQ(store.folders().size(), 2U);
