@@ -133,4 +133,9 @@ class ModelWorld {
   std::unique_ptr<AppModel> model;
 };
 
+/// For suites of tests that each begin with such a world.
+class ModelTest : public ::testing::Test, public ModelWorld {};
+
+using QCoro::waitFor;
+
 }  // namespace tidemar::testing

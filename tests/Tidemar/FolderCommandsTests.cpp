@@ -6,174 +6,141 @@ namespace {
 
 using Lines = std::vector<std::string>;
 
+using FolderCommands = ModelTest;
+using FinderIntegration = ModelTest;
+
 const std::string old = ModelWorld::aged(91);
 
-TEST(FolderCommands, EachFailureIsToldInItsOwnWords) {
-  ModelWorld world;
-  EXPECT_FALSE(QCoro::waitFor(world.model->addFolder(FileURL("/missing"))));
-  world.makeTemporary("/f");
-  const Folder folder = world.model->reports().at(0).folder;
-  world.disk.erase("/f");
-  QCoro::waitFor(world.model->setTemporary(folder, true));
-  QCoro::waitFor(world.model->setTemporary(folder, false));
-  QCoro::waitFor(world.model->changeSettings(99, {}, {}));
+TEST_F(FolderCommands, EachFailureIsToldInItsOwnWords) {
+  EXPECT_FALSE(waitFor(model->addFolder(FileURL("/missing"))));
+  makeTemporary("/f");
+  const Folder folder = model->reports().at(0).folder;
+  disk.erase("/f");
+  waitFor(model->setTemporary(folder, true));
+  waitFor(model->setTemporary(folder, false));
+  waitFor(model->changeSettings(99, {}, {}));
   Folder unknown = folder;
   unknown.id = std::nullopt;
-  QCoro::waitFor(world.model->removeFolder(unknown));
+  waitFor(model->removeFolder(unknown));
   // Not even what nobody expected is silent.
-  world.disk.draw("/odd/");
-  world.disk.before("canonical /odd", [] { throw 42; });
-  EXPECT_FALSE(QCoro::waitFor(world.model->addFolder(FileURL("/odd"))));
+  disk.draw("/odd/");
+  disk.before("canonical /odd", [] { throw 42; });
+  EXPECT_FALSE(waitFor(model->addFolder(FileURL("/odd"))));
 
   Lines titles;
-  for (const std::string& told : world.alerts.told)
+  for (const std::string& told : alerts.told)
     titles.push_back(told.substr(0, told.find('\n')));
   EXPECT_EQ(titles,
             (Lines{"Couldn't add missing", "Couldn't make f Temporary",
                    "Couldn't make the folder plain again", "Couldn't save the folder's settings",
                    "Couldn't remove f", "Couldn't add odd"}));
-  EXPECT_TRUE(world.alerts.told.back().ends_with("\nSomething unexpected happened."));
+  EXPECT_TRUE(alerts.told.back().ends_with("\nSomething unexpected happened."));
 
-  QCoro::waitFor(world.model->removeFolder(folder));
-  EXPECT_EQ(world.alerts.told.size(), titles.size())
+  waitFor(model->removeFolder(folder));
+  EXPECT_EQ(alerts.told.size(), titles.size())
       << "a folder that is gone can be forgotten without a word";
-  EXPECT_TRUE(world.model->reports().empty());
+  EXPECT_TRUE(model->reports().empty());
 }
 
-TEST(FolderCommands, NewSettingsKeepWhatARunWroteMeanwhile) {
-  ModelWorld world;
-  world.makeTemporary("/f");
-  const Folder asShown = world.model->reports().at(0).folder;
-  world.now = ModelWorld::start + 100;
-  world.runCycle();
-  TemporarySettings settings;
-  settings.maxAgeDays = 7;
-  QCoro::waitFor(world.model->changeSettings(*asShown.id, asShown.settings, settings));
-  EXPECT_EQ(world.model->reports().at(0).folder.settings, settings);
-  EXPECT_EQ(world.model->reports().at(0).folder.lastRunAt, Date{ModelWorld::start + 100});
-}
-
-TEST(FolderCommands, NewRulesAreShownBeforeTheirFoldersDiskIsAsked) {
-  ModelWorld world;
-  world.makeTemporary("/f", {"a" + ModelWorld::aged(10)});
+TEST_F(FolderCommands, NewRulesAreShownBeforeTheirFoldersDiskIsAsked) {
+  makeTemporary("/f", {"a" + aged(10)});
   std::vector<FolderReport> shown;
-  world.disk.before("list /f", [&] { shown = world.model->reports(); });
+  disk.before("list /f", [&] { shown = model->reports(); });
   TemporarySettings settings;
   settings.maxAgeDays = 7;
-  QCoro::waitFor(
-      world.model->changeSettings(*world.model->reports().at(0).folder.id, {}, settings));
+  waitFor(model->changeSettings(*model->reports().at(0).folder.id, {}, settings));
   ASSERT_EQ(shown.size(), 1U);
   EXPECT_EQ(shown[0].folder.settings, settings);
   EXPECT_EQ(shown[0].status->dueNow.size(), 1U);
-  EXPECT_EQ(shown, world.model->reports());
+  EXPECT_EQ(shown, model->reports());
 }
 
-TEST(FolderCommands, OnlyTheFirstTemporaryFolderAsksForPermission) {
-  ModelWorld world;
-  world.makeTemporary("/a");
-  world.makeTemporary("/b");
-  EXPECT_EQ(world.notifications.requests, 1);
-  QCoro::waitFor(world.model->setTemporary(world.model->reports().at(1).folder, false));
-  QCoro::waitFor(world.model->setTemporary(world.model->reports().at(0).folder, true));
-  EXPECT_EQ(world.notifications.requests, 2) << "the count is back at one";
+TEST_F(FolderCommands, OnlyTheFirstTemporaryFolderAsksForPermission) {
+  makeTemporary("/a");
+  makeTemporary("/b");
+  EXPECT_EQ(notifications.requests, 1);
+  waitFor(model->setTemporary(model->reports().at(1).folder, false));
+  waitFor(model->setTemporary(model->reports().at(0).folder, true));
+  EXPECT_EQ(notifications.requests, 2) << "the count is back at one";
 }
 
-TEST(FolderCommands, NothingThatCouldBeCutOffBeginsAfterTheStop) {
-  ModelWorld world;
-  world.makeTemporary("/f", {"a" + old});
-  world.runCycle();
-  world.disk.draw("/g/");
-  const auto plain = QCoro::waitFor(world.model->addFolder(FileURL("/g")));
-  world.model->stopClearing();
-  QCoro::waitFor(world.model->putBack({1}));
-  QCoro::waitFor(world.model->setTemporary(plain.value(), true));
-  EXPECT_EQ(world.disk.names("/f"), "");
-  EXPECT_EQ(world.disk.tags("/g"), Lines{});
+TEST_F(FolderCommands, NothingThatCouldBeCutOffBeginsAfterTheStop) {
+  makeTemporary("/f", {"a" + old});
+  runCycle();
+  disk.draw("/g/");
+  const auto plain = waitFor(model->addFolder(FileURL("/g")));
+  model->stopClearing();
+  waitFor(model->putBack({1}));
+  waitFor(model->setTemporary(plain.value(), true));
+  EXPECT_EQ(disk.names("/f"), "");
+  EXPECT_EQ(disk.tags("/g"), Lines{});
 }
 
-TEST(PutBack, FailuresAreToldOnceInOneAlertAndStopNothing) {
-  ModelWorld world;
-  world.makeTemporary("/f", {"a" + old, "b" + old, "c" + old, "d" + old});
-  world.runCycle();
-  ASSERT_EQ(world.removedNames(), "a b c d");
-  world.disk.draw("/f/b");
-  world.disk.erase(std::string(FakeFileManager::binPath) + "/a");
-  world.disk.erase(std::string(FakeFileManager::binPath) + "/c");
+TEST_F(FolderCommands, WhatCannotBePutBackIsToldInOneAlertAndASecondPressFailsAtNothing) {
+  makeTemporary("/f", {"a" + old, "b" + old, "c" + old, "d" + old});
+  runCycle();
+  ASSERT_EQ(removedNames(), "a b c d");
+  disk.draw("/f/b");
+  disk.erase(std::string(FakeFileManager::binPath) + "/a");
+  disk.erase(std::string(FakeFileManager::binPath) + "/c");
+  disk.operations().clear();
 
-  QCoro::waitFor(world.model->putBack({1, 2, 3, 4}));
-  QCoro::waitFor(world.model->putBack({}));
-  EXPECT_EQ(world.alerts.told,
+  auto first = model->putBack({1, 2, 3, 4});
+  waitFor(model->putBack({4}));
+  waitFor(std::move(first));
+  waitFor(model->putBack({4}));
+  waitFor(model->putBack({}));
+  EXPECT_EQ(alerts.told,
             Lines{"Some items couldn't be put back\n"
                   "An item is no longer in the Bin.\n"
                   "Something new is already called b in f, so it was left in the Bin."});
-  EXPECT_EQ(world.disk.names("/f"), "b d");
+  EXPECT_EQ(disk.names("/f"), "b d");
+  EXPECT_EQ(disk.changes().size(), 1U);
+
+  disk.erase("/f/b");
+  waitFor(model->putBack({2}));
+  EXPECT_EQ(disk.names("/f"), "d b") << "what failed can be tried again";
+  EXPECT_EQ(alerts.told.size(), 1U);
 }
 
-TEST(PutBack, ASecondPressPutsBackOnceAndFailsAtNothing) {
-  ModelWorld world;
-  world.makeTemporary("/f", {"a" + old});
-  world.runCycle();
-  world.disk.operations().clear();
-  auto first = world.model->putBack({1});
-  QCoro::waitFor(world.model->putBack({1}));
-  QCoro::waitFor(std::move(first));
-  QCoro::waitFor(world.model->putBack({1}));
-  EXPECT_EQ(world.disk.names("/f"), "a");
-  EXPECT_EQ(world.disk.changes().size(), 1U);
-  EXPECT_EQ(world.alerts.told, Lines{});
-
-  // One that failed can be tried again.
-  world.now = world.now + 91 * secondsPerDay;
-  world.runCycle();
-  world.disk.draw("/f/a");
-  QCoro::waitFor(world.model->putBack({2}));
-  EXPECT_EQ(world.alerts.told.size(), 1U);
-  world.disk.erase("/f/a");
-  QCoro::waitFor(world.model->putBack({2}));
-  EXPECT_EQ(world.disk.names("/f"), "a");
-  EXPECT_EQ(world.alerts.told.size(), 1U);
-}
-
-TEST(FinderIntegration, TheListOfTemporaryFoldersIsWrittenOnlyWhenItChanges) {
-  ModelWorld world;
-  const FileURL file = world.directory.url("shared.json");
-  const auto listed = [&] { return world.sharedDefaults.stringArray("temporaryFolderPaths"); };
-  QCoro::waitFor(world.model->refreshReports());
+TEST_F(FinderIntegration, TheListOfTemporaryFoldersIsWrittenOnlyWhenItChanges) {
+  const FileURL file = directory.url("shared.json");
+  const auto listed = [&] { return sharedDefaults.stringArray("temporaryFolderPaths"); };
+  waitFor(model->refreshReports());
   EXPECT_EQ(listed(), Lines{}) << "an empty list, not a missing key";
 
-  world.makeTemporary("/a");
-  world.makeTemporary("/b");
+  makeTemporary("/a");
+  makeTemporary("/b");
   EXPECT_EQ(listed(), (Lines{"/a", "/b"}));
   std::filesystem::remove(file.path());
-  world.sharedDefaults.setStringArray("temporaryFolderPaths", Lines{"/a", "/b"});
+  sharedDefaults.setStringArray("temporaryFolderPaths", Lines{"/a", "/b"});
   const auto written = std::filesystem::last_write_time(file.path());
-  QCoro::waitFor(world.model->refreshReports());
+  waitFor(model->refreshReports());
   EXPECT_EQ(std::filesystem::last_write_time(file.path()), written);
 
-  QCoro::waitFor(world.model->setTemporary(world.model->reports().at(0).folder, false));
+  waitFor(model->setTemporary(model->reports().at(0).folder, false));
   EXPECT_EQ(listed(), Lines{"/b"});
-  world.disk.fail("list /b", EIO);
-  QCoro::waitFor(world.model->refreshReports());
+  disk.fail("list /b", EIO);
+  waitFor(model->refreshReports());
   EXPECT_EQ(listed(), Lines{}) << "one that can't be read drops out";
 }
 
-TEST(FinderIntegration, ALinkMakesAFolderTemporaryOnceAndForAll) {
-  ModelWorld world;
-  world.disk.draw("/home/ada/My-Folder/");
-  world.disk.tags("/home/ada/My-Folder") = {"Work", "Red"};
+TEST_F(FinderIntegration, ALinkMakesAFolderTemporaryOnceAndForAll) {
+  disk.draw("/home/ada/My-Folder/");
+  disk.tags("/home/ada/My-Folder") = {"Work", "Red"};
   const char* link = "tidemar://folder?path=/home/ada/My%2DFolder";
-  EXPECT_EQ(QCoro::waitFor(world.model->followLink(link)), FileURL("/home/ada/My-Folder"));
-  EXPECT_EQ(world.disk.tags("/home/ada/My-Folder"), (Lines{"Work", "Red", "Tidemar: Temporary"}));
+  EXPECT_EQ(waitFor(model->followLink(link)), FileURL("/home/ada/My-Folder"));
+  EXPECT_EQ(disk.tags("/home/ada/My-Folder"), (Lines{"Work", "Red", "Tidemar: Temporary"}));
 
-  world.disk.operations().clear();
-  EXPECT_TRUE(QCoro::waitFor(world.model->followLink(link)));
-  EXPECT_EQ(world.disk.changes(), Lines{}) << "a Temporary folder is only shown";
-  EXPECT_FALSE(QCoro::waitFor(world.model->followLink("tidemar://elsewhere?path=/home/ada")));
-  EXPECT_EQ(world.model->reports().size(), 1U);
-  EXPECT_TRUE(world.alerts.told.empty());
+  disk.operations().clear();
+  EXPECT_TRUE(waitFor(model->followLink(link)));
+  EXPECT_EQ(disk.changes(), Lines{}) << "a Temporary folder is only shown";
+  EXPECT_FALSE(waitFor(model->followLink("tidemar://elsewhere?path=/home/ada")));
+  EXPECT_EQ(model->reports().size(), 1U);
+  EXPECT_TRUE(alerts.told.empty());
 }
 
-TEST(FinderIntegration, LinksAreReadExactly) {
+TEST(FolderLink, IsReadExactly) {
   const std::string tooLong = "tidemar://folder?path=/" + std::string(64 * 1024, 'a');
   const struct {
     const char* name;
@@ -205,19 +172,18 @@ TEST(FinderIntegration, LinksAreReadExactly) {
   }
 }
 
-TEST(LoginItem, AFailureIsToldAndTheStateIsWhatTheSystemSays) {
-  ModelWorld world;
-  world.loginItem.becomes = LoginItem::Status::requiresApproval;
-  world.model->setOpensAtLogin(true);
-  EXPECT_TRUE(world.alerts.told.empty());
-  EXPECT_TRUE(world.model->loginItemNeedsApproval());
-  world.model->setOpensAtLogin(false);
-  EXPECT_FALSE(world.model->loginItemNeedsApproval());
+TEST_F(FolderCommands, AFailureOfTheLoginItemIsToldAndTheStateIsWhatTheSystemSays) {
+  loginItem.becomes = LoginItem::Status::requiresApproval;
+  model->setOpensAtLogin(true);
+  EXPECT_TRUE(alerts.told.empty());
+  EXPECT_TRUE(model->loginItemNeedsApproval());
+  model->setOpensAtLogin(false);
+  EXPECT_FALSE(model->loginItemNeedsApproval());
 
-  world.loginItem.fails = true;
-  world.model->setOpensAtLogin(true);
-  EXPECT_EQ(world.alerts.told, Lines{"Couldn't turn on Open at login\nno such thing"});
-  EXPECT_FALSE(world.model->isLoginItemEnabled());
+  loginItem.fails = true;
+  model->setOpensAtLogin(true);
+  EXPECT_EQ(alerts.told, Lines{"Couldn't turn on Open at login\nno such thing"});
+  EXPECT_FALSE(model->isLoginItemEnabled());
 }
 
 }  // namespace

@@ -10,17 +10,8 @@ namespace {
 
 using namespace std::chrono_literals;
 
-/// A value whose destruction is counted.
-struct Counted {
-  explicit Counted(std::atomic<int>& count) : destroyed(&count) {}
-  Counted(Counted&& other) noexcept : destroyed(std::exchange(other.destroyed, nullptr)) {}
-  Counted(const Counted&) = delete;
-  Counted& operator=(const Counted&) = delete;
-  ~Counted() {
-    if (destroyed != nullptr) ++*destroyed;
-  }
-  std::atomic<int>* destroyed;
-};
+/// A value whose copies can be counted.
+using Counted = std::shared_ptr<int>;
 
 std::ptrdiff_t threadCount() {
   return std::distance(std::filesystem::directory_iterator("/proc/self/task"), {});
@@ -36,15 +27,15 @@ TEST(WaitingPool, EveryEndComesOnceToTheMainThreadAndThreadsComeAndGo) {
   WaitingPool pool(8, 0ms);
   std::vector<int> results(rounds * width);
   std::multiset<int> ends;
-  std::atomic<int> destroyed = 0;
+  const Counted counted = std::make_shared<int>();
   for (int round = 0; round < rounds; ++round) {
     for (int i = round * width; i < (round + 1) * width; ++i) {
       auto result = std::make_shared<int>();
       pool.start(
-          [&pool, &destroyed, result, i] {
+          [&pool, &counted, result, i] {
             *result = i + 1;
             // Work gives back what it shared.
-            const auto shared = sharedDetached(pool, Counted(destroyed));
+            const auto shared = sharedDetached(pool, Counted(counted));
           },
           [&, result, i] {
             EXPECT_EQ(QThread::currentThread(), QCoreApplication::instance()->thread());
@@ -63,7 +54,7 @@ TEST(WaitingPool, EveryEndComesOnceToTheMainThreadAndThreadsComeAndGo) {
   // Each ends of itself, while the pool is still there.
   while (threadCount() > threadsBefore)
     std::this_thread::yield();
-  EXPECT_EQ(destroyed, rounds * width);
+  EXPECT_EQ(counted.use_count(), 1);
 }
 
 TEST(WaitingPool, WorkThatWaitsHoldsNoOtherUpBelowTheBound) {
@@ -83,7 +74,7 @@ TEST(WaitingPool, ItsEndWaitsForAllWorkAndDropsWhatWasNotTold) {
     SCOPED_TRACE(round);
     constexpr int count = 30;
     std::atomic<int> done = 0;
-    std::atomic<int> destroyed = 0;
+    const Counted counted = std::make_shared<int>();
     int told = 0;
     {
       WaitingPool pool(4, 1h);
@@ -92,7 +83,7 @@ TEST(WaitingPool, ItsEndWaitsForAllWorkAndDropsWhatWasNotTold) {
         auto made = std::make_shared<std::shared_ptr<const Counted>>();
         pool.start(
             [&, made] {
-              *made = sharedDetached(pool, Counted(destroyed));
+              *made = sharedDetached(pool, Counted(counted));
               ++done;
             },
             [&told, made] { ++told; });
@@ -102,7 +93,7 @@ TEST(WaitingPool, ItsEndWaitsForAllWorkAndDropsWhatWasNotTold) {
         QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
     }
     EXPECT_EQ(done, count);
-    EXPECT_EQ(destroyed, count);
+    EXPECT_EQ(counted.use_count(), 1);
     const int toldBefore = told;
     QCoreApplication::processEvents();
     EXPECT_EQ(told, toldBefore);

@@ -68,7 +68,7 @@ class WindowCoordinatorTest : public ::testing::Test {
     world.now = world.now + 1;
     windows.mainWindowState().select(selection, cause);
     finishWork();
-    QCoro::waitFor(world.model->refreshReports());
+    waitFor(world.model->refreshReports());
     return world.model->reports().front().folder.lastRunAt == Date{world.now};
   }
 
@@ -91,7 +91,7 @@ TEST_F(WindowCoordinatorTest, TheScreensTellWhatTheModelHoldsAndTheirControlsRea
     ASSERT_NE(button, nullptr) << control << " isn't among\n" << told(screen);
     button->click();
     finishWork();
-    QCoro::waitFor(world.model->refreshReports());
+    waitFor(world.model->refreshReports());
     finishWork();
   };
   const auto pressed = [&](const char* control) -> TemporarySettings {
@@ -211,22 +211,14 @@ TEST_F(WindowCoordinatorTest, FoldersThatAreDroppedOnTheWindowAreAddedAndNeverMo
   file.setUrls({urlOf("note.txt"), QUrl(QStringLiteral("https://example.org/"))});
   QMimeData folder;
   folder.setUrls({file.urls()[1], urlOf("note.txt"), urlOf("Inbox")});
-  const struct {
-    const char* title;
-    const QMimeData& data;
-    Qt::DropActions possible;
-    bool isAccepted;
-  } rows[] = {
-      {"no folder", file, Qt::LinkAction, false},
-      {"a folder that can only be moved", folder, Qt::MoveAction, false},
-      {"a folder", folder, Qt::MoveAction | Qt::CopyAction, true},
-  };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.title);
-    QDragEnterEvent enter({}, row.possible, &row.data, {}, {});
+  const auto isAccepted = [&](const QMimeData& data, Qt::DropActions possible) {
+    QDragEnterEvent enter({}, possible, &data, {}, {});
     QApplication::sendEvent(content, &enter);
-    EXPECT_EQ(enter.isAccepted(), row.isAccepted);
-  }
+    return enter.isAccepted();
+  };
+  EXPECT_FALSE(isAccepted(file, Qt::LinkAction));
+  EXPECT_FALSE(isAccepted(folder, Qt::MoveAction)) << "it can only be moved";
+  EXPECT_TRUE(isAccepted(folder, Qt::MoveAction | Qt::CopyAction));
   QDropEvent drop({}, Qt::MoveAction | Qt::CopyAction, &folder, {}, {});
   QApplication::sendEvent(content, &drop);
   EXPECT_EQ(drop.dropAction(), Qt::CopyAction);
@@ -265,7 +257,7 @@ TEST_F(WindowCoordinatorTest, LeavingAFoldersPageStartsACycle) {
 TEST_F(WindowCoordinatorTest, TheSelectionFollowsWhatIsAddedAndRemoved) {
   windows.showMain(FileURL("/home/ada/Downloads"));
   auto& container = dynamic_cast<MainContainerView&>(*mainView().parentWidget());
-  QCoro::waitFor(container.addFolder(FileURL("/home/ada/Nowhere")));
+  waitFor(container.addFolder(FileURL("/home/ada/Nowhere")));
   EXPECT_EQ(world.alerts.told.size(), 1U);
   EXPECT_EQ(selection(), MainSelection::folder(first));
   world.disk.draw("/home/ada/New/");
@@ -281,23 +273,6 @@ TEST_F(WindowCoordinatorTest, TheSelectionFollowsWhatIsAddedAndRemoved) {
     QApplication::processEvents(QEventLoop::WaitForMoreEvents);
 }
 
-TEST_F(WindowCoordinatorTest, AnEditOnTopOfOneThatIsBeingWrittenLosesNeither) {
-  windows.showMain(FileURL("/home/ada/Downloads"));
-  // The screen still shows the stored settings when the second edit is made.
-  TemporarySettings aged;
-  aged.maxAgeDays = 30;
-  TemporarySettings restarting;
-  restarting.emptyOnRestart = true;
-  mainView().onChangeSettings(first, {}, aged);
-  mainView().onChangeSettings(first, {}, restarting);
-  TemporarySettings both = aged;
-  both.emptyOnRestart = true;
-  const auto stored = [this] { return world.model->reports().front().folder.settings; };
-  for (int turn = 0; turn < 100 && stored() != both; ++turn)
-    QApplication::processEvents(QEventLoop::WaitForMoreEvents);
-  EXPECT_EQ(stored(), both);
-}
-
 TEST_F(WindowCoordinatorTest, WhatIsTypedWhenTheApplicationEndsIsKept) {
   windows.showMain(FileURL("/home/ada/Downloads"));
   finishWork();
@@ -306,8 +281,8 @@ TEST_F(WindowCoordinatorTest, WhatIsTypedWhenTheApplicationEndsIsKept) {
   field.selectAll();
   QTest::keyClicks(&field, "12");
   windows.hideAll();
-  QCoro::waitFor(world.model->finishCommands());
-  QCoro::waitFor(world.model->refreshReports());
+  waitFor(world.model->finishCommands());
+  waitFor(world.model->refreshReports());
   EXPECT_EQ(world.model->reports().front().folder.settings.maxAgeDays, 12);
 }
 

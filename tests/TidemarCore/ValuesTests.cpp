@@ -1,5 +1,6 @@
 #include "TidemarCore/FileURL.h"
 #include "TidemarCore/Item.h"
+#include "TidemarCore/ProtectedRoots.h"
 #include "TidemarCore/SaturatingArithmetic.h"
 #include "support/Testing.h"
 
@@ -36,6 +37,16 @@ TEST(FileURL, takesAPathApart) {
   }
   EXPECT_EQ(FileURL("/").appendingPathComponent("a").path(), "/a");
   EXPECT_EQ(FileURL("/f").appendingPathComponent("\xff b").path(), "/f/\xff b");
+}
+
+TEST(ProtectedRoots, areTheSystemsTheHomesAndTheVolumes) {
+  const FileURL volumes[] = {FileURL("/media/stick")};
+  std::string paths;
+  for (const FileURL& root : protectedRootURLs(FileURL("/home/ada"), volumes))
+    paths += root.path() + " ";
+  EXPECT_EQ(paths,
+            "/ /Applications /Library /System /Users /home/ada /home/ada/Desktop "
+            "/home/ada/Documents /home/ada/Library /media/stick ");
 }
 
 TEST(EntryURLs, keepTheNamesOfManyEntriesApart) {

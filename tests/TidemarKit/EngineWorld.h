@@ -42,7 +42,7 @@ struct EngineWorld {
   TemporaryDirectory directory;
   std::string database = directory.path("tidemar.sqlite");
   FakeFileManager files;
-  Engine engine{std::make_unique<Store>(database), files};
+  Engine engine{std::make_unique<Store>(database, std::chrono::milliseconds(50)), files};
 };
 
 using Lines = std::vector<std::string>;

@@ -1,5 +1,6 @@
 #include "Platform/Files/DiskFileManager.h"
 #include "TidemarKit/Engine/Engine.h"
+#include "TidemarKit/System.h"
 #include "support/Testing.h"
 
 namespace tidemar::testing {
@@ -7,26 +8,12 @@ namespace {
 
 /// An engine over the real disk, with a home of its own, that looks at it from the far future.
 struct RealWorld {
-  RealWorld() = default;
-  explicit RealWorld(const FileURL& place) : folderURL(place) {}
-
-  Folder temporaryFolder(const TemporarySettings& settings = {}) {
-    Folder folder = engine.addFolder(folderURL, Date{0});
-    folder.settings = settings;
-    engine.store().update(folder);
-    engine.setTemporary(folder, true, Date{0});
-    return folder;
+  FolderStatus status(const Folder& folder) {
+    return engine.status(*folder.id, Date{4'000'000'000});
   }
 
-  RunResult run(const Folder& folder) {
-    RunGate gate;
-    return engine.run(*folder.id, farFuture, gate);
-  }
-
-  static constexpr Date farFuture{4'000'000'000};
   TemporaryDirectory home;
   ScopedHome scopedHome{home.url()};
-  FileURL folderURL = home.url("folder");
   DiskFileManager disk;
   Engine engine{std::make_unique<Store>(), disk};
 };
@@ -44,8 +31,9 @@ TEST(RealDisk, AStatusAsksNothingOfAMountThatMayNeverAnswer) {
   const SilentMount inItem(world.home.url("folder/item/net"));
   const SilentMount inFolder(world.home.url("folder/net"));
   if (!beside.isMounted()) GTEST_SKIP() << beside.reason();
-  const Folder folder = world.temporaryFolder();
-  const FolderStatus status = world.engine.status(*folder.id, RealWorld::farFuture);
+  const Folder folder = world.engine.addFolder(world.home.url("folder"), Date{0});
+  world.engine.setTemporary(folder, true, Date{0});
+  const FolderStatus status = world.status(folder);
   EXPECT_EQ(status.items.size(), 2U);
   EXPECT_TRUE(status.dueNow.empty());
   for (const SilentMount* mount : {&beside, &inItem, &inFolder})
@@ -56,15 +44,23 @@ TEST(RealDisk, ProtectedRootsAreTheHomeTheMountsAndWhatLinksLeadTo) {
   // The first one takes this process into mounts of its own, and an open table stays with the old.
   const TestFileSystem volume(TestFileSystem::Type::tmpfs);
   RealWorld world;
-  makeTree(world.home.url(), "Documents/\nDownloads/\nlink -> Documents");
+  makeTree(world.home.url(), R"(
+    Documents/
+      Old/
+    Downloads/
+    link -> linkToLink
+    linkToLink -> Documents
+    linkToHome -> .)");
   const auto isProtected = [&](const FileURL& url) {
-    const Folder folder = world.engine.addFolder(url, Date{0});
-    return world.engine.status(*folder.id, RealWorld::farFuture).isProtectedRoot;
+    return world.status(world.engine.addFolder(url, Date{0})).isProtectedRoot;
   };
   EXPECT_TRUE(isProtected(world.home.url()));
   EXPECT_TRUE(isProtected(world.home.url("Documents")));
   EXPECT_TRUE(isProtected(world.home.url("link")));
   EXPECT_FALSE(isProtected(world.home.url("Downloads")));
+  EXPECT_FALSE(isProtected(world.home.url("Documents/Old")));
+  EXPECT_TRUE(System::isProtectedRoot(*world.disk.openFolder(world.home.url("Documents")),
+                                      world.home.url("linkToHome"), {}));
   if (!volume.isMounted()) GTEST_SKIP() << volume.reason();
   EXPECT_TRUE(isProtected(volume.url()));
 }

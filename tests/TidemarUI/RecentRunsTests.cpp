@@ -6,15 +6,23 @@ namespace tidemar::testing {
 namespace {
 
 constexpr Date morning = utc(2026, 11, 16, 9, 30);
-JournalEntry entry(std::optional<std::int64_t> id, std::int64_t folderID, Date performedAt,
-                   Disposal disposal = Disposal::bin, bool isUndone = false) {
-  JournalEntry result;
-  result.id = id;
-  result.folderID = folderID;
-  result.performedAt = performedAt;
-  result.disposal = disposal;
-  if (isUndone) result.undoneAt = performedAt + 60;
-  return result;
+
+/// Entries as words: the id or a dash for none, "x" for deleted and "u" for put back, "/2" for the
+/// second folder, and "+4" for four minutes after that morning.
+std::vector<JournalEntry> journalOf(const std::string& text) {
+  std::vector<JournalEntry> journal;
+  std::istringstream words(text);
+  for (std::string word; words >> word;) {
+    JournalEntry& entry = journal.emplace_back();
+    if (word[0] != '-') entry.id = word[0] - '0';
+    const std::size_t slash = word.find('/');
+    const std::size_t plus = word.find('+');
+    entry.folderID = slash == word.npos ? 1 : word[slash + 1] - '0';
+    entry.performedAt = morning + (plus == word.npos ? 0 : std::stod(word.substr(plus)) * 60);
+    if (word.contains('x')) entry.disposal = Disposal::delete_;
+    if (word.contains('u')) entry.undoneAt = entry.performedAt + 60;
+  }
+  return journal;
 }
 
 /// Each run as "summary | detail | ids | put-back label", the label only where it can be put back.
@@ -35,91 +43,68 @@ std::vector<std::string> drawn(const std::vector<JournalEntry>& journal) {
 }
 
 TEST(RecentRuns, TellTheLastCleanings) {
-  constexpr auto bin = Disposal::bin;
-  constexpr auto delete_ = Disposal::delete_;
-  constexpr bool undone = true;
   const struct {
     const char* name;
-    std::vector<JournalEntry> journal;
+    const char* journal;
     std::vector<std::string> runs;
   } rows[] = {
-      {"an empty journal", {}, {}},
+      {"an empty journal", "", {}},
       {"entries keep the journal's order, and one without an id counts, too",
-       {entry(9, 1, morning), entry(std::nullopt, 1, morning), entry(8, 1, morning)},
+       "9 - 8",
        {"3 items to the Trash | Downloads · 09:30 | 9 8 | Put 3 items back"}},
       {"one permanent entry makes the run permanent",
-       {entry(9, 1, morning), entry(8, 1, morning, delete_)},
+       "9 8x",
        {"2 items deleted permanently | Downloads · 09:30 | 9 8 | "}},
       {"deleted is told before put back",
-       {entry(9, 1, morning, bin, undone), entry(8, 1, morning, delete_, undone)},
+       "9u 8xu",
        {"2 items deleted permanently | Downloads · 09:30 | 9 8 | "}},
-      {"all put back",
-       {entry(9, 1, morning, bin, undone), entry(8, 1, morning, bin, undone)},
-       {"2 items put back | Downloads · 09:30 | 9 8 | "}},
+      {"all put back", "9u 8u", {"2 items put back | Downloads · 09:30 | 9 8 | "}},
       {"some put back: the whole count stays",
-       {entry(9, 1, morning, bin, undone), entry(8, 1, morning)},
+       "9u 8",
        {"2 items to the Trash | Downloads · 09:30 | 9 8 | Put 2 items back"}},
-      {"a folder that is gone",
-       {entry(7, 5, morning)},
-       {"1 item to the Trash | Removed folder · 09:30 | 7 | Put 1 item back"}},
-      {"two folders at one instant are two runs",
-       {entry(9, 1, morning), entry(8, 2, morning)},
-       {"1 item to the Trash | Downloads · 09:30 | 9 | Put 1 item back",
+      {"a folder that is gone, and another",
+       "9/5 8/2",
+       {"1 item to the Trash | Removed folder · 09:30 | 9 | Put 1 item back",
         "1 item to the Trash | M\uFFFDll · 09:30 | 8 | Put 1 item back"}},
       {"instants a millisecond apart are two runs",
-       {entry(9, 1, morning + 0.001), entry(8, 1, morning)},
+       "9+0.0001 8",
        {"1 item to the Trash | Downloads · 09:30 | 9 | Put 1 item back",
         "1 item to the Trash | Downloads · 09:30 | 8 | Put 1 item back"}},
       {"the three newest of five, newest first",
-       {entry(1, 1, morning + 60), entry(2, 1, morning + 240), entry(3, 1, morning),
-        entry(4, 1, morning + 180), entry(5, 1, morning + 120)},
+       "1+1 2+4 3 4+3 5+2",
        {"1 item to the Trash | Downloads · 09:34 | 2 | Put 1 item back",
         "1 item to the Trash | Downloads · 09:33 | 4 | Put 1 item back",
         "1 item to the Trash | Downloads · 09:32 | 5 | Put 1 item back"}},
       {"a run without any id gives no row and leaves its place empty",
-       {entry(4, 1, morning + 180), entry(std::nullopt, 1, morning + 120),
-        entry(2, 1, morning + 60), entry(1, 1, morning)},
+       "4+3 -+2 2+1 1",
        {"1 item to the Trash | Downloads · 09:33 | 4 | Put 1 item back",
         "1 item to the Trash | Downloads · 09:31 | 2 | Put 1 item back"}},
   };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.name);
-    EXPECT_EQ(drawn(row.journal), row.runs);
-  }
+  for (const auto& row : rows)
+    EXPECT_EQ(drawn(journalOf(row.journal)), row.runs) << row.name;
 }
 
 TEST(TrayMenu, OffersTheLatestRunThatCanBePutBack) {
-  const Date noon = morning + 9000;
   const struct {
-    const char* name;
-    std::vector<JournalEntry> journal;
-    std::string putBack;
+    const char* journal;
+    const char* putBack;
     std::vector<std::int64_t> ids;
   } rows[] = {
-      {"no run", {}, "", {}},
-      {"the latest",
-       {entry(1, 1, morning), entry(3, 1, noon), entry(2, 1, noon)},
-       "Put 2 items back · Downloads · 12:00",
-       {3, 2}},
-      {"one before a deleted and one that is back",
-       {entry(1, 1, morning), entry(2, 1, noon, Disposal::delete_),
-        entry(3, 1, noon + 60, Disposal::bin, true)},
-       "Put 1 item back · Downloads · 09:30",
-       {1}},
-      {"none that the popover doesn't show",
-       {entry(1, 1, morning), entry(2, 1, noon, Disposal::delete_),
-        entry(3, 1, noon + 60, Disposal::delete_), entry(4, 1, noon + 120, Disposal::delete_)},
-       "",
-       {}},
+      {"", "", {}},
+      {"1 3+150 2+150", "Put 2 items back · Downloads · 12:00", {3, 2}},
+      // One before a deleted one and one that is back.
+      {"1 2x+150 3u+151", "Put 1 item back · Downloads · 09:30", {1}},
+      // None that the popover doesn't show.
+      {"1 2x+150 3x+151 4x+152", "", {}},
   };
   const std::vector<FolderReport> reports = {
       sampleReport(1, taggedStatus({sampleItem("a")}, {}), {}, "/home/ada/Downloads")};
   for (const auto& row : rows) {
     const TrayMenuState state =
-        trayMenuState(reports, row.journal, noon, Formats("en_GB", "UTC"), "Trash");
-    EXPECT_EQ(state.headline, "1 item goes now") << row.name;
-    EXPECT_EQ(state.putBack, row.putBack) << row.name;
-    EXPECT_EQ(state.journalEntryIDs, row.ids) << row.name;
+        trayMenuState(reports, journalOf(row.journal), morning, Formats("en_GB", "UTC"), "Trash");
+    EXPECT_EQ(state.headline, "1 item goes now");
+    EXPECT_EQ(state.putBack, row.putBack);
+    EXPECT_EQ(state.journalEntryIDs, row.ids);
   }
 }
 

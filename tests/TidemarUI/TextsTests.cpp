@@ -12,30 +12,24 @@ namespace {
 
 TEST(DayWords, FollowTheMidnightsOfTheUsersZone) {
   const struct {
-    const char* name;
     const char* zone;
     Date now;
     Date date;
-    const char* phrase;
-    const char* title;
+    const char* words;
   } rows[] = {
-      {"the last minute of today", "UTC", utc(2026, 11, 18), utc(2026, 11, 18, 23, 59), "today",
-       "Today"},
-      {"over midnight", "UTC", utc(2026, 11, 18, 23, 59), utc(2026, 11, 19), "tomorrow",
-       "Tomorrow"},
-      {"behind tomorrow", "UTC", utc(2026, 11, 18, 23, 59), utc(2026, 11, 20), "in 2 days",
-       "Fri, Nov 20"},
-      {"a past day", "UTC", utc(2026, 11, 18, 12), utc(2026, 9, 1), "today", "Today"},
-      {"in the east", "Asia/Tokyo", utc(2026, 11, 18, 12), utc(2026, 11, 19, 15), "in 2 days",
-       "Fri, Nov 20"},
-      {"in the west", "America/Los_Angeles", utc(2026, 11, 18, 23), utc(2026, 11, 19, 7, 59),
-       "today", "Today"},
+      {"UTC", utc(2026, 11, 18), utc(2026, 11, 18, 23, 59), "today, Today"},
+      {"UTC", utc(2026, 11, 18, 23, 59), utc(2026, 11, 19), "tomorrow, Tomorrow"},
+      {"UTC", utc(2026, 11, 18, 23, 59), utc(2026, 11, 20), "in 2 days, Fri, Nov 20"},
+      {"UTC", utc(2026, 11, 18, 12), utc(2026, 9, 1), "today, Today"},
+      {"Asia/Tokyo", utc(2026, 11, 18, 12), utc(2026, 11, 19, 15), "in 2 days, Fri, Nov 20"},
+      {"America/Los_Angeles", utc(2026, 11, 18, 23), utc(2026, 11, 19, 7, 59), "today, Today"},
   };
   for (const auto& row : rows) {
-    SCOPED_TRACE(row.name);
+    SCOPED_TRACE(row.words);
     const Formats formats("en_US", row.zone);
-    EXPECT_EQ(dayPhrase(row.date, row.now, formats.calendar()), row.phrase);
-    EXPECT_EQ(dayTitle(row.date, row.now, formats), row.title);
+    EXPECT_EQ(dayPhrase(row.date, row.now, formats.calendar()) + ", " +
+                  dayTitle(row.date, row.now, formats),
+              row.words);
     // The two ways of counting days must agree.
     const std::int64_t distance = dayDistance(row.date, row.now, formats.calendar());
     for (std::int64_t other = distance - 1; other <= distance + 1; ++other) {
@@ -101,21 +95,13 @@ TEST(DistanceText, IsDecidedByTheFirstRuleThatApplies) {
 }
 
 TEST(ForecastRows, NameTheFirstTwoItems) {
-  const struct {
-    std::vector<FileURL> items;
-    const char* summary;
-    const char* names;
-  } rows[] = {
-      {{FileURL("/a")}, "1 item · 12 kB", "a"},
-      {{FileURL("/a"), FileURL("/caf\xE9")}, "2 items · 12 kB", "a, caf\uFFFD"},
-      {{FileURL("/a"), FileURL("/b"), FileURL("/c")}, "3 items · 12 kB", "a, b and 1 more"},
-  };
-  for (const auto& row : rows) {
-    ForecastGroup group;
-    group.items = row.items;
-    group.totalSize = "12 kB";
-    EXPECT_EQ(rowSummary(group), row.summary);
-    EXPECT_EQ(rowNames(group), row.names);
+  ForecastGroup group;
+  group.totalSize = "12 kB";
+  for (const auto& [added, text] : {std::pair{"/a", "1 item · 12 kB: a"},
+                                    {"/caf\xE9", "2 items · 12 kB: a, caf\uFFFD"},
+                                    {"/c", "3 items · 12 kB: a, caf\uFFFD and 1 more"}}) {
+    group.items.emplace_back(added);
+    EXPECT_EQ(rowSummary(group) + ": " + rowNames(group), text);
   }
 }
 
@@ -145,56 +131,36 @@ TEST(FailureLine, NamesWhatItIsAboutWhateverItsBytes) {
   EXPECT_EQ(line(EngineFailure::GoneFromBin{"/trash/a"}), "An item is no longer in the Trash.");
   EXPECT_EQ(failureLine(std::runtime_error("Couldn't read “a\xFF”."), "Trash"),
             "Couldn't read “a\uFFFD”.");
-}
 
-TEST(FailureLine, AnItemThatStayedIsNamedByItsName) {
-  const auto line = [](const std::exception& error) {
+  const auto left = [](const std::exception& error) {
     return leftItemLine("/data/old", error, "Bin");
   };
-  EXPECT_EQ(line(PlatformError("remove", FileURL("/data/old"), EPERM)),
+  EXPECT_EQ(left(PlatformError("remove", FileURL("/data/old"), EPERM)),
             "old: couldn't remove: Operation not permitted.");
-  EXPECT_EQ(line(PlatformError("remove", FileURL("/data/old/part"), EPERM)),
+  EXPECT_EQ(left(PlatformError("remove", FileURL("/data/old/part"), EPERM)),
             "old: couldn't remove part: Operation not permitted.");
-  EXPECT_EQ(line(std::runtime_error("No room.")), "old: No room.");
-  EXPECT_EQ(line(EngineFailure(EngineFailure::ChangedSincePlanned{"/data/old"})),
+  EXPECT_EQ(left(std::runtime_error("No room.")), "old: No room.");
+  EXPECT_EQ(left(EngineFailure(EngineFailure::ChangedSincePlanned{"/data/old"})),
             "old changed, so it was left alone.");
 }
 
 TEST(SetupState, OffersWhatIsNotDoneYet) {
-  using enum SetupOffer;
-  const struct {
-    const char* name;
-    SetupState state;  // Extension, login item, its approval, notifications.
-    std::array<bool, 3> done;
-    std::array<SetupOffer, 3> offers;
-  } rows[] = {
-      {"nothing done",
-       {false, false, false, false},
-       {false, false, false},
-       {openExtensionManagement, enableAtLogin, requestNotifications}},
-      {"all done", {true, true, false, true}, {true, true, true}, {none, none, none}},
-      {"the login item waits for approval",
-       {true, false, true, true},
-       {true, false, true},
-       {none, openLoginItemsSettings, none}},
-      {"on, and still waiting for approval",
-       {true, true, true, true},
-       {true, true, true},
-       {none, openLoginItemsSettings, none}},
+  const std::pair<SetupState, const char*> rows[] = {
+      // Extension, login item, its approval, notifications, their refusal. With a hint: *.
+      {{false, false, false, false, false},
+       "Open Extension Settings…*, Enable at Login, Allow Notifications, "},
+      {{true, true, false, true, true}, "done , done , done , "},
+      {{true, false, true, true, false}, "done , Open Login Items…, done , "},
+      {{true, true, true, false, true}, "done , done Open Login Items…, Allow Notifications*, "},
   };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.name);
-    const auto steps = setupSteps(row.state);
-    for (std::size_t i = 0; i < steps.size(); ++i) {
-      EXPECT_EQ(steps[i].isDone, row.done[i]) << i;
-      EXPECT_EQ(steps[i].offer, row.offers[i]) << i;
-      EXPECT_EQ(steps[i].offerTitle.empty(), steps[i].offer == none) << i;
+  for (const auto& [state, expected] : rows) {
+    std::string drawn;
+    for (const SetupStep& step : setupSteps(state)) {
+      drawn += (step.isDone ? "done " : "") + std::string(step.offerTitle) +
+               (step.hint.empty() ? ", " : "*, ");
+      EXPECT_EQ(step.offerTitle.empty(), step.offer == SetupOffer::none);
     }
-    EXPECT_EQ(steps[0].hint.empty(), row.done[0]);
-    EXPECT_TRUE(steps[2].hint.empty());
-    SetupState refused = row.state;
-    refused.wereNotificationsRefused = true;
-    EXPECT_EQ(setupSteps(refused)[2].hint.empty(), row.done[2]) << "what is missing is told";
+    EXPECT_EQ(drawn, expected);
   }
 }
 
@@ -207,30 +173,24 @@ TEST(TomorrowNotification, TellsWhatGoesOnTheUsersTomorrow) {
   const GoingItem after = going("after", utc(2026, 11, 18, 23));
   const FolderStatus one = taggedStatus({first.item}, {first});
   const FolderStatus two = taggedStatus({}, {today, first, last, after});
-  const struct {
-    const char* name;
-    FolderReport report;
-    const char* body;  // Null where nothing is told.
-  } rows[] = {
-      {"one item, though it is due by now", sampleReport(12, one),
-       "1 item will go to the Trash tomorrow."},
-      {"any time of tomorrow", sampleReport(12, two), "2 items will go to the Trash tomorrow."},
-      {"deleting", sampleReport(12, two, deleting()),
-       "2 items will be deleted permanently tomorrow."},
-      {"today and later alone", sampleReport(12, taggedStatus({}, {today, after})), nullptr},
-      {"unreadable", sampleReport(12, std::nullopt), nullptr},
-      {"without an id", sampleReport(std::nullopt, one), nullptr},
+  const auto told = [](std::string body) {
+    return std::optional<TomorrowNotification>({"tomorrow.12", "Downloads", std::move(body)});
   };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.name);
-    const auto told = tomorrowNotification(row.report, now, Calendar("Europe/Berlin"), "Trash");
-    ASSERT_EQ(told.has_value(), row.body != nullptr);
-    EXPECT_TRUE(!told || mayGoTomorrow(row.report, now));
-    if (told) {
-      EXPECT_EQ(*told, (TomorrowNotification{"tomorrow.12", "Downloads", row.body}));
-      EXPECT_EQ(folderOfNotification(told->identifier), 12);
-    }
+  const std::pair<FolderReport, std::optional<TomorrowNotification>> rows[] = {
+      // One item, though it is due by now; any time of tomorrow; deleted.
+      {sampleReport(12, one), told("1 item will go to the Trash tomorrow.")},
+      {sampleReport(12, two), told("2 items will go to the Trash tomorrow.")},
+      {sampleReport(12, two, deleting()), told("2 items will be deleted permanently tomorrow.")},
+      // Today and later alone; unreadable; without an id.
+      {sampleReport(12, taggedStatus({}, {today, after})), {}},
+      {sampleReport(12, std::nullopt), {}},
+      {sampleReport(std::nullopt, one), {}},
+  };
+  for (const auto& [report, expected] : rows) {
+    EXPECT_EQ(tomorrowNotification(report, now, Calendar("Europe/Berlin"), "Trash"), expected);
+    EXPECT_TRUE(!expected || mayGoTomorrow(report, now));
   }
+  EXPECT_EQ(folderOfNotification("tomorrow.12"), 12);
   for (const char* other : {"tomorrow.", "tomorrow.1x", "background", "12"})
     EXPECT_EQ(folderOfNotification(other), std::nullopt);
   EXPECT_FALSE(

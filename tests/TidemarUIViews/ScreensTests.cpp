@@ -6,60 +6,12 @@
 #include "TidemarUI/State/FolderDetail.h"
 #include "TidemarUI/State/Labels.h"
 #include "TidemarUI/Views/AccessibleRoles.h"
-#include "TidemarUI/Views/MainView.h"
-#include "TidemarUI/Views/MenuBarView.h"
-#include "TidemarUI/Views/SettingsView.h"
-#include "TidemarUI/Views/SetupView.h"
+#include "TidemarUI/Views/OverviewView.h"
 #include "TidemarUI/Views/Sidebar.h"
 #include "ViewSamples.h"
 
 namespace tidemar::testing {
 namespace {
-
-using Screen = std::unique_ptr<QWidget>;
-
-/// The main window with these folders, at the first one's page or at the overview.
-Screen mainWindow(const std::vector<MainFolder>& folders, bool isPage, QSize size = {820, 1000}) {
-  auto view = std::make_unique<MainView>(viewFormats(), "Bin");
-  view->setState(shared(sampleState(folders)));
-  if (!folders.empty())
-    view->setSelection(isPage ? MainSelection::folder(1) : MainSelection::overview());
-  present(*view, size);
-  return view;
-}
-
-Screen popover(const MenuBarState& state) {
-  auto view = std::make_unique<MenuBarView>();
-  view->setState(shared(MenuBarState()));
-  present(*view, view->sizeHint());
-  view->setState(shared(state));
-  present(*view, view->sizeHint());
-  return view;
-}
-
-MenuBarState fullState() {
-  MenuBarState state = sampleState({sampleFolder(1), sampleFolder(2)}).overview;
-  state.subheadline = "2 folders";
-  state.isFinderExtensionOff = true;
-  state.folders[0].place = "/home/ada";
-  state.forecast.push_back(sampleGroup("On restart", "Delete Permanently"));
-  state.forecast[0].left = "a: no.";
-  return state;
-}
-
-Screen settings(const SettingsState& state) {
-  auto view = std::make_unique<SettingsView>();
-  view->setState(state);
-  present(*view, {420, 400});
-  return view;
-}
-
-Screen setup(const SetupState& state) {
-  auto view = std::make_unique<SetupView>();
-  view->setState(state);
-  present(*view, {420, 500});
-  return view;
-}
 
 MainFolder lockedFolder() {
   MainFolder folder = sampleFolder(1);
@@ -238,17 +190,6 @@ button Allow Notifications
     EXPECT_EQ(row.told, row.expected) << row.name;
 }
 
-/// The widgets that take the focus, in the order in which assistive tools read them.
-void collect(const QAccessibleInterface& node, std::vector<QWidget*>& found) {
-  auto* widget = qobject_cast<QWidget*>(node.object());
-  if (node.state().invisible) return;
-  if (widget != nullptr && (widget->focusPolicy() & Qt::TabFocus) && widget->isEnabled() &&
-      widget->focusProxy() == nullptr)
-    found.push_back(widget);
-  for (int place = 0; place < node.childCount(); ++place)
-    collect(*node.child(place), found);
-}
-
 /// Where the focus goes by a key, from the first of these on, in so many steps.
 std::vector<QWidget*> walk(const std::vector<QWidget*>& order, Qt::Key key) {
   std::vector<QWidget*> way;
@@ -261,35 +202,20 @@ std::vector<QWidget*> walk(const std::vector<QWidget*>& order, Qt::Key key) {
 }
 
 TEST_F(Screens, AreWalkedThroughInReadingOrderAndReallyMirrored) {
-  const struct {
-    const char* name;
-    std::function<Screen()> make;
-    bool hasArrows = false;
-  } rows[] = {
-      {"a page",
-       [] {
-         return mainWindow({sampleFolder(1), sampleFolder(2)}, true);
-       }},
-      {"the overview", [] { return mainWindow({sampleFolder(1)}, false); }},
-      {"the popover", [] { return popover(fullState()); }, true},
-      {"the settings", [] { return settings({.openAtLoginRequiresApproval = true}); }},
-      {"the setup", [] { return setup({}); }},
-  };
-  for (const auto& row : rows) {
+  for (const auto& row : screens()) {
     SCOPED_TRACE(row.name);
     std::vector<QRect> places;
     for (const auto direction : {Qt::LeftToRight, Qt::RightToLeft}) {
       QApplication::setLayoutDirection(direction);
       const Screen screen = row.make();
-      std::vector<QWidget*> order;
-      collect(*QAccessible::queryAccessibleInterface(screen.get()), order);
+      const std::vector<QWidget*> order = controlsOf(*screen);
       ASSERT_GT(order.size(), 2U);
       EXPECT_EQ(walk(order, Qt::Key_Tab), order);
       std::vector<QWidget*> back = walk(order, Qt::Key_Backtab);
       std::rotate(back.begin(), back.begin() + 1, back.end());
       std::ranges::reverse(back);
       EXPECT_EQ(back, order);
-      if (row.hasArrows) {
+      if (dynamic_cast<MenuBarView*>(screen.get()) != nullptr) {
         EXPECT_EQ(walk(order, Qt::Key_Down), order);
       }
       for (std::size_t place = 0; place < order.size(); ++place) {
@@ -327,6 +253,38 @@ TEST_F(Screens, TheSidebarsRowsAreGoneToByKeysAndByAssistiveToolsPastTheTitle) {
   list->child(2)->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
   QApplication::processEvents();
   EXPECT_EQ(chosen, std::vector{std::optional(MainSelection::folder(1))});
+}
+
+TEST_F(Screens, WhatIsNoFolderShowsTheOverviewAndOnlyASelectedFolderIsRemoved) {
+  const Screen screen = mainWindow({sampleFolder(1), sampleFolder(2), sampleFolder(3)}, false);
+  auto& view = dynamic_cast<MainView&>(*screen);
+  auto* sidebar = child<Sidebar>(view);
+  std::vector<std::int64_t> removed;
+  view.onSelect = [](const auto&) { ADD_FAILURE() << "what the program selects wasn't chosen"; };
+  view.onRemoveFolder = [&](std::int64_t id) { removed.push_back(id); };
+  const auto showsOverview = [&] { return child<OverviewView>(view)->isVisible(); };
+  const struct {
+    std::optional<MainSelection> selection;
+    bool isOverview;
+    bool canRemove;
+  } rows[] = {{MainSelection::folder(2), false, true},
+              {std::nullopt, true, false},
+              {MainSelection::overview(), true, false},
+              {MainSelection::folder(9), true, true}};
+  for (const auto& row : rows) {
+    removed.clear();
+    view.setSelection(row.selection);
+    EXPECT_EQ(showsOverview(), row.isOverview);
+    child<QToolButton>(view, std::string(labels::removeFromTidemar))->click();
+    QTest::keyClick(sidebar, Qt::Key_Delete);
+    EXPECT_EQ(removed.size(), row.isOverview ? (row.canRemove ? 1U : 0U) : 2U);
+  }
+  view.setSelection(MainSelection::folder(2));
+  view.setState(shared(sampleState({sampleFolder(1), sampleFolder(3)})));
+  EXPECT_TRUE(showsOverview());
+  EXPECT_FALSE(sidebar->currentIndex().isValid()) << "no other is selected";
+  view.setState(shared(sampleState({})));
+  EXPECT_EQ(sidebar->model()->rowCount(), 1);
 }
 
 TEST_F(Screens, ASwitchAsksForTheOtherValue) {

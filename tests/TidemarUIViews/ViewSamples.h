@@ -7,6 +7,10 @@
 
 #include "Platform/Locale/Formats.h"
 #include "TidemarUI/State/MainState.h"
+#include "TidemarUI/Views/MainView.h"
+#include "TidemarUI/Views/MenuBarView.h"
+#include "TidemarUI/Views/SettingsView.h"
+#include "TidemarUI/Views/SetupView.h"
 #include "support/Testing.h"
 
 namespace tidemar::testing {
@@ -74,6 +78,68 @@ inline void present(QWidget& view, QSize size) {
   QApplication::processEvents();
 }
 
+using Screen = std::unique_ptr<QWidget>;
+
+/// The main window with these folders, at the first one's page or at the overview.
+inline Screen mainWindow(const std::vector<MainFolder>& folders, bool isPage,
+                         QSize size = {820, 1000}) {
+  auto view = std::make_unique<MainView>(viewFormats(), "Bin");
+  view->setState(shared(sampleState(folders)));
+  if (!folders.empty())
+    view->setSelection(isPage ? MainSelection::folder(1) : MainSelection::overview());
+  present(*view, size);
+  return view;
+}
+
+inline Screen popover(const MenuBarState& state) {
+  auto view = std::make_unique<MenuBarView>();
+  view->setState(shared(MenuBarState()));
+  present(*view, view->sizeHint());
+  view->setState(shared(state));
+  present(*view, view->sizeHint());
+  return view;
+}
+
+inline MenuBarState fullState() {
+  MenuBarState state = sampleState({sampleFolder(1), sampleFolder(2)}).overview;
+  state.subheadline = "2 folders";
+  state.isFinderExtensionOff = true;
+  state.folders[0].place = "/home/ada";
+  state.forecast.push_back(sampleGroup("On restart", "Delete Permanently"));
+  state.forecast[0].left = "a: no.";
+  return state;
+}
+
+inline Screen settings(const SettingsState& state) {
+  auto view = std::make_unique<SettingsView>();
+  view->setState(state);
+  present(*view, {420, 400});
+  return view;
+}
+
+inline Screen setup(const SetupState& state) {
+  auto view = std::make_unique<SetupView>();
+  view->setState(state);
+  present(*view, {420, 500});
+  return view;
+}
+
+struct ScreenRow {
+  const char* name;
+  std::function<Screen()> make;
+};
+
+/// Every screen, with all of its controls.
+inline std::vector<ScreenRow> screens() {
+  const std::vector folders = {sampleFolder(1), sampleFolder(2)};
+  return {{"a page", [=] { return mainWindow(folders, true); }},
+          {"the overview", [=] { return mainWindow(folders, false); }},
+          {"the popover", [] { return popover(fullState()); }},
+          {"the settings", [] { return settings({.openAtLoginRequiresApproval = true}); }},
+          {"the setup", [] { return setup({}); }},
+          {"the setup, waiting", [] { return setup({.isOpenAtLoginRequiresApproval = true}); }}};
+}
+
 /// What assistive tools are told of a screen in reading order, a line each: the role and the name,
 /// the value, what it is, and behind a dash the description.
 inline void tell(const QAccessibleInterface& node, std::string& lines) {
@@ -110,6 +176,23 @@ inline std::string told(QWidget& screen) {
   std::string lines;
   tell(*QAccessible::queryAccessibleInterface(&screen), lines);
   return lines;
+}
+
+/// The widgets that take the focus, in the order in which assistive tools read them.
+inline void collect(const QAccessibleInterface& node, std::vector<QWidget*>& found) {
+  auto* widget = qobject_cast<QWidget*>(node.object());
+  if (node.state().invisible) return;
+  if (widget != nullptr && (widget->focusPolicy() & Qt::TabFocus) && widget->isEnabled() &&
+      widget->focusProxy() == nullptr)
+    found.push_back(widget);
+  for (int place = 0; place < node.childCount(); ++place)
+    collect(*node.child(place), found);
+}
+
+inline std::vector<QWidget*> controlsOf(QWidget& screen) {
+  std::vector<QWidget*> controls;
+  collect(*QAccessible::queryAccessibleInterface(&screen), controls);
+  return controls;
 }
 
 /// What a screen reader calls a widget.

@@ -10,13 +10,10 @@ import subprocess
 import sys
 import time
 
-sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..", "tools"))
-from session import TAG, Session, descendants, tags  # noqa: E402
-
-import gi  # noqa: E402
-
-gi.require_version("Atspi", "2.0")
-from gi.repository import Atspi, GLib  # noqa: E402
+sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "program"))
+import accessible  # noqa: E402
+from accessible import Atspi  # noqa: E402
+from session import TAG, Session, tags  # noqa: E402
 
 COMMAND = "Tidemar: Make Temporary…"
 ODD_NAME = "it's 100% “odd” $HOME `id` a;b #1".encode()
@@ -31,15 +28,6 @@ FILE_MANAGERS = {
     "thunar": ("Thunar", [], []),
     "pcmanfm-qt": ("PCManFM-Qt", [], ["Up", "Up", "Up", "Return"]),
 }
-
-
-def look(name):
-    """What is on the screen under that name in any program's menu."""
-    for node in descendants(Atspi.get_desktop(0)):
-        if node.get_name() == name and "menu" in node.get_role_name():
-            if node.get_state_set().contains(Atspi.StateType.SHOWING):
-                return node
-    return None
 
 
 class Trial:
@@ -58,17 +46,9 @@ class Trial:
         self.session.processes.append(process)
         return process
 
-    def find(self, name, patience=20):
-        def careful():
-            try:
-                return look(name)
-            except GLib.Error:
-                return None
-        return self.session.wait_for(careful, f"there is a {name}", patience)
-
     def press(self, name):
         """With the pointer, as a person does: what a program calls a press differs too much."""
-        place = self.find(name).get_extents(Atspi.CoordType.SCREEN)
+        place = accessible.find(self.session, "menu", name).get_extents(Atspi.CoordType.SCREEN)
         self.run("xdotool", "mousemove", str(place.x + place.width // 2), str(place.y + place.height // 2),
                  "click", "1")
         time.sleep(1)
@@ -125,14 +105,9 @@ def main():
             hasFailed |= subprocess.run([sys.executable, __file__, program, pictures, manager]).returncode != 0
             continue
         with Session(program) as session:
-            session.environment.update(QT_LINUX_ACCESSIBILITY_ALWAYS_ON="1", GTK_MODULES="gail:atk-bridge",
-                                       NO_AT_BRIDGE="0")
-            for name in ["DBUS_SESSION_BUS_ADDRESS", "DISPLAY", "XDG_RUNTIME_DIR"]:
-                os.environ[name] = session.environment[name]
+            session.environment.update(GTK_MODULES="gail:atk-bridge", NO_AT_BRIDGE="0")
+            accessible.start(session)
             trial = Trial(session, pictures)
-            trial.spawn("openbox")
-            trial.spawn("/usr/libexec/at-spi-bus-launcher", "--launch-immediately")
-            session.wait_for(lambda: Atspi.init() in (0, 1), "the accessibility bus is there")
             session.start("--launched-at-login", stderr=subprocess.DEVNULL)
             time.sleep(2)
             result = trial.try_out(manager)

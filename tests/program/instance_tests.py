@@ -74,25 +74,16 @@ class Instances(unittest.TestCase):
         for start in starts:
             self.assertEqual(start.end(), [])
 
-    def test_with_a_bus_one_of_eight_is_first_and_the_others_hand_over(self):
-        for number in range(ROUNDS):
-            starts, roles, first = self.start_at_once([self.bus] * 8)
-            self.assertEqual(sorted(roles), ["first"] + ["handed over"] * 7, number)
-            self.end_all(starts, first, [start.url for start in starts if start is not first])
-
-    def test_without_a_bus_one_of_eight_is_first_and_the_others_are_refused(self):
-        for number in range(ROUNDS):
-            starts, roles, first = self.start_at_once([NO_BUS] * 8)
-            self.assertEqual(sorted(roles), ["first"] + ["refused"] * 7, number)
-            self.end_all(starts, first, [])
-
-    def test_with_several_buses_there_is_one_first_too(self):
-        buses = [self.bus, self.start_bus(), NO_BUS] * 2
-        starts, roles, first = self.start_at_once(buses)
-        own = buses[starts.index(first)]
-        mates = [] if own == NO_BUS else [s for s, bus in zip(starts, buses) if bus == own and s is not first]
-        self.assertEqual(sorted(roles), ["first"] + ["handed over"] * len(mates) + ["refused"] * (5 - len(mates)))
-        self.end_all(starts, first, [start.url for start in mates])
+    def test_one_start_is_first_with_a_private_lock_and_those_of_its_bus_hand_over(self):
+        self.addCleanup(os.umask, os.umask(0))
+        for buses in [[self.bus] * 8, [NO_BUS] * 8, [self.bus, self.start_bus(), NO_BUS] * 2] * ROUNDS:
+            starts, roles, first = self.start_at_once(buses)
+            own = buses[starts.index(first)]
+            mates = [s for s, bus in zip(starts, buses) if s is not first and bus == own != NO_BUS]
+            refused = len(starts) - 1 - len(mates)
+            self.assertEqual(sorted(roles), ["first"] + ["handed over"] * len(mates) + ["refused"] * refused)
+            self.end_all(starts, first, [start.url for start in mates])
+            self.assertEqual(stat.S_IMODE(os.stat(self.lock).st_mode), 0o600)
 
     def test_a_start_beside_the_death_of_the_first_becomes_the_first(self):
         for number in range(ROUNDS):
@@ -103,13 +94,6 @@ class Instances(unittest.TestCase):
             self.assertIn(start.line(), ["first", "handed over"], number)
             first.end()
             start.end()
-
-    def test_the_lock_is_private_and_stays(self):
-        umask = os.umask(0)
-        self.addCleanup(os.umask, umask)
-        starts, _, first = self.start_at_once([NO_BUS])
-        self.end_all(starts, first, [])
-        self.assertEqual(stat.S_IMODE(os.stat(self.lock).st_mode), 0o600)
 
     def test_where_nothing_can_be_locked_a_running_one_is_asked_and_else_none_starts(self):
         elsewhere = os.path.join(self.root, "elsewhere")

@@ -4,103 +4,50 @@
 
 namespace tidemar::testing {
 
-struct FakeFileManager::Node {
-  std::string name;
-  std::uint64_t identity = 0;
-  Node* parent = nullptr;
-  ResourceValues values;
-  std::vector<std::string> tags;
-  std::optional<std::string> linkTarget;
-  bool isReadable = true;
-  std::vector<std::unique_ptr<Node>> children;
-
+/// What lies at a path. A disk is a list of these, in which each directory comes before what lies
+/// in it, and what was made or renamed last comes last.
+struct FakeFileManager::Entry {
+  std::string_view name() const { return std::string_view(path).substr(path.rfind('/') + 1); }
   bool isDirectory() const { return values.isDirectory.value_or(false); }
 
-  Node* child(std::string_view childName) const {
-    const auto found =
-        std::ranges::find(children, childName, [](const auto& c) { return c->name; });
-    return found == children.end() ? nullptr : found->get();
-  }
-
-  std::string path() const {
-    if (parent == nullptr) return "/";
-    const std::string above = parent->path();
-    return (above == "/" ? above : above + "/") + name;
-  }
+  std::string path;
+  std::uint64_t identity = 0;
+  ResourceValues values;
+  std::vector<std::string> tags;
+  std::string linkTarget;
+  bool isReadable = true;
 };
 
 namespace {
 
-using Node = FakeFileManager::Node;
+using Entry = FakeFileManager::Entry;
 
-std::vector<std::string> components(const std::string& path) {
-  std::vector<std::string> result;
-  std::istringstream stream(path);
-  for (std::string component; std::getline(stream, component, '/');) {
-    if (!component.empty()) result.push_back(component);
-  }
-  return result;
+bool isOrLiesIn(const Entry& entry, const std::string& path) {
+  return entry.path == path || entry.path.starts_with(path + "/");
 }
 
-/// The path without links, as far as it can be followed; a link in the last component only where
-/// `followsLast`.
-std::string followed(const Node& root, const std::string& path, bool followsLast, int links = 0) {
-  if (links > 40) throw std::logic_error("too many links: " + path);
-  const Node* node = &root;
-  std::string result;
-  const std::vector<std::string> names = components(path);
-  for (std::size_t i = 0; i < names.size(); ++i) {
-    node = node == nullptr ? nullptr : node->child(names[i]);
-    if (node != nullptr && node->linkTarget && (followsLast || i + 1 < names.size())) {
-      const bool isAbsolute = node->linkTarget->starts_with('/');
-      std::string rest = (isAbsolute ? "" : result + "/") + *node->linkTarget;
-      while (++i < names.size())
-        rest += "/" + names[i];
-      return followed(root, rest, followsLast, links + 1);
-    }
-    result += "/" + names[i];
-  }
-  return result.empty() ? "/" : result;
+bool liesDirectlyIn(const Entry& entry, const std::string& path) {
+  return FileURL(entry.path).deletingLastPathComponent().path() == path && entry.path != "/";
 }
 
-void applyWord(Node& node, const std::string& word) {
+void applyWord(Entry& entry, const std::string& word) {
   const auto date = [&](std::size_t prefix) { return Date{std::stod(word.substr(prefix))}; };
-  if (word == "hidden") {
-    node.values.isHidden = true;
+  ResourceValues& values = entry.values;
+  if (word == "unreadable") {
+    entry.isReadable = false;
+  } else if (word == "hidden") {
+    values.isHidden = true;
   } else if (word == "package") {
-    node.values.isPackage = true;
-  } else if (word == "unreadable") {
-    node.isReadable = false;
+    values.isPackage = true;
   } else if (word.starts_with('@')) {
-    node.values.addedToDirectoryDate = node.values.contentModificationDate = date(1);
+    values.addedToDirectoryDate = values.contentModificationDate = date(1);
   } else if (word.starts_with("added=")) {
-    node.values.addedToDirectoryDate = date(6);
+    values.addedToDirectoryDate = date(6);
   } else if (word.starts_with("changed=")) {
-    node.values.contentModificationDate = date(8);
+    values.contentModificationDate = date(8);
   } else {
-    node.values.totalFileAllocatedSize = std::stoll(word);
+    values.totalFileAllocatedSize = std::stoll(word);
   }
-}
-
-/// All that can be seen of a tree, to tell whether it changed.
-std::string describe(const Node& node) {
-  const auto seconds = [](std::optional<Date> date) {
-    return date ? std::to_string(date->secondsSince1970) : "-";
-  };
-  std::string text = node.name + "#" + std::to_string(node.identity) +
-                     seconds(node.values.addedToDirectoryDate) +
-                     seconds(node.values.contentModificationDate) + "{";
-  for (const auto& child : node.children)
-    text += describe(*child);
-  return text + "}";
-}
-
-Node* withIdentity(Node& node, std::uint64_t identity) {
-  if (node.identity == identity) return &node;
-  for (const auto& child : node.children) {
-    if (Node* found = withIdentity(*child, identity)) return found;
-  }
-  return nullptr;
 }
 
 std::uint64_t identityIn(std::string_view bookmark) {
@@ -109,31 +56,32 @@ std::uint64_t identityIn(std::string_view bookmark) {
 
 }  // namespace
 
-FakeFileManager::FakeFileManager() : _root(std::make_unique<Node>()) {
-  _root->values.isDirectory = true;
+FakeFileManager::FakeFileManager() {
+  _entries.emplace_back().path = "/";
+  _entries.back().values.isDirectory = true;
 }
 
 FakeFileManager::~FakeFileManager() = default;
 
 void FakeFileManager::draw(std::string_view drawing) {
   std::vector<std::string> parents;
-  readDrawing(drawing, [&](std::size_t level, std::string_view entry) {
-    parents.resize(level);
-    std::istringstream words{std::string(entry)};
-    auto node = std::make_unique<Node>();
+  readDrawing(drawing, [&](std::size_t level, std::string_view line) {
+    std::istringstream words{std::string(line)};
     std::string name;
     words >> name;
-    node->values.isDirectory = name.ends_with('/');
-    if (name.ends_with('/')) name.pop_back();
+    const bool isDirectory = name.ends_with('/');
+    if (isDirectory) name.pop_back();
+    parents.resize(level);
+    parents.push_back(level == 0 ? name : parents.back() + "/" + name);
+    Entry& entry = make(parents.back());
+    entry.values.isDirectory = isDirectory;
     for (std::string word; words >> word;) {
       if (word == "->") {
-        words >> node->linkTarget.emplace();
+        words >> entry.linkTarget;
       } else {
-        applyWord(*node, word);
+        applyWord(entry, word);
       }
     }
-    parents.push_back(level == 0 ? name : parents.back() + "/" + name);
-    place(std::move(node), parents.back());
   });
 }
 
@@ -143,8 +91,10 @@ bool FakeFileManager::exists(const std::string& path) const {
 
 std::string FakeFileManager::names(const std::string& path) const {
   std::string result;
-  for (const auto& child : existing("list", FileURL(path)).children)
-    result += (result.empty() ? "" : " ") + child->name;
+  for (const Entry& entry : _entries) {
+    if (liesDirectlyIn(entry, path))
+      result += (result.empty() ? "" : " ") + std::string(entry.name());
+  }
   return result;
 }
 
@@ -156,20 +106,29 @@ std::vector<std::string>& FakeFileManager::tags(const std::string& path) {
   return existing("change", FileURL(path)).tags;
 }
 
-void FakeFileManager::rename(const std::string& from, const std::string& to) {
-  place(take(existing("rename", FileURL(from))), to);
+void FakeFileManager::rename(const std::string& from, const std::string& to) const {
+  existing("move", FileURL(from));
+  make(FileURL(to).deletingLastPathComponent().path()).values.isDirectory = true;
+  std::list<Entry> moved;
+  for (auto next = _entries.begin(); next != _entries.end();) {
+    const auto entry = next++;
+    if (!isOrLiesIn(*entry, from)) continue;
+    entry->path.replace(0, from.size(), to);
+    moved.splice(moved.end(), _entries, entry);
+  }
+  _entries.splice(_entries.end(), moved);
 }
 
-void FakeFileManager::erase(const std::string& path) {
-  take(existing("erase", FileURL(path)));
+void FakeFileManager::erase(const std::string& path) const {
+  existing("erase", FileURL(path));
+  _entries.remove_if([&](const Entry& entry) { return isOrLiesIn(entry, path); });
 }
 
 std::vector<std::string> FakeFileManager::changes() const {
-  std::vector<std::string> result;
-  std::ranges::copy_if(_operations, std::back_inserter(result), [](const std::string& line) {
-    return std::ranges::any_of(
-        std::initializer_list<std::string_view>{"remove ", "trash ", "move ", "setTags "},
-        [&](std::string_view word) { return line.starts_with(word); });
+  std::vector<std::string> result = _operations;
+  std::erase_if(result, [](const std::string& line) {
+    const std::string word = line.substr(0, line.find(' '));
+    return word != "remove" && word != "trash" && word != "move" && word != "setTags";
   });
   return result;
 }
@@ -189,9 +148,8 @@ class FakeFileManager::Binned final : public BinnedItem {
 
   void putBack() override {
     _disk.begin("move " + _from.path() + " to " + _to.path(), _from);
-    Node& node = _disk.existing("move", _from);
     if (_disk.exists(_to.path())) throw PlatformError("move", _to, EEXIST);
-    _disk.place(_disk.take(node), _to.path());
+    _disk.rename(_from.path(), _to.path());
   }
 
  private:
@@ -200,16 +158,16 @@ class FakeFileManager::Binned final : public BinnedItem {
   FileURL _to;
 };
 
-/// Follows its node wherever that is renamed to, as an open directory does.
+/// Follows its directory wherever that is renamed to, as an open one does.
 class FakeFileManager::Folder final : public OpenFolder {
  public:
-  Folder(const FakeFileManager& disk, const Node& node)
-      : _disk(disk), _identity(node.identity), _url(node.path()) {}
+  Folder(const FakeFileManager& disk, const Entry& entry)
+      : _disk(disk), _identity(entry.identity), _url(entry.path) {}
 
   const FileURL& url() const override { return _url; }
 
   std::string bookmarkData() const override {
-    _disk.begin("bookmark " + path(), _url);
+    begin("bookmark");
     // The second number makes each bookmark differ from the ones before it.
     return std::to_string(_identity) + "#" + std::to_string(++_disk._lastNumber) + path();
   }
@@ -220,122 +178,125 @@ class FakeFileManager::Folder final : public OpenFolder {
 
   bool isOneOf(std::span<const FileURL> places) const override {
     return std::ranges::any_of(places, [&](const FileURL& place) {
-      const Node* node = _disk.find(followed(*_disk._root, place.path(), true));
-      return node != nullptr && node->identity == _identity;
+      const Entry* entry = _disk.find(_disk.followed(place));
+      return entry != nullptr && entry->identity == _identity;
     });
   }
 
   VolumeCapacity volumeCapacity() const override {
-    _disk.begin("capacity " + path(), _url);
+    begin("capacity");
     return _disk.capacity;
   }
 
   std::vector<std::string> tagNames() const override {
-    _disk.begin("tags " + path(), _url);
-    return node("read the tags of").tags;
+    begin("tags");
+    return _disk.existing("read the tags of", FileURL(path())).tags;
   }
 
   void setTagNames(std::span<const std::string> tags) override {
-    _disk.begin("setTags " + path(), _url);
-    node("tag").tags.assign(tags.begin(), tags.end());
+    begin("setTags");
+    _disk.existing("tag", FileURL(path())).tags.assign(tags.begin(), tags.end());
   }
 
   void setKnownFolders(std::shared_ptr<const KnownFolders> known) override {
     _known = std::move(known);
   }
 
-  void giveBackTaken() override { _disk.begin("giveBack " + path(), _url); }
+  void giveBackTaken() override { begin("giveBack"); }
 
   void read(TreeVisitor& visitor) override {
-    _disk.begin("list " + path(), _url);
-    const Node& folder = node("list");
-    if (!folder.isReadable) throw PlatformError("list", _url, EACCES);
-    for (const auto& child : folder.children)
-      readEntry(*child, visitor);
+    begin("list");
+    const std::string path = this->path();
+    if (!_disk.existing("list", _url).isReadable) throw PlatformError("list", _url, EACCES);
+    for (const Entry& entry : _disk._entries) {
+      if (liesDirectlyIn(entry, path)) readItem(entry, visitor);
+    }
   }
 
   ItemState look(std::string_view name, Disposal, TreeVisitor& visitor) override {
-    const FileURL url = urlOf(name);
-    _disk.begin("values " + url.path(), url);
-    const Node& item = _disk.existing("read", url);
-    readEntry(item, visitor);
+    const FileURL url = begin("values", name);
+    readItem(_disk.existing("read", url), visitor);
     ItemState state;
     state.name = name;
-    state.tree.fingerprint = std::hash<std::string>()(describe(item));
+    state.tree.fingerprint = fingerprint(url.path());
     return state;
   }
 
   bool hasEntry(std::string_view name) const override {
-    const FileURL url = urlOf(name);
-    _disk.begin("exists " + url.path(), url);
-    return _disk.exists(url.path());
+    return _disk.exists(begin("exists", name).path());
   }
 
   std::optional<FileURL> trashItem(const ItemState& item) override {
-    std::unique_ptr<Node> taken = take("trash", item);
-    const std::string first = std::string(binPath) + "/" + taken->name;
+    const std::string path = take("trash", item);
+    const std::string first = std::string(binPath) + "/" + item.name;
     std::string place = first;
     for (int number = 2; _disk.exists(place); ++number)
       place = first + "." + std::to_string(number);
-    _disk.place(std::move(taken), place);
+    _disk.rename(path, place);
     return _disk.binTellsPlace ? std::optional(FileURL(place)) : std::nullopt;
   }
 
-  void removeItem(const ItemState& item) override { take("remove", item); }
+  void removeItem(const ItemState& item) override { _disk.erase(take("remove", item)); }
 
   std::unique_ptr<BinnedItem> binnedItem(const FileURL& place, std::string_view name) override {
     _disk.begin("binned " + place.path(), place);
     if (!_disk.exists(place.path()) || !_disk.binKnowsItsItems) return nullptr;
-    return std::make_unique<Binned>(_disk, place, urlOf(name));
+    return std::make_unique<Binned>(_disk, place, FileURL(path()).appendingPathComponent(name));
   }
 
  private:
-  Node& node(const std::string& operation) const {
-    Node* found = withIdentity(*_disk._root, _identity);
-    if (found == nullptr) throw PlatformError(operation, _url, ENOENT);
-    return *found;
-  }
   std::string path() const {
-    const Node* found = withIdentity(*_disk._root, _identity);
-    return found == nullptr ? _url.path() : found->path();
-  }
-  FileURL urlOf(std::string_view name) const {
-    return FileURL(path()).appendingPathComponent(name);
+    const Entry* entry = _disk.withIdentity(_identity);
+    return entry == nullptr ? _url.path() : entry->path;
   }
 
-  void readEntry(const Node& entry, TreeVisitor& visitor) const {
-    if (!entry.isReadable && !entry.isDirectory())
-      throw PlatformError("read", FileURL(entry.path()), EACCES);
-    visit(entry, 0, visitor);
+  void begin(const std::string& word) const { _disk.begin(word + " " + path(), _url); }
+
+  FileURL begin(const std::string& word, std::string_view name) const {
+    const FileURL url = FileURL(path()).appendingPathComponent(name);
+    _disk.begin(word + " " + url.path(), url);
+    return url;
   }
 
-  void visit(const Node& entry, std::size_t depth, TreeVisitor& visitor) const {
+  void readItem(const Entry& item, TreeVisitor& visitor) const {
+    if (!item.isReadable && !item.isDirectory())
+      throw PlatformError("read", FileURL(item.path), EACCES);
+    visit(item, 0, visitor);
+  }
+
+  void visit(const Entry& entry, std::size_t depth, TreeVisitor& visitor) const {
     if (!entry.isReadable && !entry.isDirectory()) return visitor.failed(EACCES);
-    visitor.visit({entry.name, depth, entry.values});
+    visitor.visit({entry.name(), depth, entry.values});
     if (!entry.isDirectory()) return;
     const auto isThis = [&](const KnownFolder& other) {
-      return identityIn(other.bookmark) == entry.identity || other.path == entry.path();
+      return identityIn(other.bookmark) == entry.identity || other.path == entry.path;
     };
     if (std::ranges::any_of(_known->all(), isThis)) visitor.knownFolder(entry.tags);
-    if (depth == 0) {
-      try {
-        _disk.begin("walk " + entry.path());
-      } catch (const PlatformError& error) {
-        return visitor.failed(error.code());
-      }
-    }
     if (!entry.isReadable) return visitor.failed(EACCES);
-    for (const auto& child : entry.children)
-      visit(*child, depth + 1, visitor);
+    for (const Entry& child : _disk._entries) {
+      if (liesDirectlyIn(child, entry.path)) visit(child, depth + 1, visitor);
+    }
   }
 
-  std::unique_ptr<Node> take(const std::string& word, const ItemState& item) const {
-    const FileURL url = urlOf(item.name);
-    _disk.begin(word + " " + url.path(), url);
-    Node& present = _disk.existing(word, url);
-    if (std::hash<std::string>()(describe(present)) != item.tree.fingerprint)
-      throw ItemChanged(word, url, ESTALE);
-    return _disk.take(present);
+  /// All that can be seen of an item, to tell whether it changed.
+  std::size_t fingerprint(const std::string& path) const {
+    std::ostringstream text;
+    for (const Entry& entry : _disk._entries) {
+      if (!isOrLiesIn(entry, path)) continue;
+      text << entry.path << entry.identity;
+      for (const auto& date :
+           {entry.values.addedToDirectoryDate, entry.values.contentModificationDate})
+        text << '#' << date.value_or(Date{-1}).secondsSince1970;
+    }
+    return std::hash<std::string>()(text.str());
+  }
+
+  /// The path of an item that may go: it is what was looked at.
+  std::string take(const std::string& word, const ItemState& item) const {
+    const FileURL url = begin(word, item.name);
+    _disk.existing(word, url);
+    if (fingerprint(url.path()) != item.tree.fingerprint) throw ItemChanged(word, url, ESTALE);
+    return url.path();
   }
 
   const FakeFileManager& _disk;
@@ -346,117 +307,59 @@ class FakeFileManager::Folder final : public OpenFolder {
 
 std::string FakeFileManager::canonicalPath(const FileURL& url) const {
   begin("canonical " + url.path(), url);
-  std::string path = followed(*_root, url.path(), true);
-  existing("find", FileURL(path));
-  return path;
+  return existing("find", FileURL(followed(url))).path;
 }
 
 std::unique_ptr<OpenFolder> FakeFileManager::openFolder(const FileURL& url) const {
-  return std::make_unique<Folder>(*this,
-                                  existing("open", FileURL(followed(*_root, url.path(), true))));
+  return std::make_unique<Folder>(*this, existing("open", FileURL(followed(url))));
 }
 
 OpenedBookmark FakeFileManager::openBookmark(std::string_view bookmark) const {
   begin("resolve");
-  const Node* node = withIdentity(*_root, identityIn(bookmark));
-  const std::string path(bookmark.substr(bookmark.find('/')));
-  if (node == nullptr && exists(path))
-    return {std::make_unique<Folder>(*this, existing("find", FileURL(path))), true, true};
-  if (node == nullptr || node->path().starts_with(binPath))
-    throw PlatformError("find", FileURL(), ENOENT);
-  return {std::make_unique<Folder>(*this, *node), bookmarksAreStale, false};
-}
-
-VolumeCapacity FakeFileManager::volumeCapacity(const FileURL& url) const {
-  begin("capacity " + url.path(), url);
-  return capacity;
-}
-
-std::vector<FileURL> FakeFileManager::mountedVolumeURLs() const {
-  begin("volumes");
-  return volumes;
-}
-
-FileURL FakeFileManager::homeDirectoryForCurrentUser() const {
-  begin("home");
-  return home;
-}
-
-std::vector<FileURL> FakeFileManager::systemDirectoryURLs() const {
-  begin("systemDirectories");
-  return systemDirectories;
-}
-
-Date FakeFileManager::bootTime() const {
-  begin("bootTime");
-  return boot;
+  const Entry* entry = withIdentity(identityIn(bookmark));
+  if (entry != nullptr && !entry->path.starts_with(binPath))
+    return {std::make_unique<Folder>(*this, *entry), bookmarksAreStale, false};
+  const Entry* other = find(std::string(bookmark.substr(bookmark.find('/'))));
+  if (entry != nullptr || other == nullptr) throw PlatformError("find", FileURL(), ENOENT);
+  return {std::make_unique<Folder>(*this, *other), true, true};
 }
 
 void FakeFileManager::begin(const std::string& line, const FileURL& url) const {
   _operations.push_back(line);
-  if (const auto [hook, end] = _hooks.equal_range(line); hook != end) {
-    const std::function<void()> action = std::move(hook->second);
-    _hooks.erase(hook);
-    action();
-  }
+  if (auto hook = _hooks.extract(line)) hook.mapped()();
   if (const auto failure = _failures.find(line); failure != _failures.end())
     throw PlatformError(line.substr(0, line.find(' ')), url, failure->second);
 }
 
-FakeFileManager::Node* FakeFileManager::find(const std::string& path) const {
-  if (path.empty()) return nullptr;
-  Node* node = _root.get();
-  for (const std::string& component : components(followed(*_root, path, false))) {
-    node = node->child(component);
-    if (node == nullptr) return nullptr;
-  }
-  return node;
+FakeFileManager::Entry* FakeFileManager::find(const std::string& path) const {
+  const auto found = std::ranges::find(_entries, path, &Entry::path);
+  return found == _entries.end() ? nullptr : &*found;
 }
 
-FakeFileManager::Node& FakeFileManager::existing(const std::string& operation,
-                                                 const FileURL& url) const {
-  Node* node = find(url.path());
-  if (node == nullptr) throw PlatformError(operation, url, ENOENT);
-  return *node;
+FakeFileManager::Entry& FakeFileManager::existing(const std::string& operation,
+                                                  const FileURL& url) const {
+  Entry* entry = find(url.path());
+  if (entry == nullptr) throw PlatformError(operation, url, ENOENT);
+  return *entry;
 }
 
-/// The directory at this path, made with its parents where it is missing.
-FakeFileManager::Node& FakeFileManager::directory(const std::string& path) const {
-  Node* node = _root.get();
-  for (const std::string& component : components(path)) {
-    Node* child = node->child(component);
-    if (child == nullptr) {
-      auto made = std::make_unique<Node>();
-      child = made.get();
-      child->name = component;
-      child->values.isDirectory = true;
-      child->parent = node;
-      child->identity = ++_lastNumber;
-      node->children.push_back(std::move(made));
-    }
-    node = child;
-  }
-  return *node;
+FakeFileManager::Entry* FakeFileManager::withIdentity(std::uint64_t identity) const {
+  const auto found = std::ranges::find(_entries, identity, &Entry::identity);
+  return found == _entries.end() ? nullptr : &*found;
 }
 
-std::unique_ptr<FakeFileManager::Node> FakeFileManager::take(Node& node) const {
-  auto& siblings = node.parent->children;
-  const auto found = std::ranges::find(siblings, &node, [](const auto& c) { return c.get(); });
-  std::unique_ptr<Node> taken = std::move(*found);
-  siblings.erase(found);
-  taken->parent = nullptr;
-  return taken;
+std::string FakeFileManager::followed(const FileURL& url) const {
+  const Entry* entry = find(url.path());
+  return entry == nullptr || entry->linkTarget.empty() ? url.path() : entry->linkTarget;
 }
 
-void FakeFileManager::place(std::unique_ptr<Node> node, const std::string& path) const {
-  const FileURL url(path);
-  Node& parent = directory(url.deletingLastPathComponent().path());
-  if (parent.child(url.lastPathComponent()) != nullptr)
-    throw std::logic_error("already there: " + path);
-  node->name = url.lastPathComponent();
-  node->parent = &parent;
-  if (node->identity == 0) node->identity = ++_lastNumber;
-  parent.children.push_back(std::move(node));
+FakeFileManager::Entry& FakeFileManager::make(const std::string& path) const {
+  if (Entry* entry = find(path)) return *entry;
+  make(FileURL(path).deletingLastPathComponent().path()).values.isDirectory = true;
+  Entry& made = _entries.emplace_back();
+  made.path = path;
+  made.identity = ++_lastNumber;
+  return made;
 }
 
 }  // namespace tidemar::testing

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <list>
 #include <map>
 #include <memory>
 #include <string>
@@ -17,7 +18,7 @@ namespace tidemar::testing {
 /// entry another date.
 class FakeFileManager final : public FileManager {
  public:
-  struct Node;
+  struct Entry;
 
   FakeFileManager();
   ~FakeFileManager() override;
@@ -49,8 +50,8 @@ class FakeFileManager final : public FileManager {
 
   /// What a person or another program does: unlike the operations below these are not written
   /// down.
-  void rename(const std::string& from, const std::string& to);
-  void erase(const std::string& path);
+  void rename(const std::string& from, const std::string& to) const;
+  void erase(const std::string& path) const;
 
   // Facts, to be changed at will.
 
@@ -87,26 +88,39 @@ class FakeFileManager final : public FileManager {
   std::string canonicalPath(const FileURL& url) const override;
   std::unique_ptr<OpenFolder> openFolder(const FileURL& url) const override;
   OpenedBookmark openBookmark(std::string_view bookmark) const override;
-  VolumeCapacity volumeCapacity(const FileURL& url) const override;
-  std::vector<FileURL> mountedVolumeURLs() const override;
-  FileURL homeDirectoryForCurrentUser() const override;
-  std::vector<FileURL> systemDirectoryURLs() const override;
-  Date bootTime() const override;
+  VolumeCapacity volumeCapacity(const FileURL& url) const override {
+    return fact("capacity " + url.path(), capacity);
+  }
+  std::vector<FileURL> mountedVolumeURLs() const override { return fact("volumes", volumes); }
+  FileURL homeDirectoryForCurrentUser() const override { return fact("home", home); }
+  std::vector<FileURL> systemDirectoryURLs() const override {
+    return fact("systemDirectories", systemDirectories);
+  }
+  Date bootTime() const override { return fact("bootTime", boot); }
 
  private:
   class Folder;
   class Binned;
 
   void begin(const std::string& line, const FileURL& url = {}) const;
-  Node* find(const std::string& path) const;
-  Node& existing(const std::string& operation, const FileURL& url) const;
-  Node& directory(const std::string& path) const;
-  std::unique_ptr<Node> take(Node& node) const;
-  void place(std::unique_ptr<Node> node, const std::string& path) const;
+  template <class Fact>
+  const Fact& fact(const std::string& line, const Fact& value) const {
+    begin(line);
+    return value;
+  }
+  Entry* find(const std::string& path) const;
+  Entry* withIdentity(std::uint64_t identity) const;
+  Entry& existing(const std::string& operation, const FileURL& url) const;
+
+  /// Where a link leads that lies there; any other path as it is.
+  std::string followed(const FileURL& url) const;
+
+  /// What lies there, made with its parents where it is missing.
+  Entry& make(const std::string& path) const;
 
   // The operations of a FileManager are const because they change the disk and not the manager;
   // here the disk is held.
-  std::unique_ptr<Node> _root;
+  mutable std::list<Entry> _entries;
   mutable std::vector<std::string> _operations;
   std::map<std::string, int> _failures;
   mutable std::multimap<std::string, std::function<void()>> _hooks;

@@ -125,15 +125,12 @@ TEST(DatabaseDate, writesTheLastWholeMillisecondInUTC) {
     EXPECT_EQ(DatabaseDate::text(Date{date}), text);
 }
 
-TEST(DatabaseDate, refusesDatesItCannotWrite) {
+TEST(DatabaseDate, refusesDatesItCannotWriteAndEveryOtherText) {
   for (const double date :
        {253402300800.0, -62167219200.001, 1e300, std::numeric_limits<double>::infinity(),
         -std::numeric_limits<double>::infinity(), std::numeric_limits<double>::quiet_NaN()}) {
     EXPECT_THROW(DatabaseDate::text(Date{date}), DatabaseError) << date;
   }
-}
-
-TEST(DatabaseDate, refusesEveryOtherText) {
   for (const char* text :
        {"", "2025-11-21", "2025-11-21 22:11:35", "2025-11-21T22:11:35.250",
         "2025-11-21 22:11:35.25", "2025-11-21 22:11:35.2500", "2025-11-21 22:11:35,250",

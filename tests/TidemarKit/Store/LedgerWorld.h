@@ -9,6 +9,16 @@ namespace tidemar::testing {
 
 using Rows = std::vector<std::string>;
 
+/// What a call fails with.
+inline DatabaseError databaseErrorOf(const std::function<void()>& call) {
+  try {
+    call();
+  } catch (const DatabaseError& error) {
+    return error;
+  }
+  throw std::logic_error("it didn't fail");
+}
+
 /// The primary result code that a call throws; none if it succeeds.
 inline std::optional<int> databaseCodeOf(const std::function<void()>& call) {
   try {

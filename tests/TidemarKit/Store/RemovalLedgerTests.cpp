@@ -1,8 +1,5 @@
-#include <linux/fs.h>
 #include <sqlite3.h>
-#include <sys/ioctl.h>
 
-#include "Platform/Files/Descriptors/FileDescriptor.h"
 #include "TidemarKit/Store/LedgerWorld.h"
 
 namespace tidemar::testing {
@@ -90,24 +87,6 @@ TEST(RemovalLedger, letsNothingGoWhoseRowCouldNotBeWrittenAndKeepsTheRowOfWhatWe
   }
 }
 
-TEST(RemovalLedger, refusesAFileOrADirectoryThatWasMadeImmutable) {
-  for (const bool isDirectory : {false, true}) {
-    LedgerWorld world;
-    const FileDescriptor place(
-        open((isDirectory ? world.directory : world.path).c_str(), O_RDONLY | O_CLOEXEC));
-    const auto setFlags = [&](int flags) {
-      return ioctl(place.get(), FS_IOC_SETFLAGS, &flags) == 0;
-    };
-    int flags = 0;
-    if (ioctl(place.get(), FS_IOC_GETFLAGS, &flags) != 0 || !setFlags(flags | FS_IMMUTABLE_FL))
-      GTEST_SKIP() << "nothing can be made immutable here";
-    EXPECT_EQ(databaseCodeOf([&] { world.ledger.prepare(world.row("a")); }),
-              isDirectory ? SQLITE_CANTOPEN : SQLITE_IOERR);
-    EXPECT_TRUE(setFlags(flags));
-    world.ledger.prepare(world.row("a"));
-  }
-}
-
 TEST(RemovalLedger, doesNotTakeARowForWrittenThatWentIntoAFileNoLongerOurs) {
   for (const bool comesBack : {true, false}) {
     LedgerWorld world(std::chrono::seconds(20));
@@ -183,23 +162,18 @@ TEST(RemovalLedger, losesNoRowOfSeveralThreadsWhileOtherProgramsReadAndWrite) {
     const std::jthread reader = keepDoing("BEGIN; SELECT * FROM journalEntry; COMMIT");
     const std::jthread writer =
         keepDoing("BEGIN IMMEDIATE; UPDATE folder SET automatic = 1 - automatic; COMMIT");
-    {
-      std::vector<std::jthread> threads;
-      for (int thread = 0; thread < threadCount; ++thread) {
-        threads.emplace_back([&] {
-          for (int i = 0; i < rowsPerThread; ++i) {
-            EXPECT_EQ(databaseCodeOf([&] {
-                        world.ledger.prepare(world.row("x"));
-                        const JournalEntry row = world.ledger.record(world.row("x"));
-                        EXPECT_EQ(world.store.journalEntry(*row.id), row);
-                        world.store.change(world.folder.id, [&](Folder& folder) {
-                          folder.lastRunAt = folder.lastRunAt + 1;
-                        });
-                      }),
-                      std::nullopt);
-          }
-        });
+    const auto record = [&] {
+      for (int i = 0; i < rowsPerThread; ++i) {
+        world.ledger.prepare(world.row("x"));
+        const JournalEntry row = world.ledger.record(world.row("x"));
+        EXPECT_EQ(world.store.journalEntry(*row.id), row);
+        world.store.change(world.folder.id,
+                           [](Folder& folder) { folder.lastRunAt = folder.lastRunAt + 1; });
       }
+    };
+    {
+      const std::jthread threads[threadCount] = {std::jthread(record), std::jthread(record),
+                                                 std::jthread(record)};
     }
     isOver = true;
   }
