@@ -101,6 +101,8 @@ class Driver {
 
   void status(const Words& words) {
     const FolderStatus status = _engine.status(id(words), date(words.at(2)));
+    print({"status", status.url.path(), status.isTagged ? "tagged" : "untagged",
+           status.isProtectedRoot ? "protected" : "free"});
     for (const Item& item : status.items) {
       print({"item", item.url.lastPathComponent(), item.freshness ? text(*item.freshness) : "",
              std::to_string(item.size)});
@@ -116,8 +118,9 @@ class Driver {
   void run(const Words& words) {
     RunGate gate;
     const RunResult result = _engine.run(id(words), date(words.at(2)), gate);
-    for (const JournalEntry& entry : result.journal)
-      print({"removed", entry.name});
+    for (const JournalEntry& entry : result.journal) {
+      print({"removed", entry.name, std::to_string(*entry.id), entry.binnedPath.value_or("")});
+    }
     for (const RemovalFailure& failure : result.failures) {
       try {
         std::rethrow_exception(failure.error);
@@ -127,14 +130,18 @@ class Driver {
     }
   }
 
+  void undo(std::int64_t entryID, Date now) {
+    try {
+      _engine.undo(entryID, now);
+      print({"undone", std::to_string(entryID)});
+    } catch (const std::exception& error) {
+      printError("notUndone", std::to_string(entryID), error);
+    }
+  }
+
   void undoAll(const Words& words) {
     for (const JournalEntry& entry : _engine.store().journalOfFolder(id(words))) {
-      if (entry.undoneAt) continue;
-      try {
-        _engine.undo(*entry.id, date(words.at(2)));
-      } catch (const std::exception& error) {
-        printError("notUndone", entry.name, error);
-      }
+      if (!entry.undoneAt) undo(*entry.id, date(words.at(2)));
     }
   }
 
@@ -144,6 +151,7 @@ class Driver {
       {"tag", [this](const Words& words) { tag(words); }},
       {"status", [this](const Words& words) { status(words); }},
       {"run", [this](const Words& words) { run(words); }},
+      {"undo", [this](const Words& words) { undo(id(words), date(words.at(2))); }},
       {"undoAll", [this](const Words& words) { undoAll(words); }},
       {"forget", [this](const Words& words) { _engine.forget(folder(words)); }},
   };

@@ -4,12 +4,12 @@
 //     TORTURE_ACTION    kill: the process dies before the call
 //                       fail: the call isn't made and fails with the errno value TORTURE_ERRNO
 //                       ask: another process acts meanwhile, see below
-//                       trace: nothing but the report
-//                       count: nothing happens
+//                       trace, count: nothing happens
 //     TORTURE_FROM      the number of the first call to act at, from 1
 //     TORTURE_COUNT     how many calls to act at; 0 for all that follow
 //     TORTURE_FUNCTION  counts the calls of this one function alone
 //     TORTURE_REPORT    a descriptor that gets a line for each call acted at
+//     TORTURE_TRACE     a descriptor that gets a line for every call
 //     TORTURE_SOCKET    for "ask": a socket that gets such a line as a packet. The call waits for
 //                       the reply: "go", "kill" or an errno value
 //
@@ -70,7 +70,8 @@ struct Settings {
   long from = setting("TORTURE_FROM", 1);
   long count = setting("TORTURE_COUNT", 1);
   int code = static_cast<int>(setting("TORTURE_ERRNO", EIO));
-  int report = static_cast<int>(setting("TORTURE_REPORT", STDERR_FILENO));
+  int report = static_cast<int>(setting("TORTURE_REPORT", -1));
+  int trace = static_cast<int>(setting("TORTURE_TRACE", -1));
   int socket = static_cast<int>(setting("TORTURE_SOCKET", -1));
 };
 
@@ -119,7 +120,7 @@ int ask(int socket, const std::string& line) {
 }
 
 int act(const Settings& settings, const std::string& line) {
-  writeLine(settings.report, line);
+  if (settings.report >= 0) writeLine(settings.report, line);
   if (settings.action == "kill") die();
   if (settings.action == "ask") return ask(settings.socket, line);
   return settings.action == "fail" ? settings.code : 0;
@@ -135,13 +136,16 @@ int meet(const char* function, const Subject& subject) {
   if (!settings.function.empty() && settings.function != function) return 0;
 
   const long number = ++calls;
-  const bool isMeant = settings.action != "count" && number >= settings.from &&
+  const bool isMeant = settings.action != "trace" && settings.action != "count" &&
+                       number >= settings.from &&
                        (settings.count == 0 || number < settings.from + settings.count);
-  if (!isMeant) return 0;
+  if (!isMeant && settings.trace < 0) return 0;
 
   const int code = errno;
-  const int failure = act(
-      settings, std::to_string(number) + " " + function + " " + encoded(pathOf(subject)) + "\n");
+  const std::string line =
+      std::to_string(number) + " " + function + " " + encoded(pathOf(subject)) + "\n";
+  if (settings.trace >= 0) writeLine(settings.trace, line);
+  const int failure = isMeant ? act(settings, line) : 0;
   errno = code;
   return failure;
 }

@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
-"""Kills the program at each of its calls of the file system and the database, and looks at what the next start makes
-of it."""
+"""Kills the program at each of its calls of the file system and the database, and at any moment, and looks at
+what the next start makes of it."""
 
 import os
 
@@ -9,9 +9,9 @@ from machine.canary import COPY, FAR_FUTURE, FEW_KEPT, REMAINS, TREE, File, Worl
 from machine.report import Report
 
 
-def killed(world, operation, number):
+def killed(world, operation, how):
     with world.prepared(operation) as perform:
-        problems = world.problems_after(perform(action="kill", at=number), operation)
+        problems = world.problems_after(perform(**how), operation)
         if puts_back(operation):
             # Another try opens the Bin, and lays back what had been taken there.
             world.undo()
@@ -21,8 +21,13 @@ def killed(world, operation, number):
 
 
 def kills(report, world, name, operation, most=12):
-    for number in report.some(range(1, len(world.calls(operation)) + 1), most):
-        report.check(f"{name} at {number}", killed, world, operation, number)
+    calls = len(world.calls(operation))
+    cases = [(f"{name} at {number}", {"action": "kill", "at": number})
+             for number in report.some(range(1, calls + 1), most)]
+    cases += [(f"{name} at any moment at {number}", {"killed_after": report.random.uniform(0, 0.03)})
+              for number in range(report.count(170, 2))]
+    for label, how in cases:
+        report.check(label, killed, world, operation, how)
 
 
 def killed_again(world, first, number):

@@ -2,6 +2,7 @@
 """At every call of a run someone else acts meanwhile: another run, a reading, a put-back, the tag that is taken off,
 the folder forgotten, the database held or put out of its place."""
 
+import concurrent.futures
 import contextlib
 import os
 import sqlite3
@@ -75,6 +76,16 @@ def BinsTheFolder(world):
 
 
 @contextlib.contextmanager
+def TakesTheRightsAway(world):
+    """To write in the folder."""
+    with as_user():
+        os.chmod(world.folder, 0o500)
+    yield
+    with as_user():
+        os.chmod(world.folder, 0o700)
+
+
+@contextlib.contextmanager
 def HoldsTheDatabase(world):
     """For as long as the run lasts."""
     with contextlib.closing(sqlite3.connect(world.database, isolation_level=None, timeout=0)) as connection:
@@ -100,7 +111,7 @@ def PutsAnotherInItsPlace(world):
 
 # By how many items may lack their row afterwards. The journal goes with a folder that is forgotten.
 OTHERS = {Reads: 0, Runs: 0, PutsBack: 0, TakesTheTagOff: 1, Forgets: len(DUE), MovesTheFolder: 1, BinsTheFolder: 1,
-          HoldsTheDatabase: 1, PutsTheDatabaseAside: 1, PutsAnotherInItsPlace: 1}
+          TakesTheRightsAway: 1, HoldsTheDatabase: 1, PutsTheDatabaseAside: 1, PutsAnotherInItsPlace: 1}
 # After these no more may go than the one item that was in hand: what is in hand has left its place, too.
 STOPPING = (TakesTheTagOff, Forgets, BinsTheFolder, PutsTheDatabaseAside, PutsAnotherInItsPlace)
 
@@ -131,6 +142,15 @@ def met(world, kind, number):
     return result.disturbed * bool(problems) + problems
 
 
+def three_at_once(world):
+    world.reset()
+    with concurrent.futures.ThreadPoolExecutor() as pool:
+        results = [run.result() for run in [pool.submit(world.run) for _ in range(3)]]
+    again = world.start_again()
+    problems = [problem for result in (*results, again) for problem in result.problems]
+    return problems + world.check(in_hand=0, may_wait=True)
+
+
 def main():
     report = Report(__doc__)
     for disposal in ("bin", "delete"):
@@ -139,6 +159,8 @@ def main():
             for kind in OTHERS:
                 for number in report.some(range(1, count + 1), 3):
                     report.check(f"{disposal}, {kind.__name__} at {number}", met, world, kind, number)
+            for number in range(report.count(200, 3)):
+                report.check(f"{disposal}, three at once, {number}", three_at_once, world)
     report.end()
 
 

@@ -1,12 +1,12 @@
 #!/usr/bin/env python3
-"""Items that hold a mount, a subvolume or another Temporary folder, at every depth and under every kind of directory:
-each stays, whole."""
+"""Items that hold a mount, a subvolume, one of the user's fixed places or another Temporary folder, at every depth
+and under every kind of directory: each stays, whole."""
 
 import contextlib
 import itertools
 import os
 
-from machine import mounts
+from machine import fuse, mounts
 from machine.canary import File, World, as_user, contents, own
 from machine.report import Report
 
@@ -33,10 +33,34 @@ def bound_file(world, place, stack):
     stack.enter_context(mounts.mounted(path, "--bind", os.path.join(world.outside, "precious")))
 
 
+def served(world, place, stack):
+    """By a program of the user's."""
+    stack.enter_context(fuse.mounted(place))
+
+
 def subvolume(world, place, stack):
     os.rmdir(place)
     mounts.command("btrfs", "subvolume", "create", place)
     own(place)
+
+
+def home(world, place, stack):
+    stack.callback(world.drive.environment.__setitem__, "HOME", world.home)
+    world.drive.environment |= {"HOME": place, "XDG_DATA_HOME": world.data}
+
+
+def data(world, place, stack):
+    stack.callback(world.drive.environment.pop, "XDG_DATA_HOME")
+    world.drive.environment["XDG_DATA_HOME"] = place
+
+
+def documents(world, place, stack):
+    config = os.path.join(world.home, ".config")
+    with as_user():
+        os.makedirs(config, exist_ok=True)
+        with open(os.path.join(config, "user-dirs.dirs"), "w") as file:
+            file.write(f'XDG_DOCUMENTS_DIR="{place}"\n')
+    stack.callback(os.unlink, os.path.join(config, "user-dirs.dirs"))
 
 
 def temporary_folder(world, place, stack):
@@ -46,8 +70,8 @@ def temporary_folder(world, place, stack):
 
 
 # Each by what has to be at hand for it.
-BOUNDARIES = {"mount": (memory, bound_directory, bound_file), "btrfs": (subvolume,),
-              "": (temporary_folder,)}
+BOUNDARIES = {"mount": (memory, bound_directory, bound_file), "fuse": (served,), "btrfs": (subvolume,),
+              "": (home, data, documents, temporary_folder)}
 
 
 def stays(world, prepare, shape, depth):
@@ -59,7 +83,7 @@ def stays(world, prepare, shape, depth):
             os.makedirs(place)
         prepare(world, place, stack)
         with as_user():
-            if os.access(place, os.W_OK) and prepare not in (bound_directory, bound_file):
+            if os.access(place, os.W_OK) and prepare not in (bound_directory, bound_file, served):
                 world.write(os.path.join(place, "precious"))
         before = contents(world.path(item))
         result = world.run()
@@ -70,6 +94,9 @@ def stays(world, prepare, shape, depth):
         gone = {line[0] for line in result.of("removed")}
         if gone != set(DUE):
             problems.append(f"gone are {gone}")
+        # Where the data's own place is the item, the Bin is too.
+        if prepare is data:
+            problems = [problem for problem in problems if "rows" not in problem and "without a record" not in problem]
     return problems
 
 
@@ -79,8 +106,10 @@ def directories(report, needed):
     if needed == "btrfs":
         for drive in mounts.drives(report, ("btrfs",)):
             yield drive.place
-    elif needed == "mount" and reason:
+    elif needed in ("mount", "fuse") and reason:
         report.skip(f"{needed}: {reason}")
+    elif needed == "fuse" and not os.path.exists("/dev/fuse"):
+        report.skip("no file systems in user space")
     else:
         yield None
 

@@ -85,19 +85,21 @@ class SwapWorld(World):
         return problems + self.check(is_undoing=operation == "put-back", also_at=refuges.get(name, ()))
 
 
-def swapped(world, operation, name, method, number, count):
-    """Performs an operation; at the call of this number the swap is done, and undone at the next if two count."""
+def swapped(world, operation, name, method, changes, **windows):
+    """Performs an operation; at the calls of the windows the swap is done or undone where `changes` says so."""
     world.prepare(operation)
     calls = []
     with contextlib.closing(world.swap(name, method, operation)) as swap:
         def act(call):
-            calls.append(f"{name} swapped by {method} at {call.function} {call.path}")
-            with as_user():
-                swap.undo() if swap.is_done else swap.do()
+            if changes():
+                calls.append(f"{name} swapped by {method} at {call.function} {call.path}")
+                with as_user():
+                    swap.undo() if swap.is_done else swap.do()
             return "go"
 
-        problems = world.problems_after_swap(world.perform(operation, act=act, at=number, count=count), swap, operation)
-    return calls * bool(problems) + problems
+        result = world.perform(operation, act=act, **windows)
+        problems = world.problems_after_swap(result, swap, operation)
+    return len(calls), calls * bool(problems) + problems
 
 
 def at_every_call(report, world, operation, names):
@@ -107,7 +109,14 @@ def at_every_call(report, world, operation, names):
     for name, method, count in itertools.product(names, METHODS, (1, 2)):
         for number in report.windows(calls[first:], world, 1):
             label = f"{operation}, {name} by {method} {'for good' if count == 1 else 'once'} at {number}"
-            report.check(label, swapped, world, operation, name, method, number, count)
+            report.check(label, lambda: swapped(world, operation, name, method, lambda: True, at=number, count=count)[1])
+
+
+def swapped_at_random(world, operation, names, seed):
+    generator = random.Random(seed)
+    name, method = generator.choice(names), generator.choice(METHODS)
+    often = generator.choice((0.02, 0.1, 0.5))
+    return swapped(world, operation, name, method, lambda: generator.random() < often, count=0)
 
 
 def swapped_all_the_time(world, operation, names, seed):
@@ -129,17 +138,18 @@ def swapped_all_the_time(world, operation, names, seed):
         return int(count.read()), world.problems_after_swap(result, swap, operation)
 
 
-def all_the_time(report, world, operation, names):
-    """Goes on with one seed after the other until there were so many swaps; an unwanted seed stands for 500."""
+def until(report, number, usual, how, label, *arguments):
+    """Goes on with one seed after the other until there were so many swaps; an unwanted seed stands for the usual
+    number."""
     done = seed = 0
-    while done < report.count(100_000, 5_000):
+    while done < number:
         seed += 1
-        label = f"{operation}, all the time with seed {seed}"
-        swaps = 500
-        if report.wants(label):
-            swaps, problems = swapped_all_the_time(world, operation, names, seed)
-            report.case(label, problems, swaps)
+        if not report.wants(f"{label} with seed {seed}"):
+            done += usual
+            continue
+        swaps, problems = how(*arguments, seed)
         done += max(swaps, 1)
+        report.case(f"{label} with seed {seed}", problems, swaps)
 
 
 def main():
@@ -148,7 +158,10 @@ def main():
         names = [name for name in DECOYS if operation != "delete" or name not in TRASH]
         with SwapWorld(report.tools, disposal_of(operation)) as world:
             at_every_call(report, world, operation, names)
-            all_the_time(report, world, operation, names)
+            until(report, report.count(33_400, 40), 10, swapped_at_random, f"{operation}, at random",
+                  world, operation, names)
+            until(report, report.count(100_000, 5_000), 500, swapped_all_the_time, f"{operation}, all the time",
+                  world, operation, names)
     report.end()
 
 

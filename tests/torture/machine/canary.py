@@ -16,7 +16,7 @@ from machine.driver import FAR_FUTURE, ORDINARY_USER, Driver
 
 FRESH = FAR_FUTURE + 10_000_000
 TAGS = "user.xdg.tags"
-REMAINS = ".tidemar-"
+REMAINS = (".tidemar-taken-", ".tidemar-copy-", ".tidemar-")
 
 File = collections.namedtuple("File", "mode fresh sparse", defaults=(0o644, False, False))
 Link = collections.namedtuple("Link", "target")
@@ -50,8 +50,8 @@ COPY = "put-back by a copy"
 Entry = collections.namedtuple("Entry", "kind mode content modified changed attributes")
 
 
-def entry_of(path):
-    values = os.lstat(path)
+def entry_of(path, values=None):
+    values = values or os.lstat(path)
     kind = stat.S_IFMT(values.st_mode)
     content = ""
     if kind == stat.S_IFREG:
@@ -69,35 +69,42 @@ def entry_of(path):
 
 
 def snapshot(top):
-    """All that lies under a path, by its path relative to it; what lies there itself under "."."""
-    found = {".": entry_of(top)}
-    if stat.S_ISDIR(found["."].kind):
-        for directory, directories, files in os.walk(top):
-            for name in directories + files:
-                path = os.path.join(directory, name)
-                found[os.path.relpath(path, top)] = entry_of(path)
+    """All that lies under a directory, by its path relative to it; the directory itself under "."."""
+    found = {}
+    pending = ["."]
+    while pending:
+        relative = pending.pop()
+        path = os.path.join(top, relative)
+        found[relative] = entry_of(path)
+        with os.scandir(path) as entries:
+            for entry in entries:
+                below = entry.name if relative == "." else os.path.join(relative, entry.name)
+                if entry.is_dir(follow_symlinks=False):
+                    pending.append(below)
+                else:
+                    found[below] = entry_of(entry.path, entry.stat(follow_symlinks=False))
     return found
 
 
-def lasting(entry):
-    """What makes it the same wherever it lies."""
-    return (entry.kind, entry.mode, entry.content, entry.attributes,
-            entry.modified if entry.kind == stat.S_IFREG else None)
-
-
 def parts(entries, name):
-    """Of a snapshot one top-level entry, as what lasts."""
-    return {path[len(name):]: lasting(entry)
+    """Of a snapshot one top-level entry, as what makes it the same wherever it lies."""
+    return {path[len(name):]: (entry.kind, entry.mode, entry.content, entry.attributes,
+                               entry.modified if entry.kind == stat.S_IFREG else None)
             for path, entry in entries.items() if path == name or path.startswith(name + "/")}
 
 
 def contents(path):
-    """What lasts of a tree; nothing where there is none."""
-    return contents_of(snapshot(path)) if os.path.lexists(path) else {}
+    """Of a tree what makes it the same wherever it lies; nothing where there is none."""
+    if not os.path.lexists(path):
+        return {}
+    if not os.path.isdir(path) or os.path.islink(path):
+        name = os.path.basename(path)
+        return parts({name: entry_of(path)}, name)
+    return contents_of(snapshot(path))
 
 
 def contents_of(entries):
-    return {path: lasting(entry) for path, entry in entries.items()}
+    return {path: parts({path: entry}, path)[""] for path, entry in entries.items()}
 
 
 def differences(what, before, now):
@@ -247,9 +254,9 @@ class World:
     def remember(self):
         """What is there now is what the check compares with."""
         self.before = snapshot(self.folder)
-        self.canaries = self.canaries_now()
+        self.canaries = self._canaries()
 
-    def canaries_now(self):
+    def _canaries(self):
         # A hard link that goes changes the change time of the file that stays.
         return {place: {path: entry._replace(changed=0) if path == "shared" else entry
                         for path, entry in snapshot(place).items()}
@@ -330,7 +337,11 @@ class World:
         """Answers a list of sentences, empty where all is well. As many items as `in_hand` says may lack their
         row; `touched` are items that others changed, looked at by whoever changed them; `also_at` are places
         where the folder has been meanwhile. A record may wait for its item, if that lies at its old place."""
-        return Check(self, in_hand, set(touched), is_undoing, {self.folder, *also_at}, may_wait).found
+        return Check(self, set(touched), is_undoing, {self.folder, *also_at}, may_wait).problems(in_hand)
+
+    def changed_canaries(self):
+        now = self._canaries()
+        return [problem for place, before in self.canaries.items() for problem in differences(place, before, now[place])]
 
     def lost(self, *snapshots):
         """Of snapshots of before what doesn't lie anywhere any more, or twice."""
@@ -340,7 +351,7 @@ class World:
 
 
 class Check:
-    def __init__(self, world, in_hand, touched, is_undoing, places, may_wait):
+    def __init__(self, world, touched, is_undoing, places, may_wait):
         self.world = world
         self.touched = touched
         self.is_undoing = is_undoing
@@ -350,25 +361,30 @@ class Check:
         files = os.path.join(world.trash, "files")
         self.binned = snapshot(files) if os.path.isdir(files) else {}
         self.rows = world.journal()
-        self.found = []
-        canaries = world.canaries_now()
-        for place, before in world.canaries.items():
-            self.found += differences(place, before, canaries[place])
-        kept = [{path: entry for path, entry in entries.items() if path.split("/")[0] in world.kept.keys() - touched}
-                for entries in (world.before, self.now)]
-        self.found += differences("folder", *kept)
+        self.found = world.changed_canaries()
+
+    def problems(self, in_hand):
+        self._compare_kept()
         self._look_for_remains()
         self._read_records()
-        lacking = [name for name in world.due if name not in touched and self._lacks_row(name)]
+        lacking = [name for name in self.world.due if name not in self.touched and self._lacks_row(name)]
         if len(lacking) > in_hand:
             self.found.append(f"items without a record: {lacking}")
+        return self.found
+
+    def _compare_kept(self):
+        def kept(entries):
+            return {path: entry for path, entry in entries.items()
+                    if path.split("/")[0] in self.world.kept and path.split("/")[0] not in self.touched}
+        self.found += differences("folder", kept(self.world.before), kept(self.now))
 
     def _look_for_remains(self):
         for path in self.now:
             name = path.split("/")[0]
             if name.startswith(REMAINS):
                 self.found.append(f"left in the folder: {path}")
-            elif name not in {".", *self.world.due, *self.world.kept, *self.touched}:
+            elif name not in self.world.due and name not in self.world.kept and name != "." \
+                    and name not in self.touched:
                 self.found.append(f"new in the folder: {path}")
 
     def _read_records(self):

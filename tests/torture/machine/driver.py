@@ -65,10 +65,10 @@ class Driver:
             "PATH": os.environ.get("PATH", "/usr/bin:/bin"), "LC_ALL": "C.UTF-8",
             "ASAN_OPTIONS": "verify_asan_link_order=0:detect_leaks=0"}
 
-    def __call__(self, *commands, act=None, **settings):
+    def __call__(self, *commands, act=None, killed_after=None, **settings):
         """Performs commands, each a list of words, in one process. Settings are the hook's, in lower case; `at` is
         the number of the first call that is meant. With `act` the process asks at its calls: `act(call)` answers
-        "go", "kill" or an errno value."""
+        "go", "kill" or an errno value. The process may also be killed after some seconds."""
         text = "".join(" ".join(encoded(word) for word in command) + "\n" for command in commands)
         with contextlib.ExitStack() as stack:
             output, messages, told = (stack.enter_context(tempfile.TemporaryFile()) for _ in range(3))
@@ -85,7 +85,7 @@ class Driver:
             if theirs:
                 theirs.close()
                 answer_all(ours, act)
-            status = end_of(process)
+            status = end_of(process, killed_after)
             for file in (output, messages, told):
                 file.seek(0)
             return Result(output.read().decode(), status, told.read(), messages.read().decode(errors="replace"))
@@ -93,19 +93,18 @@ class Driver:
     def _environment(self, settings, told):
         if not settings:
             return self.environment
-        if settings["action"] == "trace":
-            settings["count"] = 0
-        settings |= {"from": settings.pop("at", 1), "report": told.fileno()}
+        settings["from"] = settings.pop("at", 1)
+        settings["trace" if settings["action"] == "trace" else "report"] = told.fileno()
         hooks = {"TORTURE_" + key.upper(): str(value) for key, value in settings.items()}
         return self.environment | hooks | {"LD_PRELOAD": self.hook}
 
 
-def end_of(process):
+def end_of(process, killed_after):
     try:
-        return process.wait(LONGEST_RUN)
+        return process.wait(killed_after or LONGEST_RUN)
     except subprocess.TimeoutExpired:
         process.kill()
-        return f"nothing within {LONGEST_RUN} s"
+        return process.wait() if killed_after else f"nothing within {LONGEST_RUN} s"
 
 
 def answer_all(channel, act):

@@ -1,11 +1,12 @@
 """The rules by which items go, told a second time, to compare the program with: straight from a folder's entries to
-what goes, and without a thought for speed."""
+what goes, in whole nanoseconds and without a thought for speed."""
 
 import collections
 import math
 import os
 import stat
 import unicodedata
+from fractions import Fraction
 
 DAY = 86400
 PACKAGES = (".appdir", ".photoslibrary", ".rtfd")
@@ -82,7 +83,7 @@ def items(folder):
             size += more
             if not is_package(name, values):
                 freshness = max([freshness, *dates]) if is_whole else None
-        yield Item(name, freshness and freshness // 10**9 + freshness % 10**9 * 1e-9, size)
+        yield Item(name, freshness and Fraction(freshness, 10**9), size)
 
 
 def order(item):
@@ -116,6 +117,7 @@ def due(found, rules, conditions):
 
 
 def upcoming(found, rules):
-    dated = [item._replace(freshness=item.freshness + rules.days * DAY) for item in found
-             if rules.days is not None and item.freshness is not None]
-    return [(item.name, item.freshness) for item in sorted(dated, key=order)]
+    if rules.days is None:
+        return []
+    dated = sorted((item for item in found if item.freshness is not None), key=order)
+    return [(item.name, item.freshness + rules.days * DAY) for item in dated]

@@ -7,23 +7,26 @@ import sys
 import time
 
 SKIPPED = 77
-MOST = 20
 
 
 class Report:
-    """Counts cases and prints what went wrong in the first of them. Every case has a label; `--only` repeats it alone."""
+    """Counts cases and prints what went wrong in them. Every case has a label; `--only` repeats it alone."""
 
     def __init__(self, description):
         parser = argparse.ArgumentParser(description=description)
         parser.add_argument("driver")
         parser.add_argument("hook")
         parser.add_argument("--full", action="store_true", help="every window and the full counts")
+        parser.add_argument("--times", type=int, default=1, help="so many times the sample")
         parser.add_argument("--only", help="the one case of this label")
         parser.add_argument("--seed", type=int, default=1)
+        parser.add_argument("--most", type=int, default=20, help="end after this many cases with problems")
         options = parser.parse_args()
         self.tools = (options.driver, options.hook)
         self.is_full = options.full
+        self._times = options.times
         self._only = options.only
+        self._most = options.most
         self.random = random.Random(options.seed)
         self.counts = {}
         self.failed = 0
@@ -32,12 +35,12 @@ class Report:
         signal.signal(signal.SIGTERM, lambda *_: self.end("cut off: "))
 
     def count(self, full, reduced):
-        return full if self.is_full else min(full, reduced)
+        return full if self.is_full else min(full, reduced * self._times)
 
     def some(self, windows, most, full=None):
         """In a reduced run that many of the windows, the same ones each time; in a full one all, or so many."""
         windows = list(windows)
-        most = (full or len(windows)) if self.is_full else most
+        most = (full or len(windows)) if self.is_full else most * self._times
         if self._only or len(windows) <= most:
             return windows
         return [windows[index] for index in sorted(self.random.sample(range(len(windows)), most))]
@@ -65,7 +68,7 @@ class Report:
             return
         self.failed += 1
         print(f"--only '{label}'", *problems, sep="\n    ", flush=True)
-        if self.failed == MOST:
+        if self.failed >= self._most:
             self.end()
 
     def skip(self, reason):

@@ -44,27 +44,42 @@ class Writer:
     def open(self, name, flags):
         return os.open(name, flags, 0o644, dir_fd=self.directory)
 
-    def make(self, name):
+    def make(self, name, fresh=True):
         """A new file, if the directory still takes one."""
-        with contextlib.suppress(FileNotFoundError):
+        text = self.text()
+        try:
             descriptor = self.open(name, os.O_WRONLY | os.O_CREAT | os.O_EXCL)
-            os.write(descriptor, self.text())
+        except FileNotFoundError:
+            self.written.pop()
+            return False
+        os.write(descriptor, text)
+        if fresh:
             os.utime(descriptor, (FRESH, FRESH))
-            os.close(descriptor)
-            return True
-        return False
+        os.close(descriptor)
+        return True
+
+    def rename(self, name, other):
+        os.rename(name, other, src_dir_fd=self.directory, dst_dir_fd=self.directory)
 
 
-class Saves(Writer):
-    """By a rename, as most editors do, and under the old date, as a program that brings back another version."""
+class SavesByRename(Writer):
+    """As most editors do."""
+
+    def act(self):
+        if self.make(".saving"):
+            self.rename(".saving", self.name)
+
+
+class SavesKeepingTheDate(Writer):
+    """As a program does that brings back another version of a file."""
 
     def prepare(self):
         self.date = os.stat(self.name, dir_fd=self.directory).st_mtime_ns
 
     def act(self):
-        if self.make(".saving"):
+        if self.make(".saving", fresh=False):
             os.utime(".saving", ns=(self.date, self.date), dir_fd=self.directory)
-            os.rename(".saving", self.name, src_dir_fd=self.directory, dst_dir_fd=self.directory)
+            self.rename(".saving", self.name)
 
 
 class Appends(Writer):
@@ -165,7 +180,7 @@ class DragsADirectoryOut(Writer):
                     self.written.append(file.read())
 
 
-EVERYWHERE = (Saves, Appends, OpensAndAppends, WaitsAndAppends, StoresInAMapping)
+EVERYWHERE = (SavesByRename, SavesKeepingTheDate, Appends, OpensAndAppends, WaitsAndAppends, StoresInAMapping)
 WRITERS = [(kind, where) for kind in EVERYWHERE for where in ("item", "tree", "inner")] + [
     (DropsAFile, "tree"), (DropsAFile, "inner"), (DropsADirectory, "tree"), (DropsADirectory, "inner"),
     (DragsADirectoryOut, "tree")]

@@ -1,0 +1,59 @@
+#include "Platform/UserDefaults.h"
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <nlohmann/json.hpp>
+#include <string>
+
+#include "Platform/Files/Descriptors/WholeFile.h"
+#include "Platform/Text.h"
+#include "fuzz/Check.h"
+
+namespace tidemar::fuzz {
+namespace {
+
+using nlohmann::json;
+
+/// A directory for the suite's files, in memory where that can be had; it goes with the process.
+std::string makeDirectory() {
+  static std::string path = std::filesystem::exists("/dev/shm") ? "/dev/shm" : "/tmp";
+  path += "/tidemar-fuzz-XXXXXX";
+  require(mkdtemp(path.data()) != nullptr, "there is a directory to work in");
+  std::atexit([] { std::filesystem::remove_all(path); });
+  return path;
+}
+
+}  // namespace
+
+/// The input is the file of a suite.
+void check(std::string_view input) {
+  static const std::string directory = makeDirectory();
+  const FileURL file(directory + "/suite.json");
+  const FileURL damaged(directory + "/suite.json.damaged");
+  std::filesystem::remove(damaged.path());
+  std::ofstream(file.path(), std::ios::binary) << input;
+
+  UserDefaults defaults(file);
+  const auto folders = defaults.stringArray("folders");
+  const std::string value(input.substr(0, 32));
+  defaults.setString("fuzz", value);
+  require(defaults.string("fuzz") == displayText(value), "a value that was set is there");
+
+  json before = json::parse(input, nullptr, /*allow_exceptions=*/false);
+  if (const auto kept = WholeFile::read(damaged)) {
+    require(*kept == input, "a damaged file is kept as it was");
+    require(!folders, "a damaged file reads as empty");
+    constexpr std::size_t surelySmall = 64;
+    require(!before.is_object() || input.size() > surelySmall || input.contains('\0'),
+            "an ordinary object isn't damaged");
+    return;
+  }
+  require(before.is_object() && !input.contains('\0'), "a suite is an object and nothing else");
+  json after = json::parse(*WholeFile::read(file));
+  before.erase("fuzz");
+  after.erase("fuzz");
+  require(after == before, "all other values stay, whatever they are");
+}
+
+}  // namespace tidemar::fuzz
