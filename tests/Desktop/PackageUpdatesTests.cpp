@@ -35,6 +35,7 @@ class PackageUpdatesTest : public BusTest {
       return call.createReply(QVariant::fromValue(QDBusObjectPath(path)));
     }
     jobs << call.member();
+    EXPECT_NE(call.arguments(), QVariantList{true}) << "what isn't a week old needn't be fetched";
     const bool isTroubled = call.member() == troubledJob;
     if (isTroubled && trouble == Trouble::isRefused)
       return call.createErrorReply(u"org.example.Refused"_s, u"Not today."_s);
