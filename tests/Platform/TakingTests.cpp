@@ -177,9 +177,41 @@ TEST_P(Taking, aNameThatWasTakenMeanwhileIsNotReplaced) {
   EXPECT_EQ(readFile(FileURL(path("single (3)"))), "xx");
 }
 
+TEST_P(Taking, goesWhereverTheFolderIsByThen) {
+  const ItemState item = look("item");
+  ASSERT_EQ(rename(path("").c_str(), _home.path("moved").c_str()), 0);
+  makeTree(_home.url(), "folder/\n  item/\n    precious");
+  take(item);
+  EXPECT_FALSE(exists(_home.url("moved/item")));
+  EXPECT_TRUE(exists(_home.url("folder/item/precious")));
+  EXPECT_TRUE(namesIn(_home.url("moved")).contains("single"));
+  if (GetParam() == Disposal::bin) {
+    EXPECT_EQ(pathIn(_home.url(".local/share/Trash/info/item.trashinfo")),
+              _home.path("moved/item"));
+  }
+}
+
+TEST_P(Taking, nothingGoesFromAFolderThatLiesInTheBin) {
+  makeTree(_home.url(), ".local/\n  share/\n    Trash/\n      files/\n      info/");
+  const ItemState item = look("item");
+  ASSERT_EQ(rename(path("").c_str(), _home.path(".local/share/Trash/files/folder").c_str()), 0);
+  EXPECT_THROW(take(item), PlatformError);
+  EXPECT_TRUE(exists(_home.url(".local/share/Trash/files/folder/item/sub/deep/leaf")));
+}
+
 class Deleting : public Taking {};
 INSTANTIATE_TEST_SUITE_P(Platform, Deleting, ::testing::Values(Disposal::delete_),
                          [](const auto&) { return "deleting"; });
+
+TEST_P(Deleting, takesHardLinksOfOneFile) {
+  for (const char* name : {"a", "sub/b", "sub/deep/c"})
+    ASSERT_EQ(link(path("item/file").c_str(), path(std::string("item/") + name).c_str()), 0);
+  ASSERT_EQ(link(path("item/file").c_str(), path("kept").c_str()), 0);
+  take(look("item"));
+  EXPECT_FALSE(exists(_home.url("folder/item")));
+  EXPECT_EQ(readFile(_home.url("folder/kept")), "xxx");
+  expectNoTrace();
+}
 
 TEST_P(Deleting, emptiesNoOtherDirectoryThatCameInThePlaceOfOneThatWasClosedMeanwhile) {
   const std::string decoy = _home.path("decoy");

@@ -42,6 +42,18 @@ TEST_F(FolderCommands, EachFailureIsToldInItsOwnWords) {
   EXPECT_TRUE(model->reports().empty());
 }
 
+TEST_F(FolderCommands, NewSettingsKeepWhatARunWroteMeanwhile) {
+  makeTemporary("/f");
+  const Folder asShown = model->reports().at(0).folder;
+  now = ModelWorld::start + 100;
+  runCycle();
+  TemporarySettings settings;
+  settings.maxAgeDays = 7;
+  waitFor(model->changeSettings(*asShown.id, asShown.settings, settings));
+  EXPECT_EQ(model->reports().at(0).folder.settings, settings);
+  EXPECT_EQ(model->reports().at(0).folder.lastRunAt, Date{ModelWorld::start + 100});
+}
+
 TEST_F(FolderCommands, NewRulesAreShownBeforeTheirFoldersDiskIsAsked) {
   makeTemporary("/f", {"a" + aged(10)});
   std::vector<FolderReport> shown;

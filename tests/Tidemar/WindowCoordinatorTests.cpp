@@ -403,5 +403,22 @@ TEST_F(WindowCoordinatorTest, TheTrayMenuSaysWhatGoesWhereItStandsInForThePopove
   EXPECT_TRUE(world.disk.exists("/home/ada/Downloads/old"));
 }
 
+TEST_F(WindowCoordinatorTest, AnEditOnTopOfOneThatIsBeingWrittenLosesNeither) {
+  windows.showMain(FileURL("/home/ada/Downloads"));
+  // The screen still shows the stored settings when the second edit is made.
+  TemporarySettings aged;
+  aged.maxAgeDays = 30;
+  TemporarySettings restarting;
+  restarting.emptyOnRestart = true;
+  mainView().onChangeSettings(first, {}, aged);
+  mainView().onChangeSettings(first, {}, restarting);
+  TemporarySettings both = aged;
+  both.emptyOnRestart = true;
+  const auto stored = [this] { return world.model->reports().front().folder.settings; };
+  for (int turn = 0; turn < 100 && stored() != both; ++turn)
+    QApplication::processEvents(QEventLoop::WaitForMoreEvents);
+  EXPECT_EQ(stored(), both);
+}
+
 }  // namespace
 }  // namespace tidemar::testing
