@@ -69,11 +69,16 @@ TEST_F(BinnedItemTest, BelievesNoTrashOfADriveThatSomeoneElseCouldArrange) {
       {own, "true", true},
       {own, "mv $T other; ln -s other $T"},
       {own, "chown 77 $T"},
+      {own, "mv $T/files other; ln -s ../other/files $T/files"},
+      {own, "chown 77 $T/files"},
+      {own, "mv $T/info other; ln -s ../other/info $T/info"},
       {own, "mv $T/info other"},
       {own + "7", "true"},
       {"directory/" + own, "true"},
       {shared, "chmod 1777 .Trash", true},
       {shared, "true"},
+      {shared, "chmod 1777 .Trash; mv .Trash other/shared; ln -s other/shared .Trash"},
+      {shared, "chmod 1777 .Trash; chown 77 $T"},
       {shared + "7", "chmod 1777 .Trash"},
   };
   for (const auto& row : rows) {
@@ -234,6 +239,9 @@ TEST_F(PutBackTest, BringsBackWhatWasLookedAtOrNothing) {
     std::string folder = "folder";  // Where the folder lies in the end.
   } rows[] = {
       {"another item", exchange(place, home("Decoy/item")), ESTALE, "decoy", true},
+      {"other content", [&] { writeFile(place, "longer content"); }, ESTALE, "longer content",
+       true},
+      {"the folder deleted", [&] { erase(folder("")); }, ENOENT, "content", true},
       {"taken away", moving(place, home("taken")), ENOENT, "nothing", true},
       {"the Bin's items exchanged", exchange(bin("files"), home("Decoy")), 0, "decoy", false},
       {"a later item's record", [&] { writeFile(bin("info/item.trashinfo"), "[Trash Info]\n"); }, 0,

@@ -105,7 +105,7 @@ TEST_F(PutBackByCopy, TakesNothingOutOfTheBinThatIsNotWholeInTheFolder) {
   enum class Folder { empty, other, hasCopy };
   const std::string write = "writes";
   const std::string dated = "; touch -d @1000000000 $C/inner/file";
-  const std::string bin =
+  const std::string binFolder =
       "mkdir -p $D/.Trash-" + user + "/files; mv $F $D/.Trash-" + user + "/files";
   const struct {
     int code;
@@ -137,8 +137,8 @@ TEST_F(PutBackByCopy, TakesNothingOutOfTheBinThatIsNotWholeInTheFolder) {
       {EIO, syncing, "rm $C/pipe"},
       {EIO, syncing, "touch $C/inner/more"},
       {ESTALE, placing, "rm -r $C; touch $C", Folder::other},
-      {ENOENT, syncing, bin},
-      {ENOENT, placing, bin, Folder::hasCopy},
+      {ENOENT, syncing, binFolder},
+      {ENOENT, placing, binFolder, Folder::hasCopy},
       {ESTALE, placed, "echo later > $O/inner/file", Folder::hasCopy},
       {ETXTBSY, placed, write, Folder::hasCopy},
       {0, taken, "echo later > $O", Folder::hasCopy},
@@ -157,14 +157,14 @@ TEST_F(PutBackByCopy, TakesNothingOutOfTheBinThatIsNotWholeInTheFolder) {
         writer = FileDescriptor(::open(file.path().c_str(), O_WRONLY | O_CLOEXEC));
       } else {
         runCommand("O='" + place.path() + "'; D='" + drive("").path() +
-                   "'; F=$D/folder; C=$(echo " + "$F/.tidemar-copy-*)/0/item; " + row.command);
+                   "'; F=$D/folder; C=$(echo $F/.tidemar-copy-*)/0/item; " + row.command);
       }
       left = exists(file) ? readFile(file) : "nothing";
     };
     withActionBefore(row.step.first, act, [&] { code = putBack(place); });
     EXPECT_EQ(code, row.code);
     EXPECT_EQ(exists(file) ? readFile(file) : "nothing", left);
-    EXPECT_TRUE(exists(FolderAndBin::bin("info/item.trashinfo")));
+    EXPECT_TRUE(exists(bin("info/item.trashinfo")));
     const FileURL present = exists(folder("")) ? folder("") : folderInBin;
     EXPECT_EQ(namesIn(present).size(), row.then == Folder::empty ? 0U : 1U);
     if (row.then == Folder::hasCopy) {

@@ -139,17 +139,6 @@ TEST_F(Removal, AMountInsideAnItemKeepsItWholeAndWithoutADate) {
   chmod(path("item/sub").c_str(), 0700);
 }
 
-TEST_F(Removal, AMountedFileIsNoOrdinaryFile) {
-  makeTree(_directory.url(), "mounted\nother 3");
-  const BindMount mount(url("other"), url("mounted"));
-  if (!mount.isMounted()) GTEST_SKIP() << mount.reason();
-  for (const ListedEntry& entry : listDirectory(_directory.url())) {
-    const bool isMountPoint = entry.url == url("mounted");
-    EXPECT_EQ(entry.values.addedToDirectoryDate.has_value(), !isMountPoint) << entry.url.path();
-  }
-  EXPECT_EQ(codeOfBothWays(url("mounted")), EXDEV);
-}
-
 TEST_F(Removal, ASubvolumeInsideAnItemKeepsItWholeAndWithoutADate) {
   const TestFileSystem volume(TestFileSystem::Type::btrfs);
   if (!volume.isMounted()) GTEST_SKIP() << volume.reason();

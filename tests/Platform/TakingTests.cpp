@@ -237,7 +237,7 @@ TEST_P(Deleting, laysWhatChangedBackIntoItsDirectoryThoughItsNameIsTaken) {
   const ItemState outer = look("outer");
   const auto interfere = [&](int call) {
     if (call != 3) return;  // All but the leaf lies in its place.
-    runCommand("cd '" + path("") + "'.tidemar-taken-* && sleep 0.01 && mkdir 0/outer/inner && " +
+    runCommand("cd '" + path("") + "'.tidemar-taken-* && mkdir 0/outer/inner && " +
                "echo saved > 1/inner/new && mv 1/inner/new 1/inner/leaf");
   };
   withActionBefore(SYS_renameat2, interfere, [&] { EXPECT_THROW(take(outer), ItemChanged); });
@@ -286,6 +286,20 @@ TEST_P(Deleting, givesBackWhatAKilledRunHadTaken) {
   _folder->read(visitor);
   EXPECT_EQ(readFile(_home.url("folder/single (2)")), "xxxxx");
   EXPECT_FALSE(exists(FileURL(left)));
+
+  arrange(R"(
+    left/
+      tidemar
+      0/
+        tree/
+          kept
+      1/
+        inner/
+      2/
+        leaf 4)");
+  _folder->giveBackTaken();
+  EXPECT_TRUE(exists(_home.url("folder/tree/kept")));
+  EXPECT_EQ(readFile(_home.url("folder/tree/inner/leaf")), "xxxx") << "entry by entry";
 
   for (const char* foreign : {"left/\n  0/\n    x", "left/\n  tidemar\n  0/\n    x\n  other",
                               "left/\n  tidemar\n  7/\n    x"}) {

@@ -146,7 +146,7 @@ TEST(ClockCheck, AClockThatWasSetFarOffClearsNothingForAnHour) {
   }
 }
 
-TEST_F(BackgroundCycle, SlowFilesLeaveTheMainThreadFree) {
+TEST(CycleOnAThread, SlowFilesLeaveTheMainThreadFree) {
   WaitingPool pool(1);
   ModelWorld world(&pool);
   world.makeTemporary("/f", {"old" + old});
@@ -164,7 +164,7 @@ TEST_F(BackgroundCycle, SlowFilesLeaveTheMainThreadFree) {
   EXPECT_EQ(world.removedNames(), "old");
 }
 
-TEST_F(BackgroundCycle, StoppingEndsARunBetweenTwoItemsAndWaitsForItsEnd) {
+TEST(CycleOnAThread, StoppingEndsARunBetweenTwoItemsAndWaitsForItsEnd) {
   WaitingPool pool(1);
   ModelWorld world(&pool);
   world.makeTemporary("/f", {"a" + world.aged(94), "b" + world.aged(93), "c" + world.aged(92)});

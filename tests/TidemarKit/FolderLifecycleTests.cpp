@@ -67,6 +67,7 @@ TEST_F(FolderLifecycle, aPlaceWithSeveralRowsIsThatOfTheOneThatLivesThere) {
 
 TEST_F(FolderLifecycle, whatTheDiskRefusesChangesNoRow) {
   const Folder folder = temporaryFolder("/f", rules);
+  engine.store().insert(entryOf(folder, "a"));
   EXPECT_EQ(codeOf([&] { engine.addFolder(FileURL("/missing"), now); }), ENOENT);
   files.fail("bookmark /g", EACCES);
   EXPECT_EQ(codeOf([&] { engine.addFolder(FileURL("/g"), now); }), EACCES);
@@ -79,6 +80,7 @@ TEST_F(FolderLifecycle, whatTheDiskRefusesChangesNoRow) {
   files.fail("bookmark /f", EIO);
   EXPECT_EQ(codeOf([&] { engine.resolve(folder); }), EIO);
   EXPECT_EQ(engine.store().folders(), std::vector{folder});
+  EXPECT_EQ(engine.store().journalOfFolder(*folder.id).size(), 1U);
 }
 
 TEST_F(FolderLifecycle, aFolderThatMovedKeepsItsRowAndRules) {

@@ -8,7 +8,7 @@ namespace {
 constexpr Date morning = utc(2026, 11, 16, 9, 30);
 
 /// Entries as words: the id or a dash for none, "x" for deleted and "u" for put back, "/2" for the
-/// second folder, and "+4" for four minutes after that morning.
+/// second folder, and "+4" for four seconds after that morning.
 std::vector<JournalEntry> journalOf(const std::string& text) {
   std::vector<JournalEntry> journal;
   std::istringstream words(text);
@@ -18,7 +18,7 @@ std::vector<JournalEntry> journalOf(const std::string& text) {
     const std::size_t slash = word.find('/');
     const std::size_t plus = word.find('+');
     entry.folderID = slash == word.npos ? 1 : word[slash + 1] - '0';
-    entry.performedAt = morning + (plus == word.npos ? 0 : std::stod(word.substr(plus)) * 60);
+    entry.performedAt = morning + (plus == word.npos ? 0 : std::stod(word.substr(plus)));
     if (word.contains('x')) entry.disposal = Disposal::delete_;
     if (word.contains('u')) entry.undoneAt = entry.performedAt + 60;
   }
@@ -67,16 +67,16 @@ TEST(RecentRuns, TellTheLastCleanings) {
        {"1 item to the Trash | Removed folder · 09:30 | 9 | Put 1 item back",
         "1 item to the Trash | M\uFFFDll · 09:30 | 8 | Put 1 item back"}},
       {"instants a millisecond apart are two runs",
-       "9+0.0001 8",
+       "9+0.001 8",
        {"1 item to the Trash | Downloads · 09:30 | 9 | Put 1 item back",
         "1 item to the Trash | Downloads · 09:30 | 8 | Put 1 item back"}},
       {"the three newest of five, newest first",
-       "1+1 2+4 3 4+3 5+2",
+       "1+60 2+240 3 4+180 5+120",
        {"1 item to the Trash | Downloads · 09:34 | 2 | Put 1 item back",
         "1 item to the Trash | Downloads · 09:33 | 4 | Put 1 item back",
         "1 item to the Trash | Downloads · 09:32 | 5 | Put 1 item back"}},
       {"a run without any id gives no row and leaves its place empty",
-       "4+3 -+2 2+1 1",
+       "4+180 -+120 2+60 1",
        {"1 item to the Trash | Downloads · 09:33 | 4 | Put 1 item back",
         "1 item to the Trash | Downloads · 09:31 | 2 | Put 1 item back"}},
   };
@@ -91,20 +91,20 @@ TEST(TrayMenu, OffersTheLatestRunThatCanBePutBack) {
     std::vector<std::int64_t> ids;
   } rows[] = {
       {"", "", {}},
-      {"1 3+150 2+150", "Put 2 items back · Downloads · 12:00", {3, 2}},
+      {"1 3+9000 2+9000", "Put 2 items back · Downloads · 12:00", {3, 2}},
       // One before a deleted one and one that is back.
-      {"1 2x+150 3u+151", "Put 1 item back · Downloads · 09:30", {1}},
+      {"1 2x+9000 3u+9060", "Put 1 item back · Downloads · 09:30", {1}},
       // None that the popover doesn't show.
-      {"1 2x+150 3x+151 4x+152", "", {}},
+      {"1 2x+9000 3x+9060 4x+9120", "", {}},
   };
   const std::vector<FolderReport> reports = {
       sampleReport(1, taggedStatus({sampleItem("a")}, {}), {}, "/home/ada/Downloads")};
   for (const auto& row : rows) {
     const TrayMenuState state =
         trayMenuState(reports, journalOf(row.journal), morning, Formats("en_GB", "UTC"), "Trash");
-    EXPECT_EQ(state.headline, "1 item goes now");
-    EXPECT_EQ(state.putBack, row.putBack);
-    EXPECT_EQ(state.journalEntryIDs, row.ids);
+    EXPECT_EQ(state.headline, "1 item goes now") << row.journal;
+    EXPECT_EQ(state.putBack, row.putBack) << row.journal;
+    EXPECT_EQ(state.journalEntryIDs, row.ids) << row.journal;
   }
 }
 

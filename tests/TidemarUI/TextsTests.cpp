@@ -145,6 +145,12 @@ TEST(FailureLine, NamesWhatItIsAboutWhateverItsBytes) {
 }
 
 TEST(SetupState, OffersWhatIsNotDoneYet) {
+  const std::map<std::string_view, SetupOffer> offers = {
+      {"", SetupOffer::none},
+      {"Open Extension Settings…", SetupOffer::openExtensionManagement},
+      {"Open Login Items…", SetupOffer::openLoginItemsSettings},
+      {"Enable at Login", SetupOffer::enableAtLogin},
+      {"Allow Notifications", SetupOffer::requestNotifications}};
   const std::pair<SetupState, const char*> rows[] = {
       // Extension, login item, its approval, notifications, their refusal. With a hint: *.
       {{false, false, false, false, false},
@@ -158,7 +164,7 @@ TEST(SetupState, OffersWhatIsNotDoneYet) {
     for (const SetupStep& step : setupSteps(state)) {
       drawn += (step.isDone ? "done " : "") + std::string(step.offerTitle) +
                (step.hint.empty() ? ", " : "*, ");
-      EXPECT_EQ(step.offerTitle.empty(), step.offer == SetupOffer::none);
+      EXPECT_EQ(step.offer, offers.at(step.offerTitle));
     }
     EXPECT_EQ(drawn, expected);
   }

@@ -1,5 +1,8 @@
+#include <linux/fs.h>
 #include <sqlite3.h>
+#include <sys/ioctl.h>
 
+#include "Platform/Files/Descriptors/FileDescriptor.h"
 #include "TidemarKit/Store/LedgerWorld.h"
 
 namespace tidemar::testing {
@@ -84,6 +87,24 @@ TEST(RemovalLedger, letsNothingGoWhoseRowCouldNotBeWrittenAndKeepsTheRowOfWhatWe
     EXPECT_TRUE(ledger.isSettled()) << "what is outstanding is written first";
     ledger.record(world.row("c"));
     EXPECT_EQ(world.names(), (Rows{"a", "b", "c"}));
+  }
+}
+
+TEST(RemovalLedger, refusesAFileOrADirectoryThatWasMadeImmutable) {
+  for (const bool isDirectory : {false, true}) {
+    LedgerWorld world;
+    const FileDescriptor place(
+        open((isDirectory ? world.directory : world.path).c_str(), O_RDONLY | O_CLOEXEC));
+    const auto setFlags = [&](int flags) {
+      return ioctl(place.get(), FS_IOC_SETFLAGS, &flags) == 0;
+    };
+    int flags = 0;
+    if (ioctl(place.get(), FS_IOC_GETFLAGS, &flags) != 0 || !setFlags(flags | FS_IMMUTABLE_FL))
+      GTEST_SKIP() << "nothing can be made immutable here";
+    EXPECT_EQ(databaseCodeOf([&] { world.ledger.prepare(world.row("a")); }),
+              isDirectory ? SQLITE_CANTOPEN : SQLITE_IOERR);
+    EXPECT_TRUE(setFlags(flags));
+    world.ledger.prepare(world.row("a"));
   }
 }
 

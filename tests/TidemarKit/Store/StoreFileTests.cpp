@@ -158,32 +158,37 @@ TEST(StoreFile, aDamagedOneIsReadOrRefusedAndNeverChanged) {
   const FileURL file = directory.url("tidemar.sqlite");
   Folder folder;
   {
-    Store store(file.path());
-    folder = store.insert(folderAt("/f"));
+    Store store(directory.path("whole"));
+    for (int i = 0; i < 20; ++i)
+      folder = store.insert(folderAt("/f" + std::to_string(i)));
     for (int i = 0; i < 120; ++i)
       store.insert(entryOf(folder, "item " + std::to_string(i), i));
   }
-  const std::string whole = readFile(file);
-  std::set<bool> isReadable;
+  const std::string whole = readFile(directory.url("whole"));
+  int readCount = 0;
   for (unsigned seed = 0; seed < 60; ++seed) {
     std::mt19937 random(seed);
     std::string content = whole;
+    if (seed % 4 == 0) content.resize(1 + random() % whole.size());
     // Half of the bits near the beginning, where the header and the schema are.
+    const std::size_t end = std::min(content.size(), seed % 2 == 0 ? whole.size() : 1024);
     for (std::size_t flips = random() % 20; flips > 0; --flips)
-      content[random() % (seed % 2 == 0 ? whole.size() : 1024)] ^=
-          static_cast<char>(1U << random() % 8);
+      content[random() % end] ^= static_cast<char>(1U << random() % 8);
     writeFile(file, content);
     try {
       Store store(file.path());
       store.journalOfFolder(*folder.id);
+      store.journalSince(Date{60});
       store.tryInsert(entryOf(folder, "x"));
-      isReadable.insert(true);
+      store.folders();
+      ++readCount;
     } catch (const DatabaseError&) {
-      isReadable.insert(false);
+      // Refused: as good an end as any other.
     }
     EXPECT_EQ(readFile(file), content) << seed;
   }
-  EXPECT_EQ(isReadable.size(), 2U) << "or the damage is not worth its name";
+  EXPECT_GT(readCount, 3) << "or the damage is not worth its name";
+  EXPECT_LT(readCount, 57);
 }
 
 }  // namespace
