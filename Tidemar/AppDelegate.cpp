@@ -31,6 +31,7 @@
 #include "Tidemar/Model/WaitingPool.h"
 #include "Tidemar/Updates.h"
 #include "Tidemar/WindowCoordinator.h"
+#include "Tidemar/WindowFrame.h"
 #include "TidemarUI/State/FailureLine.h"
 #include "TidemarUI/State/Labels.h"
 #include "TidemarUI/State/TomorrowNotification.h"
@@ -201,8 +202,10 @@ void AppDelegate::makeScreens() {
   connect(&_platform->colorScheme, &DesktopColorScheme::told, this,
           [](DesktopColorScheme::Preference preference) {
             const auto colors = PlasmaColors::palette();
+            const QPalette before = QGuiApplication::palette();
             // Colours that the user chose one by one say more than that they be dark.
             adoptColorScheme(colors ? ColorScheme::asGiven : schemeFor(preference), colors);
+            if (QGuiApplication::palette() != before) WindowFrame::remakeDrawn();
           });
   qApp->installEventFilter(this);
   _updates = std::make_unique<Updates>(_platform->updateService);

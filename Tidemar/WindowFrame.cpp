@@ -3,6 +3,7 @@
 #include <QCursor>
 #include <QGuiApplication>
 #include <QScreen>
+#include <QWindow>
 #include <algorithm>
 #include <optional>
 #include <sstream>
@@ -94,6 +95,17 @@ void center(QWidget& window) {
   QRect frame({}, window.size());
   frame.moveCenter(screen->availableGeometry().center());
   bringInto(*screen, window, frame);
+}
+
+void remakeDrawn() {
+  if (hasPlaces()) return;
+  for (QWindow* window : QGuiApplication::topLevelWindows()) {
+    const Qt::WindowFlags flags = window->flags();
+    if (window->handle() == nullptr || flags.testFlag(Qt::FramelessWindowHint)) continue;
+    // A frame goes and comes with the flag, while the window stays where it is.
+    window->setFlags(flags | Qt::FramelessWindowHint);
+    window->setFlags(flags);
+  }
 }
 
 }  // namespace tidemar::WindowFrame

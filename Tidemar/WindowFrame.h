@@ -18,4 +18,8 @@ void store(const QWidget& window, UserDefaults& defaults);
 /// Puts a window in the middle of the screen with the pointer, and makes it fit there.
 void center(QWidget& window);
 
+/// Has the frames drawn anew that the toolkit draws itself, where a Wayland desktop leaves that to
+/// programs: such a frame keeps the colours of the moment it was made in. Elsewhere does nothing.
+void remakeDrawn();
+
 }  // namespace tidemar::WindowFrame
