@@ -1,9 +1,11 @@
 #include "Platform/Desktop/DesktopNotificationCenter.h"
 
 #include <QCoroDBusPendingCall>
+#include <QCoroTimer>
 #include <QDBusError>
 #include <QDBusMessage>
 #include <QDBusPendingReply>
+#include <QDeadlineTimer>
 #include <QStringList>
 #include <QVariantMap>
 #include <algorithm>
@@ -35,6 +37,13 @@ std::runtime_error failure(const QDBusError& error) {
       return std::runtime_error("The notification service refused (" + error.name().toStdString() +
                                 ").");
   }
+}
+
+/// Of a server that has taken its name and isn't to be reached under it yet: GNOME's opens its
+/// object a moment later.
+bool isStillStarting(const QDBusError& error) {
+  return error.type() == QDBusError::UnknownMethod || error.type() == QDBusError::UnknownObject ||
+         error.type() == QDBusError::UnknownInterface;
 }
 
 QString escaped(QString text) {
@@ -123,13 +132,19 @@ QCoro::Task<void> DesktopNotificationCenter::add(std::string identifier, std::st
 }
 
 QCoro::Task<DesktopNotificationCenter::Server> DesktopNotificationCenter::findServer() {
-  const QDBusPendingCall pending = call(serviceName, QStringLiteral("GetCapabilities"), {});
-  const QDBusMessage answer = co_await pending;
-  const QDBusPendingReply<QStringList> reply = answer;
-  if (reply.isError()) throw failure(reply.error());
-  const QStringList capabilities = reply.value();
-  co_return Server{answer.service(), capabilities.contains(QStringLiteral("body-markup")),
-                   capabilities.contains(QStringLiteral("actions"))};
+  const QDeadlineTimer end(_patience);
+  for (std::chrono::milliseconds pause(50);; pause *= 2) {
+    const QDBusPendingCall pending = call(serviceName, QStringLiteral("GetCapabilities"), {});
+    const QDBusMessage answer = co_await pending;
+    const QDBusPendingReply<QStringList> reply = answer;
+    if (!reply.isError()) {
+      const QStringList capabilities = reply.value();
+      co_return Server{answer.service(), capabilities.contains(QStringLiteral("body-markup")),
+                       capabilities.contains(QStringLiteral("actions"))};
+    }
+    if (!isStillStarting(reply.error()) || end.hasExpired()) throw failure(reply.error());
+    co_await QCoro::sleepFor(pause);
+  }
 }
 
 /// Comes just before the click that it belongs to.

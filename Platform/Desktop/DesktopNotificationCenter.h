@@ -21,7 +21,7 @@ class DesktopNotificationCenter : public QObject, public NotificationCenter {
   Q_OBJECT
  public:
   /// `clickLabel` says what a click does, which few servers show; `patience` is how long one answer
-  /// may take.
+  /// may take, and about how long a server that has its name already is waited for.
   DesktopNotificationCenter(QDBusConnection bus, QString clickLabel,
                             std::chrono::milliseconds patience = std::chrono::seconds(5));
 

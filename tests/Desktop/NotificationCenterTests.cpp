@@ -27,7 +27,7 @@ QCoro::Task<std::string> refusal(NotificationCenter& center, std::string identif
 
 class NotificationCenterTest : public BusTest {
  protected:
-  enum class Manner { accepts, refuses, isSilent };
+  enum class Manner { accepts, refuses, isSilent, isStarting };
 
   void SetUp() override {
     BusTest::SetUp();
@@ -41,6 +41,8 @@ class NotificationCenterTest : public BusTest {
         bus->connect(), serviceName, objectPath,
         [this, capabilities, id = 7U](const QDBusMessage& call) mutable {
           if (manner == Manner::isSilent) return QDBusMessage();
+          if (manner == Manner::isStarting)
+            return call.createErrorReply(QDBusError::UnknownMethod, u"No such object"_s);
           if (call.member() == u"GetCapabilities") return call.createReply(capabilities);
           if (call.member() == u"GetServerInformation")
             return call.createReply(QVariantList{serverName, u"Vendor"_s, u"1"_s, u"1.2"_s});
@@ -98,6 +100,18 @@ TEST_F(NotificationCenterTest, AQuietNotificationIsDelivered) {
   ASSERT_EQ(add("tomorrow.1"), "");
   EXPECT_EQ(qdbus_cast<QVariantMap>(shown[1][6])[u"urgency"_s], QVariant::fromValue(uchar{1}))
       << "what isn't urgent would come into no list there";
+}
+
+TEST_F(NotificationCenterTest, AServerThatHasOnlyItsNameYetIsWaitedForAndNotForEver) {
+  manner = Manner::isStarting;
+  startServer();
+  QTimer::singleShot(200ms, [this] { manner = Manner::accepts; });
+  EXPECT_EQ(add("tomorrow.1"), "");
+  EXPECT_EQ(shown.size(), 1U);
+
+  manner = Manner::isStarting;
+  center.emplace(bus->connect(), u"Open it"_s, 100ms);
+  EXPECT_FALSE(isAuthorized());
 }
 
 TEST_F(NotificationCenterTest, TheSameIdentifierReplacesUnderTheSameServerAlone) {
