@@ -76,7 +76,7 @@ ExtensionTexts extensionTexts() {
           .explanation = std::string(labels::extensionExplanation),
           .hint = std::string(labels::extensionHint),
           .noFileManager = std::string(labels::noFileManager),
-          .note = std::string(labels::cannotExtendPCManFM),
+          .note = std::string(labels::whatPCManFMNeeds),
           .failed = [](const std::string& fileManager, bool isOn) {
             return failureTitle(switchingExtension(fileManager, isOn));
           }};

@@ -15,7 +15,7 @@ struct ExtensionTexts {
   std::string explanation;    ///< Over the file managers.
   std::string hint;           ///< Under them.
   std::string noFileManager;  ///< In their place where there is none.
-  std::string note = {};      ///< Last, about a file manager that can't be extended; or empty.
+  std::string note = {};      ///< Last, about what can't be extended; or empty.
 
   /// The title of the alert when a file manager couldn't be switched.
   std::function<std::string(const std::string& fileManager, bool isOn)> failed;

@@ -43,7 +43,7 @@ void FileManagerExtension::showManagementInterface() {
       if (entry->isAvailable() || entry->isInstalled()) offered.push_back(entry.get());
     }
     ExtensionTexts texts = _texts;
-    if (!hasProgram("pcmanfm")) texts.note.clear();
+    if (!hasProgram("pcmanfm") || canExtendPCManFM(helperBesideThisProgram())) texts.note.clear();
     _window = new ExtensionWindow(
         offered, texts, [this](MenuEntry& entry, bool isOn) { switchEntry(entry, isOn); });
     _window->setAttribute(Qt::WA_DeleteOnClose);

@@ -96,15 +96,16 @@ std::string nemoActionText(const FileURL& helper) {
          "Extensions=dir;\n";
 }
 
-std::string fileManagerActionText(const FileURL& helper) {
+std::string fileManagerActionText(const FileURL& helper, const std::string& tried) {
   return ownershipComment + "[Desktop Entry]\nType=Action\nName=" + menuCommandName +
          "\nIcon=" + iconName +
          "\nProfiles=makeTemporary;\n\n"
          "[X-Action-Profile makeTemporary]\n"
          "MimeTypes=inode/directory;\n"
-         "Schemes=file;\n"
+         // Only what has a path: a condition on the scheme makes PCManFM crash.
+         "Folders=/*;\n"
          "TryExec=" +
-         keyFileEscaped(helper.path()) +
+         keyFileEscaped(tried) +
          // Paths: they are quoted there, URIs aren't.
          "\nExec=" + keyFileEscaped(percentDoubled(shellQuoted(helper.path()))) + " %F\n";
 }

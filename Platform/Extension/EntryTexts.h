@@ -21,8 +21,9 @@ std::string dolphinServiceMenuText(const FileURL& helper);
 /// An action of Nemo's.
 std::string nemoActionText(const FileURL& helper);
 
-/// An action by the desktop-neutral specification of such files, which PCManFM-Qt reads.
-std::string fileManagerActionText(const FileURL& helper);
+/// An action by the desktop-neutral specification of such files, which PCManFM and PCManFM-Qt read.
+/// It is offered while there is a program `tried`, a name or a path.
+std::string fileManagerActionText(const FileURL& helper, const std::string& tried);
 
 /// A script for the submenu "Scripts"; `prefix` is the file manager's own for the variable with the
 /// selection. Offered on files too: the program refuses them with a sentence.

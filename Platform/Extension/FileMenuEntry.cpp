@@ -40,11 +40,12 @@ void removeOurs(std::span<const OwnedFile> files) {
 
 }  // namespace
 
-FileMenuEntry::FileMenuEntry(std::string name, std::string program, std::vector<OwnedFile> forms)
-    : _name(std::move(name)), _program(std::move(program)), _forms(std::move(forms)) {}
+FileMenuEntry::FileMenuEntry(std::string name, std::vector<std::string> programs,
+                             std::vector<OwnedFile> forms)
+    : _name(std::move(name)), _programs(std::move(programs)), _forms(std::move(forms)) {}
 
 bool FileMenuEntry::isAvailable() const {
-  return hasProgram(_program);
+  return std::ranges::any_of(_programs, hasProgram);
 }
 
 bool FileMenuEntry::isInstalled() const {

@@ -18,11 +18,12 @@ struct OwnedFile {
   mode_t mode = 0600;
 };
 
-/// The command as a file of its own. There may be several forms of
-/// it, each in its own place: the first is the one to write, and only one is there at a time.
+/// The command as a file of its own, for a file manager that may go by any of several programs.
+/// There may be several forms of the file, each in its own place: the first is the one to write,
+/// and only one is there at a time.
 class FileMenuEntry : public MenuEntry {
  public:
-  FileMenuEntry(std::string name, std::string program, std::vector<OwnedFile> forms);
+  FileMenuEntry(std::string name, std::vector<std::string> programs, std::vector<OwnedFile> forms);
 
   std::string name() const override { return _name; }
   bool isAvailable() const override;
@@ -32,7 +33,7 @@ class FileMenuEntry : public MenuEntry {
 
  private:
   std::string _name;
-  std::string _program;
+  std::vector<std::string> _programs;
   std::vector<OwnedFile> _forms;
 };
 

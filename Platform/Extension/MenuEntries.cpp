@@ -7,6 +7,7 @@
 
 #include "Platform/Extension/EntryTexts.h"
 #include "Platform/Extension/FileMenuEntry.h"
+#include "Platform/Extension/ProgramSearch.h"
 #include "Platform/Extension/ThunarMenuEntry.h"
 #include "Platform/Files/Places/StandardDirectories.h"
 
@@ -18,6 +19,13 @@ constexpr mode_t executableFile = 0700;
 
 FileURL below(const FileURL& directory, std::string_view relative) {
   return FileURL(directory.path() + "/" + std::string(relative));
+}
+
+bool hasLibrary(const std::vector<FileURL>& directories, std::string_view relative) {
+  return std::ranges::any_of(directories, [&](const FileURL& directory) {
+    std::error_code ignored;
+    return std::filesystem::exists(below(directory, relative).path(), ignored);
+  });
 }
 
 /// A file manager of the family that runs Python extensions where a loader for them is installed.
@@ -59,12 +67,16 @@ OwnedFile actionOrScript(const PythonFamilyMember& member, const FileURL& helper
 std::vector<OwnedFile> forms(const PythonFamilyMember& member, const FileURL& helper,
                              const std::vector<FileURL>& libraryDirectories) {
   std::vector<OwnedFile> result = {actionOrScript(member, helper), pythonExtension(member, helper)};
-  const bool hasLoader = std::ranges::any_of(libraryDirectories, [&](const FileURL& directory) {
-    std::error_code ignored;
-    return std::filesystem::exists(below(directory, member.loader).path(), ignored);
-  });
-  if (hasLoader) std::swap(result[0], result[1]);
+  if (hasLibrary(libraryDirectories, member.loader)) std::swap(result[0], result[1]);
   return result;
+}
+
+/// The helper's name where $PATH leads to it, or else its path.
+std::string nameOrPath(const FileURL& helper) {
+  std::error_code ignored;
+  const auto found = findProgram(helper.lastPathComponent());
+  const bool isFound = found && std::filesystem::equivalent(*found, helper.path(), ignored);
+  return isFound ? std::string(helper.lastPathComponent()) : helper.path();
 }
 
 }  // namespace
@@ -90,19 +102,29 @@ std::vector<std::unique_ptr<MenuEntry>> menuEntries(
                                     "kio/servicemenus/app.quernly.tidemar.make-temporary.desktop");
   // A service menu of the user's own has to be executable to be trusted.
   entries.push_back(std::make_unique<FileMenuEntry>(
-      "Dolphin", "dolphin",
+      "Dolphin", std::vector<std::string>{"dolphin"},
       std::vector<OwnedFile>{{serviceMenu, dolphinServiceMenuText(helper), executableFile}}));
   for (const PythonFamilyMember& member : pythonFamily) {
-    entries.push_back(std::make_unique<FileMenuEntry>(member.name, member.program,
+    entries.push_back(std::make_unique<FileMenuEntry>(member.name,
+                                                      std::vector<std::string>{member.program},
                                                       forms(member, helper, libraryDirectories)));
   }
   entries.push_back(std::make_unique<ThunarMenuEntry>(helper));
   const FileURL action = below(StandardDirectories::data(),
                                "file-manager/actions/app.quernly.tidemar.make-temporary.desktop");
+  std::vector<std::string> programs = {"pcmanfm-qt"};
+  if (canExtendPCManFM(helper, libraryDirectories)) programs.emplace_back("pcmanfm");
   entries.push_back(std::make_unique<FileMenuEntry>(
-      "PCManFM-Qt", "pcmanfm-qt",
-      std::vector<OwnedFile>{{action, fileManagerActionText(helper), plainFile}}));
+      "PCManFM and PCManFM-Qt", programs,
+      std::vector<OwnedFile>{
+          {action, fileManagerActionText(helper, nameOrPath(helper)), plainFile}}));
   return entries;
+}
+
+bool canExtendPCManFM(const FileURL& helper, const std::vector<FileURL>& libraryDirectories) {
+  // It leaves out an entry whose program is named by its path.
+  return hasLibrary(libraryDirectories, "libfm/modules/gtk-menu-actions.so") &&
+         nameOrPath(helper) != helper.path();
 }
 
 }  // namespace tidemar

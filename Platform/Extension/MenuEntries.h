@@ -19,4 +19,8 @@ std::vector<std::unique_ptr<MenuEntry>> menuEntries(
     const FileURL& helper,
     const std::vector<FileURL>& libraryDirectories = systemLibraryDirectories());
 
+/// Whether PCManFM, where it is on this machine, shows the entry that PCManFM-Qt reads.
+bool canExtendPCManFM(const FileURL& helper,
+                      const std::vector<FileURL>& libraryDirectories = systemLibraryDirectories());
+
 }  // namespace tidemar

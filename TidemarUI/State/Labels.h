@@ -88,9 +88,9 @@ inline constexpr std::string_view extensionHint =
     "A file manager that is open shows the change once it was quit and opened again.";
 inline constexpr std::string_view noFileManager =
     "No file manager was found that Tidemar can extend. It knows Dolphin, Files (Nautilus), Nemo, "
-    "Caja, Thunar and PCManFM-Qt.";
-inline constexpr std::string_view cannotExtendPCManFM =
-    "PCManFM isn’t listed: its menu takes no commands of other programs.";
+    "Caja, Thunar, PCManFM and PCManFM-Qt.";
+inline constexpr std::string_view whatPCManFMNeeds =
+    "PCManFM shows the command only where Tidemar and libfm-modules are installed as packages.";
 
 // Without a window and an icon
 inline constexpr std::string_view goesOn = "Tidemar goes on without a window";

@@ -114,7 +114,8 @@ QColor pressedFill(const QPalette& palette) {
 }
 
 QColor switchFill(const QPalette& palette) {
-  return mixed(windowFill(palette), text(palette), 0.2);
+  // Seen on a card, which may be darker than the window.
+  return mixed(cardFill(palette), text(palette), 0.22);
 }
 
 }  // namespace tidemar::style

@@ -117,6 +117,44 @@ TEST_F(MenuEntriesInAHome, onlyAProgramThatTheUserMayRunMakesAFileManagerAvailab
   EXPECT_FALSE(entry("Dolphin")->isAvailable());
 }
 
+TEST_F(MenuEntriesInAHome, pcmanfmIsExtendedWhereItHasItsModuleAndFindsTheHelperByName) {
+  const std::string action =
+      ".local/share/file-manager/actions/app.quernly.tidemar.make-temporary.desktop";
+  const auto state = [&] {
+    const auto command = entry("PCManFM and PCManFM-Qt");
+    command->install();
+    const std::string text = readFile(directory.url(action));
+    const std::size_t key = text.find("\nTryExec=") + 1;
+    return std::pair(command->isAvailable(), text.substr(key, text.find('\n', key) - key));
+  };
+  const std::string byPath = "TryExec=" + directory.path("bin/helper");
+  makeTree(directory.url(), R"(
+    bin/
+      helper
+    other/
+      helper
+      pcmanfm
+    lib/
+  )");
+  for (const char* program : {"bin/helper", "other/helper", "other/pcmanfm"})
+    std::filesystem::permissions(directory.path(program), std::filesystem::perms::owner_all);
+  const std::string bin = directory.path("bin");
+  const std::string other = directory.path("other");
+  {
+    const ScopedEnvironment path("PATH", bin + ":" + other);
+    EXPECT_EQ(state(), std::pair(false, std::string("TryExec=helper"))) << "without its module";
+    makeTree(directory.url("lib"), "libfm/\n  modules/\n    gtk-menu-actions.so");
+    EXPECT_EQ(state(), std::pair(true, std::string("TryExec=helper")));
+  }
+  {
+    const ScopedEnvironment path("PATH", other + ":" + bin);
+    EXPECT_EQ(state(), std::pair(false, byPath)) << "another program of that name";
+  }
+  std::filesystem::copy(directory.path("other/pcmanfm"), directory.path("other/pcmanfm-qt"));
+  const ScopedEnvironment path("PATH", other);
+  EXPECT_EQ(state(), std::pair(true, byPath)) << "PCManFM-Qt takes paths";
+}
+
 const std::string foreignAction =
     "<action>\n\t<icon>utilities-terminal</icon>\n\t<name>Terminal</name>\n"
     "\t<unique-id>1367500091418420-1</unique-id>\n\t<command>term %f</command>\n"

@@ -8,6 +8,7 @@
 #include "TidemarUI/Views/AccessibleRoles.h"
 #include "TidemarUI/Views/OverviewView.h"
 #include "TidemarUI/Views/Sidebar.h"
+#include "TidemarUI/Views/Style.h"
 #include "ViewSamples.h"
 
 namespace tidemar::testing {
@@ -32,6 +33,23 @@ class Screens : public ::testing::Test {
  protected:
   Screens() { installAccessibleRoles(); }
 };
+
+TEST_F(Screens, ASwitchThatIsOffShowsOnItsCard) {
+  struct Desktop {
+    const char *window, *base, *text;
+  };
+  for (const Desktop& desktop :
+       {Desktop{"#efefef", "#ffffff", "#000000"}, Desktop{"#ffffff", "#c8c8c8", "#000000"},
+        Desktop{"#353535", "#2d2d2d", "#ffffff"}}) {
+    SCOPED_TRACE(desktop.base);
+    QPalette palette;
+    palette.setColor(QPalette::Window, desktop.window);
+    palette.setColor(QPalette::Base, desktop.base);
+    palette.setColor(QPalette::WindowText, desktop.text);
+    const int card = style::cardFill(palette).lightness();
+    EXPECT_GT(std::abs(style::switchFill(palette).lightness() - card), 32);
+  }
+}
 
 TEST_F(Screens, TellAssistiveToolsAllThatTheyShow) {
   TemporarySettings deleting;

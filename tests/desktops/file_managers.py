@@ -26,7 +26,8 @@ FILE_MANAGERS = {
     "nemo": ("Nemo", [], []),
     "caja": ("Caja", ["Scripts"], []),
     "thunar": ("Thunar", [], []),
-    "pcmanfm-qt": ("PCManFM-Qt", [], ["Up", "Up", "Up", "Return"]),
+    "pcmanfm-qt": ("PCManFM and PCManFM-Qt", [], ["Up", "Up", "Up", "Return"]),
+    "pcmanfm": ("PCManFM and PCManFM-Qt", [], []),
 }
 
 
@@ -35,6 +36,8 @@ class Trial:
         self.session = session
         self.pictures = pictures
         self.binaries = os.path.dirname(session.program)
+        # As where a package put it: PCManFM finds a program by its name alone.
+        session.environment["PATH"] = self.binaries + ":" + session.environment["PATH"]
 
     def run(self, *command):
         return subprocess.run(command, env=self.session.environment, check=True, text=True, timeout=60,

@@ -118,6 +118,19 @@ class EachFileManager(ExtensionTest):
         self.run_command([word.replace("%%", "%") for word in words[:1]] + words[1:])
         self.assert_all_become_temporary()
 
+    def test_pcmanfm(self):
+        self.install("PCManFM and PCManFM-Qt")
+        action = self.home(".local/share/file-manager/actions/app.quernly.tidemar.make-temporary.desktop")
+        self.assertEqual(key_file(action, "Desktop Entry", "Name"), COMMAND)
+        group = "X-Action-Profile " + key_file(action, "Desktop Entry", "Profiles").rstrip(";")
+        self.assertEqual(key_file(action, group, "TryExec"), self.helper)
+        command, field = key_file(action, group, "Exec").rsplit(" ", 1)
+        self.assertEqual(field, "%F")
+        # It quotes the paths itself, splits the line as a shell does, and starts no shell.
+        _, words = GLib.shell_parse_argv(command.replace("%%", "%"))
+        self.run_command([*words, *self.folders])
+        self.assert_all_become_temporary()
+
     def test_thunar(self):
         self.install("Thunar")
         action = xml.etree.ElementTree.parse(self.home(".config/Thunar/uca.xml")).find(f"action[name='{COMMAND}']")
