@@ -228,6 +228,12 @@ void QuietStyle::polish(QWidget* widget) {
     widget->setFont(style::font(style::TextSize::sectionHeadline, QFont::DemiBold));
 }
 
+void QuietStyle::polish(QPalette& palette) {
+  QProxyStyle::polish(palette);
+  palette.setColor(QPalette::Inactive, QPalette::Window,
+                   palette.color(QPalette::Active, QPalette::Window));
+}
+
 int QuietStyle::pixelMetric(PixelMetric metric, const QStyleOption* option,
                             const QWidget* widget) const {
   switch (metric) {
@@ -273,7 +279,9 @@ void adoptColorScheme(ColorScheme scheme, const std::optional<QPalette>& desktop
   const QPalette given = desktops.value_or(first);
   const bool isDark = scheme == ColorScheme::dark;
   const bool isGiven = scheme == ColorScheme::asGiven || isDark == style::isDark(given);
-  QApplication::setPalette(isGiven ? given : quietPalette(isDark));
+  QPalette palette = isGiven ? given : quietPalette(isDark);
+  QApplication::style()->polish(palette);
+  QApplication::setPalette(palette);
 }
 
 void adoptQuietStyle() {

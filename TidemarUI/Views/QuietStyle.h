@@ -29,6 +29,10 @@ class QuietStyle : public QProxyStyle {
   QIcon standardIcon(StandardPixmap pixmap, const QStyleOption* option,
                      const QWidget* widget) const override;
   void polish(QWidget* widget) override;
+
+  /// The ground of a window keeps its colour while another one has the focus, as all that is drawn
+  /// on it does.
+  void polish(QPalette& palette) override;
   using QProxyStyle::polish;
   int pixelMetric(PixelMetric metric, const QStyleOption* option,
                   const QWidget* widget) const override;

@@ -185,8 +185,11 @@ TEST(Refresh, TheColoursFollowTheDesktopsAndGoBackToTheGivenOnes) {
     adoptColorScheme(scheme);
     EXPECT_EQ(style::isDark(QApplication::palette()), scheme == ColorScheme::dark);
   }
-  adoptColorScheme(ColorScheme::asGiven);
-  EXPECT_EQ(QApplication::palette().color(QPalette::Window), given.color(QPalette::Window));
+  QPalette fading = given;
+  fading.setColor(QPalette::Inactive, QPalette::Window, Qt::gray);
+  adoptColorScheme(ColorScheme::asGiven, fading);
+  for (const auto group : {QPalette::Active, QPalette::Inactive})
+    EXPECT_EQ(QApplication::palette().color(group, QPalette::Window), given.color(QPalette::Window));
   QApplication::setStyle(name);
 }
 
