@@ -106,7 +106,8 @@ void Switch::paintEvent(QPaintEvent*) {
   painter.setPen(Qt::NoPen);
   painter.setBrush(QColor(0, 0, 0, 60));
   painter.drawEllipse(knob.adjusted(-0.5, 0, 0.5, 1));
-  painter.setBrush(Qt::white);
+  // White wouldn't be seen on a bright accent, as schemes with a high contrast have it.
+  painter.setBrush(style::mixed(Qt::white, style::onAccent(palette()), _position));
   painter.drawEllipse(knob);
 }
 

@@ -9,6 +9,7 @@
 #include "TidemarUI/Views/OverviewView.h"
 #include "TidemarUI/Views/Sidebar.h"
 #include "TidemarUI/Views/Style.h"
+#include "TidemarUI/Views/Switch.h"
 #include "ViewSamples.h"
 
 namespace tidemar::testing {
@@ -316,6 +317,22 @@ TEST_F(Screens, ASwitchAsksForTheOtherValue) {
   EXPECT_EQ(asked, (std::vector{true, false}));
   EXPECT_FALSE(login->isChecked());
   EXPECT_EQ(told(view).find("approval"), std::string::npos);
+}
+
+TEST_F(Screens, ASwitchThatIsOnIsSeenOnABrightAccent) {
+  Switch onOff;
+  QPalette bright;
+  bright.setColor(QPalette::Highlight, Qt::yellow);
+  bright.setColor(QPalette::HighlightedText, Qt::black);
+  onOff.setPalette(bright);
+  onOff.resize(onOff.sizeHint());
+  const int middle = onOff.width() / 4;
+  onOff.show(true);
+  const QImage on = onOff.grab().toImage();
+  EXPECT_EQ(on.pixelColor(on.width() - middle, on.height() / 2), QColor(Qt::black));
+  onOff.show(false);
+  const QImage off = onOff.grab().toImage();
+  EXPECT_EQ(off.pixelColor(middle, off.height() / 2), QColor(Qt::white));
 }
 
 TEST_F(Screens, KeepNoTextOfAnotherSystemsNames) {
