@@ -22,6 +22,8 @@
 namespace tidemar::FileViewer {
 namespace {
 
+const QString fileManagerName = QStringLiteral("org.freedesktop.FileManager1");
+
 /// What there is to show of the items asked for.
 struct Present {
   std::vector<FileURL> items;
@@ -59,10 +61,8 @@ QDBusMessage fileManagerRequest(const QString& method, const URLs& urls, const Q
   QStringList uris;
   for (const FileURL& url : urls)
     uris << fileURI(url);
-  QDBusMessage request =
-      QDBusMessage::createMethodCall(QStringLiteral("org.freedesktop.FileManager1"),
-                                     QStringLiteral("/org/freedesktop/FileManager1"),
-                                     QStringLiteral("org.freedesktop.FileManager1"), method);
+  QDBusMessage request = QDBusMessage::createMethodCall(
+      fileManagerName, QStringLiteral("/org/freedesktop/FileManager1"), fileManagerName, method);
   request << uris << startupID;
   return request;
 }
@@ -95,18 +95,54 @@ void openFolder(const FileURL& folder) {
   QDesktopServices::openUrl(QUrl::fromEncoded(fileURI(folder).toLatin1()));
 }
 
-QCoro::Task<void> openFoldersOf(QDBusConnection bus, std::vector<FileURL> items) {
-  std::map<FileURL, FileURL> anItemByFolder;
+/// The first item of each folder, in the folders' order.
+std::vector<FileURL> oneOfEachFolder(const std::vector<FileURL>& items) {
+  std::map<FileURL, FileURL> firstByFolder;
   for (const FileURL& item : items)
-    anItemByFolder.try_emplace(item.deletingLastPathComponent(), item);
-  for (const auto& [folder, item] : anItemByFolder) {
+    firstByFolder.try_emplace(item.deletingLastPathComponent(), item);
+  std::vector<FileURL> firsts;
+  for (const auto& [folder, item] : firstByFolder)
+    firsts.push_back(item);
+  return firsts;
+}
+
+QCoro::Task<void> openFoldersOf(QDBusConnection bus, std::vector<FileURL> items) {
+  for (const FileURL& item : oneOfEachFolder(items)) {
     bool isShown = false;
     if (const FileDescriptor descriptor = naming(item)) {
       const QDBusMessage request = portalRequest(descriptor);
       isShown = co_await isTaken(bus, request);
     }
-    if (!isShown) openFolder(folder);
+    if (!isShown) openFolder(item.deletingLastPathComponent());
   }
+}
+
+QDBusMessage busRequest(const QString& method, const QVariantList& arguments) {
+  QDBusMessage request = QDBusMessage::createMethodCall(
+      QStringLiteral("org.freedesktop.DBus"), QStringLiteral("/org/freedesktop/DBus"),
+      QStringLiteral("org.freedesktop.DBus"), method);
+  request.setArguments(arguments);
+  return request;
+}
+
+/// The connection that has a name; empty for none.
+QCoro::Task<QString> ownerOf(QDBusConnection bus, QString name) {
+  const QDBusMessage request = busRequest(QStringLiteral("GetNameOwner"), {name});
+  const QDBusMessage answer = co_await bus.asyncCall(request);
+  co_return answer.type() == QDBusMessage::ReplyMessage ? answer.arguments().value(0).toString()
+                                                        : QString();
+}
+
+/// Whether the file manager, which is started for that, is Nautilus: it opens a window for each
+/// item, where others select all of a folder's in one.
+QCoro::Task<bool> opensAWindowForEachItem(QDBusConnection bus) {
+  const QDBusMessage start =
+      busRequest(QStringLiteral("StartServiceByName"), {fileManagerName, 0U});
+  // Whatever that answers: one that runs needn't be startable.
+  co_await isTaken(bus, start);
+  const QString owner = co_await ownerOf(bus, fileManagerName);
+  const QString nautilus = co_await ownerOf(bus, QStringLiteral("org.gnome.Nautilus"));
+  co_return !owner.isEmpty() && owner == nautilus;
 }
 
 }  // namespace
@@ -115,9 +151,13 @@ QCoro::Task<void> showItems(QDBusConnection sessionBus, std::vector<FileURL> ite
                             QString startupID) {
   // A drive that doesn't answer holds up a look at it for long.
   const QFuture<Present> look = QtConcurrent::run(&present, std::move(items));
-  const Present there = co_await look;
+  Present there = co_await look;
 
   if (!there.items.empty()) {
+    if (there.items.size() > 1) {
+      const bool isOneEnough = co_await opensAWindowForEachItem(sessionBus);
+      if (isOneEnough) there.items = oneOfEachFolder(there.items);
+    }
     const QDBusMessage request =
         fileManagerRequest(QStringLiteral("ShowItems"), there.items, startupID);
     const bool isShown = co_await isTaken(sessionBus, request);

@@ -68,6 +68,28 @@ folder/
   EXPECT_EQ(opened.urls, QStringList());
 }
 
+TEST_F(FileViewerTest, NautilusWhichOpensAWindowForEachItemIsGivenOneOfEachFolder) {
+  startFileManager();
+  makeTree(directory.url(), "a 1\nb 1\nfolder/\n  c 1\n  d 1\n");
+  const auto shown = [this] {
+    show({"a", "folder/c", "b", "folder/d"});
+    return fileManager->calls.back().arguments().value(0).toStringList();
+  };
+  const QStringList all{uri("a"), uri("folder/c"), uri("b"), uri("folder/d")};
+  EXPECT_EQ(shown(), all);
+  QDBusConnection others = bus->connect();
+  others.registerService(u"org.gnome.Nautilus"_s);
+  EXPECT_EQ(shown(), all) << "it is running and isn't the one that answers";
+  others.unregisterService(u"org.gnome.Nautilus"_s);
+  fileManager.reset();
+  QDBusConnection nautilus = bus->connect();
+  fileManager.emplace(nautilus, u"org.freedesktop.FileManager1"_s,
+                      u"/org/freedesktop/FileManager1"_s,
+                      [](const QDBusMessage& call) { return call.createReply(); });
+  nautilus.registerService(u"org.gnome.Nautilus"_s);
+  EXPECT_EQ(shown(), QStringList({uri("a"), uri("folder/c")}));
+}
+
 TEST_F(FileViewerTest, WhereAllItemsHaveGoneTheNearestFolderIsShown) {
   startFileManager();
   makeTree(directory.url(), "folder/");
