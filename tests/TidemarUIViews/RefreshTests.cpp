@@ -189,7 +189,8 @@ TEST(Refresh, TheColoursFollowTheDesktopsAndGoBackToTheGivenOnes) {
   fading.setColor(QPalette::Inactive, QPalette::Window, Qt::gray);
   adoptColorScheme(ColorScheme::asGiven, fading);
   for (const auto group : {QPalette::Active, QPalette::Inactive})
-    EXPECT_EQ(QApplication::palette().color(group, QPalette::Window), given.color(QPalette::Window));
+    EXPECT_EQ(QApplication::palette().color(group, QPalette::Window),
+              given.color(QPalette::Window));
   QApplication::setStyle(name);
 }
 
