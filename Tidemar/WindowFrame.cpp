@@ -101,7 +101,9 @@ void remakeDrawn() {
   if (hasPlaces()) return;
   for (QWindow* window : QGuiApplication::topLevelWindows()) {
     const Qt::WindowFlags flags = window->flags();
-    if (window->handle() == nullptr || flags.testFlag(Qt::FramelessWindowHint)) continue;
+    const bool mayHaveFrame = (window->type() == Qt::Window || window->type() == Qt::Dialog) &&
+                              !flags.testFlag(Qt::FramelessWindowHint);
+    if (!mayHaveFrame || window->handle() == nullptr) continue;
     // A frame goes and comes with the flag, while the window stays where it is.
     window->setFlags(flags | Qt::FramelessWindowHint);
     window->setFlags(flags);

@@ -117,32 +117,22 @@ QCoro::Task<void> openFoldersOf(QDBusConnection bus, std::vector<FileURL> items)
   }
 }
 
-QDBusMessage busRequest(const QString& method, const QVariantList& arguments) {
-  QDBusMessage request = QDBusMessage::createMethodCall(
-      QStringLiteral("org.freedesktop.DBus"), QStringLiteral("/org/freedesktop/DBus"),
-      QStringLiteral("org.freedesktop.DBus"), method);
-  request.setArguments(arguments);
-  return request;
-}
-
-/// The connection that has a name; empty for none.
-QCoro::Task<QString> ownerOf(QDBusConnection bus, QString name) {
-  const QDBusMessage request = busRequest(QStringLiteral("GetNameOwner"), {name});
-  const QDBusMessage answer = co_await bus.asyncCall(request);
-  co_return answer.type() == QDBusMessage::ReplyMessage ? answer.arguments().value(0).toString()
-                                                        : QString();
+/// The connection that answers under a name; empty for none.
+QCoro::Task<QString> answering(QDBusConnection bus, QString name, bool mayStart) {
+  QDBusMessage ping = QDBusMessage::createMethodCall(name, QStringLiteral("/"),
+                                                     QStringLiteral("org.freedesktop.DBus.Peer"),
+                                                     QStringLiteral("Ping"));
+  ping.setAutoStartService(mayStart);
+  const QDBusMessage answer = co_await bus.asyncCall(ping);
+  co_return answer.type() == QDBusMessage::ReplyMessage ? answer.service() : QString();
 }
 
 /// Whether the file manager, which is started for that, is Nautilus: it opens a window for each
 /// item, where others select all of a folder's in one.
 QCoro::Task<bool> opensAWindowForEachItem(QDBusConnection bus) {
-  const QDBusMessage start =
-      busRequest(QStringLiteral("StartServiceByName"), {fileManagerName, 0U});
-  // Whatever that answers: one that runs needn't be startable.
-  co_await isTaken(bus, start);
-  const QString owner = co_await ownerOf(bus, fileManagerName);
-  const QString nautilus = co_await ownerOf(bus, QStringLiteral("org.gnome.Nautilus"));
-  co_return !owner.isEmpty() && owner == nautilus;
+  const QString fileManager = co_await answering(bus, fileManagerName, true);
+  const QString nautilus = co_await answering(bus, QStringLiteral("org.gnome.Nautilus"), false);
+  co_return !fileManager.isEmpty() && fileManager == nautilus;
 }
 
 }  // namespace

@@ -9,7 +9,6 @@
 #include <unistd.h>
 
 #include "Platform/Extension/EntryTexts.h"
-#include "Platform/Extension/ProgramSearch.h"
 #include "Platform/Files/Descriptors/CreateDirectory.h"
 #include "Platform/Files/Descriptors/WholeFile.h"
 #include "Platform/PlatformError.h"
@@ -40,13 +39,9 @@ void removeOurs(std::span<const OwnedFile> files) {
 
 }  // namespace
 
-FileMenuEntry::FileMenuEntry(std::string name, std::vector<std::string> programs,
+FileMenuEntry::FileMenuEntry(std::string name, std::function<bool()> isAvailable,
                              std::vector<OwnedFile> forms)
-    : _name(std::move(name)), _programs(std::move(programs)), _forms(std::move(forms)) {}
-
-bool FileMenuEntry::isAvailable() const {
-  return std::ranges::any_of(_programs, hasProgram);
-}
+    : _name(std::move(name)), _isAvailable(std::move(isAvailable)), _forms(std::move(forms)) {}
 
 bool FileMenuEntry::isInstalled() const {
   return std::ranges::any_of(_forms, [](const OwnedFile& file) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -18,22 +19,22 @@ struct OwnedFile {
   mode_t mode = 0600;
 };
 
-/// The command as a file of its own, for a file manager that may go by any of several programs.
-/// There may be several forms of the file, each in its own place: the first is the one to write,
-/// and only one is there at a time.
+/// The command as a file of its own. There may be several forms of the file, each in its own place:
+/// the first is the one to write, and only one is there at a time.
 class FileMenuEntry : public MenuEntry {
  public:
-  FileMenuEntry(std::string name, std::vector<std::string> programs, std::vector<OwnedFile> forms);
+  /// `isAvailable` tells anew each time whether there is a file manager that reads the file.
+  FileMenuEntry(std::string name, std::function<bool()> isAvailable, std::vector<OwnedFile> forms);
 
   std::string name() const override { return _name; }
-  bool isAvailable() const override;
+  bool isAvailable() const override { return _isAvailable(); }
   bool isInstalled() const override;
   void install() override;
   void uninstall() override;
 
  private:
   std::string _name;
-  std::vector<std::string> _programs;
+  std::function<bool()> _isAvailable;
   std::vector<OwnedFile> _forms;
 };
 

@@ -102,20 +102,22 @@ std::vector<std::unique_ptr<MenuEntry>> menuEntries(
                                     "kio/servicemenus/app.quernly.tidemar.make-temporary.desktop");
   // A service menu of the user's own has to be executable to be trusted.
   entries.push_back(std::make_unique<FileMenuEntry>(
-      "Dolphin", std::vector<std::string>{"dolphin"},
+      "Dolphin", [] { return hasProgram("dolphin"); },
       std::vector<OwnedFile>{{serviceMenu, dolphinServiceMenuText(helper), executableFile}}));
   for (const PythonFamilyMember& member : pythonFamily) {
-    entries.push_back(std::make_unique<FileMenuEntry>(member.name,
-                                                      std::vector<std::string>{member.program},
-                                                      forms(member, helper, libraryDirectories)));
+    entries.push_back(std::make_unique<FileMenuEntry>(
+        member.name, [program = member.program] { return hasProgram(program); },
+        forms(member, helper, libraryDirectories)));
   }
   entries.push_back(std::make_unique<ThunarMenuEntry>(helper));
   const FileURL action = below(StandardDirectories::data(),
                                "file-manager/actions/app.quernly.tidemar.make-temporary.desktop");
-  std::vector<std::string> programs = {"pcmanfm-qt"};
-  if (canExtendPCManFM(helper, libraryDirectories)) programs.emplace_back("pcmanfm");
   entries.push_back(std::make_unique<FileMenuEntry>(
-      "PCManFM and PCManFM-Qt", programs,
+      "PCManFM and PCManFM-Qt",
+      [helper, libraryDirectories] {
+        return hasProgram("pcmanfm-qt") ||
+               (hasProgram("pcmanfm") && canExtendPCManFM(helper, libraryDirectories));
+      },
       std::vector<OwnedFile>{
           {action, fileManagerActionText(helper, nameOrPath(helper)), plainFile}}));
   return entries;

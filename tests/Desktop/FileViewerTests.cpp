@@ -11,8 +11,9 @@ using namespace Qt::StringLiterals;
 
 class FileViewerTest : public BusTest {
  protected:
-  void startFileManager() {
-    fileManager.emplace(bus->connect(), u"org.freedesktop.FileManager1"_s,
+  void startFileManager(const QDBusConnection& connection) {
+    fileManager.reset();
+    fileManager.emplace(connection, u"org.freedesktop.FileManager1"_s,
                         u"/org/freedesktop/FileManager1"_s,
                         [](const QDBusMessage& call) { return call.createReply(); });
   }
@@ -47,7 +48,7 @@ class FileViewerTest : public BusTest {
 };
 
 TEST_F(FileViewerTest, AllItemsGoToTheFileManagerInOneRequestByTheirBytes) {
-  startFileManager();
+  startFileManager(bus->connect());
   makeTree(directory.url(), R"(
 "a b"
 50%#1?
@@ -69,7 +70,7 @@ folder/
 }
 
 TEST_F(FileViewerTest, NautilusWhichOpensAWindowForEachItemIsGivenOneOfEachFolder) {
-  startFileManager();
+  startFileManager(bus->connect());
   makeTree(directory.url(), "a 1\nb 1\nfolder/\n  c 1\n  d 1\n");
   const auto shown = [this] {
     show({"a", "folder/c", "b", "folder/d"});
@@ -80,18 +81,12 @@ TEST_F(FileViewerTest, NautilusWhichOpensAWindowForEachItemIsGivenOneOfEachFolde
   QDBusConnection others = bus->connect();
   others.registerService(u"org.gnome.Nautilus"_s);
   EXPECT_EQ(shown(), all) << "it is running and isn't the one that answers";
-  others.unregisterService(u"org.gnome.Nautilus"_s);
-  fileManager.reset();
-  QDBusConnection nautilus = bus->connect();
-  fileManager.emplace(nautilus, u"org.freedesktop.FileManager1"_s,
-                      u"/org/freedesktop/FileManager1"_s,
-                      [](const QDBusMessage& call) { return call.createReply(); });
-  nautilus.registerService(u"org.gnome.Nautilus"_s);
+  startFileManager(others);
   EXPECT_EQ(shown(), QStringList({uri("a"), uri("folder/c")}));
 }
 
 TEST_F(FileViewerTest, WhereAllItemsHaveGoneTheNearestFolderIsShown) {
-  startFileManager();
+  startFileManager(bus->connect());
   makeTree(directory.url(), "folder/");
   show({"folder/gone", "folder/gone too/deep down", "folder/gone"});
   ASSERT_EQ(fileManager->calls.size(), 1U);
@@ -119,7 +114,8 @@ one/
   EXPECT_EQ(opened.urls, folders) << "by its address, where there is no portal";
 
   opened.urls.clear();
-  QCoro::waitFor(FileViewer::showItems(QDBusConnection(u"none"_s), {directory.url("one/first")}));
+  QCoro::waitFor(FileViewer::showItems(QDBusConnection(u"none"_s),
+                                       {directory.url("one/first"), directory.url("one/second")}));
   EXPECT_EQ(opened.urls, QStringList(uri("one"))) << "where there isn't even a bus";
 
   opened.urls.clear();

@@ -188,9 +188,10 @@ TEST(Refresh, TheColoursFollowTheDesktopsAndGoBackToTheGivenOnes) {
   QPalette fading = given;
   fading.setColor(QPalette::Inactive, QPalette::Window, Qt::gray);
   adoptColorScheme(ColorScheme::asGiven, fading);
-  for (const auto group : {QPalette::Active, QPalette::Inactive})
+  for (const auto group : {QPalette::Active, QPalette::Inactive}) {
     EXPECT_EQ(QApplication::palette().color(group, QPalette::Window),
               given.color(QPalette::Window));
+  }
   QApplication::setStyle(name);
 }
 
