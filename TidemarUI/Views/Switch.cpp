@@ -107,7 +107,10 @@ void Switch::paintEvent(QPaintEvent*) {
   painter.setBrush(QColor(0, 0, 0, 60));
   painter.drawEllipse(knob.adjusted(-0.5, 0, 0.5, 1));
   // White wouldn't be seen on a bright accent, as schemes with a high contrast have it.
-  painter.setBrush(style::mixed(Qt::white, style::onAccent(palette()), _position));
+  constexpr int bright = 180;
+  const bool isSeen = qGray(style::accent(palette()).rgb()) < bright;
+  painter.setBrush(isSeen ? Qt::white
+                          : style::mixed(Qt::white, style::onAccent(palette()), _position));
   painter.drawEllipse(knob);
 }
 

@@ -7,6 +7,7 @@
 #include "TidemarUI/State/Labels.h"
 #include "TidemarUI/Views/AccessibleRoles.h"
 #include "TidemarUI/Views/OverviewView.h"
+#include "TidemarUI/Views/QuietStyle.h"
 #include "TidemarUI/Views/Sidebar.h"
 #include "TidemarUI/Views/Style.h"
 #include "TidemarUI/Views/Switch.h"
@@ -319,20 +320,23 @@ TEST_F(Screens, ASwitchAsksForTheOtherValue) {
   EXPECT_EQ(told(view).find("approval"), std::string::npos);
 }
 
-TEST_F(Screens, ASwitchThatIsOnIsSeenOnABrightAccent) {
+TEST_F(Screens, TheKnobOfASwitchIsWhiteButOnABrightAccent) {
   Switch onOff;
-  QPalette bright;
-  bright.setColor(QPalette::Highlight, Qt::yellow);
-  bright.setColor(QPalette::HighlightedText, Qt::black);
-  onOff.setPalette(bright);
   onOff.resize(onOff.sizeHint());
-  const int middle = onOff.width() / 4;
-  onOff.show(true);
-  const QImage on = onOff.grab().toImage();
-  EXPECT_EQ(on.pixelColor(on.width() - middle, on.height() / 2), QColor(Qt::black));
-  onOff.show(false);
-  const QImage off = onOff.grab().toImage();
-  EXPECT_EQ(off.pixelColor(middle, off.height() / 2), QColor(Qt::white));
+  const auto knob = [&onOff](const QColor& accent, bool isOn) {
+    QPalette palette;
+    palette.setColor(QPalette::Highlight, accent);
+    palette.setColor(QPalette::HighlightedText, Qt::black);
+    onOff.setPalette(palette);
+    onOff.show(isOn);
+    const int middle = onOff.width() / 4;
+    const QImage picture = onOff.grab().toImage();
+    return picture.pixelColor(isOn ? picture.width() - middle : middle, picture.height() / 2);
+  };
+  const QColor white = Qt::white;
+  EXPECT_EQ(knob(Qt::yellow, true), QColor(Qt::black));
+  EXPECT_EQ(knob(Qt::yellow, false), white);
+  EXPECT_EQ(knob(quietPalette(true).color(QPalette::Highlight), true), white);
 }
 
 TEST_F(Screens, KeepNoTextOfAnotherSystemsNames) {
