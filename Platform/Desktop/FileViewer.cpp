@@ -101,6 +101,7 @@ std::vector<FileURL> oneOfEachFolder(const std::vector<FileURL>& items) {
   for (const FileURL& item : items)
     firstByFolder.try_emplace(item.deletingLastPathComponent(), item);
   std::vector<FileURL> firsts;
+  firsts.reserve(firstByFolder.size());
   for (const auto& [folder, item] : firstByFolder)
     firsts.push_back(item);
   return firsts;
