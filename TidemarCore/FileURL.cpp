@@ -122,4 +122,9 @@ FileURL EntryURLs::make(std::string_view name) {
   return _last;
 }
 
+bool isEntryName(std::string_view name) noexcept {
+  return !name.empty() && name != "." && name != ".." &&
+         name.find_first_of(std::string_view("/\0", 2)) == name.npos;
+}
+
 }  // namespace tidemar

@@ -70,6 +70,9 @@ class EntryURLs {
   std::size_t _blockSize = 0;
 };
 
+/// Whether a name can be that of an entry of a directory.
+bool isEntryName(std::string_view name) noexcept;
+
 }  // namespace tidemar
 
 template <>

@@ -1,17 +1,8 @@
 #include <cerrno>
-#include <string_view>
 
 #include "TidemarKit/Engine/Engine.h"
 
 namespace tidemar {
-namespace {
-
-bool isOnePathComponent(std::string_view name) {
-  return !name.empty() && name != "." && name != ".." &&
-         name.find_first_of(std::string_view("/\0", 2)) == std::string_view::npos;
-}
-
-}  // namespace
 
 void Engine::undo(std::int64_t journalEntryID, Date now) {
   settleLedger();
@@ -20,7 +11,7 @@ void Engine::undo(std::int64_t journalEntryID, Date now) {
   if (entry->undoneAt) throw Failure(Failure::AlreadyUndone{});
   if (!entry->binnedPath) throw Failure(Failure::DeletedPermanently{});
   // The journal is a file that others can write to: no name of it leads out of the folder.
-  if (!isOnePathComponent(entry->name)) {
+  if (!isEntryName(entry->name)) {
     throw PlatformError("put back", FileURL(entry->name), EINVAL,
                         "its name in the journal isn't the name of one item");
   }

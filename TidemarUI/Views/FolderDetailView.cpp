@@ -18,11 +18,6 @@ constexpr int iconSize = 32;
 constexpr int columnWidth = 720;
 constexpr int cardPadding = 14;
 
-TextLabel* makeLabel(style::TextSize size, QFont::Weight weight, TextLabel::Tone tone,
-                     TextLabel::Overflow overflow) {
-  return new TextLabel(size, weight, tone, overflow);
-}
-
 }  // namespace
 
 FolderDetailView::FolderDetailView(const Formats& formats, const std::string& binName,
@@ -57,10 +52,10 @@ FolderDetailView::FolderDetailView(const Formats& formats, const std::string& bi
 
 QLayout* FolderDetailView::makeHeader(const SystemNames& names) {
   _icon = new IconView(iconSize);
-  _name = makeLabel(style::TextSize::folderName, QFont::DemiBold, TextLabel::Tone::primary,
-                    TextLabel::Overflow::elideInMiddle);
-  _path = makeLabel(style::TextSize::secondary, QFont::Normal, TextLabel::Tone::secondary,
-                    TextLabel::Overflow::elideInMiddle);
+  _name = new TextLabel(style::TextSize::folderName, QFont::DemiBold, TextLabel::Tone::primary,
+                        TextLabel::Overflow::elideInMiddle);
+  _path = new TextLabel(style::TextSize::secondary, QFont::Normal, TextLabel::Tone::secondary,
+                        TextLabel::Overflow::elideInMiddle);
   auto* show = new QPushButton(textOf(labels::showInFinder(names)));
   show->setAutoDefault(false);
   connect(show, &QPushButton::clicked, this,
@@ -79,11 +74,11 @@ QLayout* FolderDetailView::makeHeader(const SystemNames& names) {
 }
 
 FormSection* FolderDetailView::makeTemporarySection() {
-  auto* title = makeLabel(style::TextSize::body, QFont::Normal, TextLabel::Tone::primary,
-                          TextLabel::Overflow::wrap);
+  auto* title = new TextLabel(style::TextSize::body, QFont::Normal, TextLabel::Tone::primary,
+                              TextLabel::Overflow::wrap);
   title->show(labels::temporary);
-  auto* explanation = makeLabel(style::TextSize::secondary, QFont::Normal,
-                                TextLabel::Tone::secondary, TextLabel::Overflow::wrap);
+  auto* explanation = new TextLabel(style::TextSize::secondary, QFont::Normal,
+                                    TextLabel::Tone::secondary, TextLabel::Overflow::wrap);
   explanation->show(labels::temporaryExplanation);
   _temporary = new Switch;
   _temporary->setAccessibleName(textOf(labels::temporary));
@@ -103,8 +98,8 @@ FormSection* FolderDetailView::makeTemporarySection() {
 }
 
 FormSection* FolderDetailView::makePreviewSection(const SystemNames& names) {
-  _previewHeadline = makeLabel(style::TextSize::sectionHeadline, QFont::DemiBold,
-                               TextLabel::Tone::primary, TextLabel::Overflow::wrap);
+  _previewHeadline = new TextLabel(style::TextSize::sectionHeadline, QFont::DemiBold,
+                                   TextLabel::Tone::primary, TextLabel::Overflow::wrap);
   _previewHeadline->setContentsMargins(style::rowOutset, 0, style::rowOutset, 0);
   _forecast = new ForecastList(names);
   _forecast->onShowInFinder = [this](const std::vector<FileURL>& items) {

@@ -25,10 +25,9 @@ class KeyedColumn : public QWidget {
   void setRoom(int above, int below) { _layout->setContentsMargins(0, above, 0, below); }
 
   /// `keyOf(value)` names a value, `make()` answers a new row, `show(row, value)` fills one.
-  /// Answers whether rows came, went or moved.
   template <class Values, class KeyOf, class Make, class Show>
-  bool update(const Values& values, KeyOf keyOf, Make make, Show show) {
-    bool isChanged = keepRowsOf(values, keyOf);
+  void update(const Values& values, KeyOf keyOf, Make make, Show show) {
+    keepRowsOf(values, keyOf);
     int index = 0;
     for (const auto& value : values) {
       Row*& row = _rows[static_cast<std::size_t>(index)].second;
@@ -38,19 +37,16 @@ class KeyedColumn : public QWidget {
         _layout->insertWidget(index, row);
         // At once, so that the column's size counts it already.
         row->QWidget::show();
-        isChanged = true;
       }
       show(*row, value);
       ++index;
     }
-    return isChanged;
   }
 
  private:
-  /// Leaves an entry for each value, without a widget where the value is new. Answers whether rows
-  /// went.
+  /// Leaves an entry for each value, without a widget where the value is new.
   template <class Values, class KeyOf>
-  bool keepRowsOf(const Values& values, KeyOf keyOf) {
+  void keepRowsOf(const Values& values, KeyOf keyOf) {
     std::unordered_map<Key, std::deque<Row*>> free;
     for (const auto& [key, row] : std::exchange(_rows, {}))
       free[key].push_back(row);
@@ -60,16 +56,13 @@ class KeyedColumn : public QWidget {
       _rows.emplace_back(std::move(key), same.empty() ? nullptr : same.front());
       if (!same.empty()) same.pop_front();
     }
-    bool isChanged = false;
     for (const auto& [key, rows] : free) {
       for (Row* row : rows) {
         _layout->removeWidget(row);
         row->hide();
         row->deleteLater();
-        isChanged = true;
       }
     }
-    return isChanged;
   }
 
   QVBoxLayout* _layout;

@@ -17,8 +17,8 @@
 namespace tidemar {
 namespace {
 
-/// Opens a directory by its name in another one, and gives itself the rights to
-/// empty it: a copy has the modes of what it was copied from.
+/// Opens a directory by its name in another one, and gives itself the rights to empty it: a copy
+/// has the modes of what it was copied from.
 int openOwn(const OpenDirectory& above, const std::string& name, OpenDirectory& result) {
   const FileDescriptor place(
       openat(above.descriptor.get(), name.c_str(), O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));

@@ -41,11 +41,6 @@ bool isDirectory(const EntryValues& values) noexcept {
   return S_ISDIR(values.stx_mode);
 }
 
-bool isEntryName(std::string_view name) noexcept {
-  return !name.empty() && name != "." && name != ".." &&
-         name.find_first_of(std::string_view("/\0", 2)) == name.npos;
-}
-
 DirectoryIdentity identityOf(const EntryValues& values) noexcept {
   return {makedev(values.stx_dev_major, values.stx_dev_minor), values.stx_ino, values.stx_mnt_id};
 }

@@ -24,9 +24,6 @@ int readValuesAt(const char* path, EntryValues& values) noexcept;
 
 bool isDirectory(const EntryValues& values) noexcept;
 
-/// Whether a name can be that of an entry of a directory.
-bool isEntryName(std::string_view name) noexcept;
-
 /// Which directory this is, for as long as it exists.
 struct DirectoryIdentity {
   std::uint64_t device = 0;

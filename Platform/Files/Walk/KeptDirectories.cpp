@@ -9,6 +9,7 @@
 #include "Platform/Files/Places/StandardDirectories.h"
 
 namespace tidemar {
+
 bool KeptDirectories::isFixed(const EntryValues& directory, std::string_view name) const {
   static const std::string binOfUser = ".Trash-" + std::to_string(geteuid());
   if (name == ".Trash" || name == binOfUser) return true;
