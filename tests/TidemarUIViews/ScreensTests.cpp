@@ -273,6 +273,23 @@ TEST_F(Screens, TheSidebarsRowsAreGoneToByKeysAndByAssistiveToolsPastTheTitle) {
   list->child(2)->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
   QApplication::processEvents();
   EXPECT_EQ(chosen, std::vector{std::optional(MainSelection::folder(1))});
+
+  const Screen rows = popover(fullState());
+  auto* row = child<QAbstractButton>(*rows, "folder 2, Nothing to clear");
+  QAccessible::queryAccessibleInterface(row)->actionInterface()->doAction(
+      QAccessibleActionInterface::setFocusAction());
+  EXPECT_TRUE(row->hasFocus());
+}
+
+TEST_F(Screens, TheSidebarTakesItsShareOfTheWindowWithinBounds) {
+  const Screen screen = mainWindow({sampleFolder(1)}, true);
+  const auto widthOfSidebar = [&](int width) {
+    present(*screen, {width, 600});
+    return child<Sidebar>(*screen)->width();
+  };
+  EXPECT_EQ(widthOfSidebar(640), 184);
+  EXPECT_EQ(widthOfSidebar(770), 220);
+  EXPECT_EQ(widthOfSidebar(3000), 232);
 }
 
 TEST_F(Screens, WhatIsNoFolderShowsTheOverviewAndOnlyASelectedFolderIsRemoved) {
@@ -318,6 +335,11 @@ TEST_F(Screens, ASwitchAsksForTheOtherValue) {
   EXPECT_EQ(asked, (std::vector{true, false}));
   EXPECT_FALSE(login->isChecked());
   EXPECT_EQ(told(view).find("approval"), std::string::npos);
+
+  const Screen steps = setup({});
+  dynamic_cast<SetupView&>(*steps).onToggleOpenAtLogin = view.onToggleOpenAtLogin;
+  child<QPushButton>(*steps, "Enable at Login")->click();
+  EXPECT_EQ(asked, (std::vector{true, false, true}));
 }
 
 TEST_F(Screens, TheKnobOfASwitchIsWhiteButOnABrightAccent) {
