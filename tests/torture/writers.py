@@ -59,7 +59,7 @@ def written_at(world, kind, where, number):
 def at_every_call(report, world):
     calls = world.calls()
     # What was written before the plan may be due. The time of the last start is the last thing that is read for it.
-    planned = max((call.number for call in calls if call.path.startswith("/proc/s")), default=0)
+    planned = max((call.number for call in calls if call.path.startswith(("/proc/stat", "/proc/sys/"))), default=0)
     for kind, where in WRITERS:
         for number in report.windows(calls[planned:], world, 2):
             label = f"{world.operation}, {kind.__name__} {where} at {number}"
