@@ -1,4 +1,3 @@
-#include <cstddef>
 #include <cstdint>
 #include <cstdio>
 #include <filesystem>
@@ -7,26 +6,6 @@
 #include <vector>
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
-
-namespace {
-
-// Of exactly its size, so that a look behind the end is seen.
-using Input = std::vector<std::uint8_t>;
-
-void run(Input input) {
-  input.shrink_to_fit();
-  LLVMFuzzerTestOneInput(input.data(), input.size());
-}
-
-Input repeated(const Input& input, std::size_t size) {
-  Input result;
-  result.reserve(size);
-  while (!input.empty() && result.size() + input.size() <= size)
-    result.insert(result.end(), input.begin(), input.end());
-  return result;
-}
-
-}  // namespace
 
 /// Runs a target over each file of a directory, as it is and repeated until it is 64 KiB long,
 /// which shows what takes time by the square of a length. A directory without files is a failure.
@@ -37,9 +16,15 @@ int main(int argumentCount, char** arguments) {
     std::printf("%s\n", entry.path().c_str());
     std::fflush(stdout);
     std::ifstream file(entry.path(), std::ios::binary);
-    const Input input{std::istreambuf_iterator<char>(file), {}};
-    run(input);
-    run(repeated(input, longest));
+    // Of exactly its size, so that a look behind the end is seen.
+    std::vector<std::uint8_t> input{std::istreambuf_iterator<char>(file), {}};
+    input.shrink_to_fit();
+    LLVMFuzzerTestOneInput(input.data(), input.size());
+    std::vector<std::uint8_t> repeated;
+    while (!input.empty() && repeated.size() + input.size() <= longest)
+      repeated.insert(repeated.end(), input.begin(), input.end());
+    repeated.shrink_to_fit();
+    LLVMFuzzerTestOneInput(repeated.data(), repeated.size());
     ++count;
   }
   std::printf("%d inputs\n", count);

@@ -7,14 +7,13 @@
 
 #include <cstdlib>
 #include <exception>
-#include <functional>
 #include <initializer_list>
 #include <iomanip>
 #include <iostream>
-#include <map>
 #include <memory>
 #include <optional>
 #include <sstream>
+#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -22,6 +21,7 @@
 #include "Platform/Files/DiskFileManager.h"
 #include "Platform/Files/Trash/PercentEncoding.h"
 #include "TidemarKit/Engine/Engine.h"
+#include "TidemarKit/Store/StoredWords.h"
 
 namespace tidemar {
 namespace {
@@ -53,79 +53,68 @@ std::string text(Date date) {
   return stream.str();
 }
 
-std::string text(RuleSet rules) {
-  std::string result;
-  for (const Rule rule : allRules) {
-    if (!rules.contains(rule)) continue;
-    if (!result.empty()) result += '+';
-    result += rawValue(rule);
-  }
-  return result;
-}
-
-void printError(std::string_view word, std::string_view subject, const std::exception& error) {
-  print({word, subject, error.what()});
-}
-
 class Driver {
  public:
   explicit Driver(const std::string& database)
       : _engine(std::make_unique<Store>(database), _disk) {}
 
-  void perform(const Words& words) { _commands.at(words.front())(words); }
+  void perform(const Words& words) {
+    const std::string& command = words.front();
+    if (command == "add") {
+      const Folder added = _engine.addFolder(FileURL(words.at(1)), date(words.at(2)));
+      return print({"folder", std::to_string(*added.id), added.path});
+    }
+    const std::int64_t id = std::stoll(words.at(1));
+    if (command == "undo") return undo(id, date(words.at(2)));
+    if (command == "status") return status(_engine.status(id, date(words.at(2))));
+    const auto folder = [&] { return _engine.store().folder(id).value(); };
+    if (command == "rules") {
+      Folder changed = folder();
+      changed.settings = {.maxAgeDays = numberOrNothing(words.at(2)),
+                          .sizeLimit = numberOrNothing(words.at(3)),
+                          .automatic = words.at(4) == "1",
+                          .emptyOnRestart = words.at(5) == "1",
+                          .disposal = disposalFromRawValue(words.at(6)).value()};
+      if (words.at(7) != nothing) changed.lastRunAt = date(words.at(7));
+      _engine.store().update(changed);
+    } else if (command == "tag") {
+      _engine.setTemporary(folder(), words.at(2) == "1", date(words.at(3)));
+    } else if (command == "forget") {
+      _engine.forget(folder());
+    } else if (command == "run") {
+      RunGate gate;
+      finish(_engine.run(id, date(words.at(2)), gate));
+    } else if (command == "undoAll") {
+      for (const JournalEntry& entry : _engine.store().journalOfFolder(id)) {
+        if (!entry.undoneAt) undo(*entry.id, date(words.at(2)));
+      }
+    } else {
+      throw std::invalid_argument("no such command");
+    }
+  }
 
  private:
-  std::int64_t id(const Words& words) const { return std::stoll(words.at(1)); }
-
-  Folder folder(const Words& words) const { return _engine.store().folder(id(words)).value(); }
-
-  void add(const Words& words) {
-    const Folder added = _engine.addFolder(FileURL(words.at(1)), date(words.at(2)));
-    print({"folder", std::to_string(*added.id), added.path});
-  }
-
-  void setRules(const Words& words) {
-    Folder changed = folder(words);
-    changed.settings = {.maxAgeDays = numberOrNothing(words.at(2)),
-                        .sizeLimit = numberOrNothing(words.at(3)),
-                        .automatic = words.at(4) == "1",
-                        .emptyOnRestart = words.at(5) == "1",
-                        .disposal = disposalFromRawValue(words.at(6)).value()};
-    if (words.at(7) != nothing) changed.lastRunAt = date(words.at(7));
-    _engine.store().update(changed);
-  }
-
-  void tag(const Words& words) {
-    _engine.setTemporary(folder(words), words.at(2) == "1", date(words.at(3)));
-  }
-
-  void status(const Words& words) {
-    const FolderStatus status = _engine.status(id(words), date(words.at(2)));
-    print({"status", status.url.path(), status.isTagged ? "tagged" : "untagged",
-           status.isProtectedRoot ? "protected" : "free"});
+  static void status(const FolderStatus& status) {
     for (const Item& item : status.items) {
       print({"item", item.url.lastPathComponent(), item.freshness ? text(*item.freshness) : "",
              std::to_string(item.size)});
     }
     for (const Removal& removal : status.dueNow) {
-      print({"due", removal.item->url.lastPathComponent(), text(removal.reasons)});
+      print({"due", removal.item->url.lastPathComponent(), StoredWords::text(removal.reasons)});
     }
     for (const Upcoming& upcoming : status.upcoming) {
       print({"upcoming", upcoming.item->url.lastPathComponent(), text(upcoming.date)});
     }
   }
 
-  void run(const Words& words) {
-    RunGate gate;
-    const RunResult result = _engine.run(id(words), date(words.at(2)), gate);
-    for (const JournalEntry& entry : result.journal) {
-      print({"removed", entry.name, std::to_string(*entry.id), entry.binnedPath.value_or("")});
-    }
+  static void finish(const RunResult& result) {
+    for (const JournalEntry& entry : result.journal)
+      print({"removed", entry.name});
     for (const RemovalFailure& failure : result.failures) {
       try {
         std::rethrow_exception(failure.error);
       } catch (const std::exception& error) {
-        printError("failed", failure.item.url.lastPathComponent(), error);
+        print({"failed", failure.item.url.lastPathComponent(), error.what()});
       }
     }
   }
@@ -135,26 +124,10 @@ class Driver {
       _engine.undo(entryID, now);
       print({"undone", std::to_string(entryID)});
     } catch (const std::exception& error) {
-      printError("notUndone", std::to_string(entryID), error);
+      print({"notUndone", std::to_string(entryID), error.what()});
     }
   }
 
-  void undoAll(const Words& words) {
-    for (const JournalEntry& entry : _engine.store().journalOfFolder(id(words))) {
-      if (!entry.undoneAt) undo(*entry.id, date(words.at(2)));
-    }
-  }
-
-  const std::map<std::string, std::function<void(const Words&)>> _commands = {
-      {"add", [this](const Words& words) { add(words); }},
-      {"rules", [this](const Words& words) { setRules(words); }},
-      {"tag", [this](const Words& words) { tag(words); }},
-      {"status", [this](const Words& words) { status(words); }},
-      {"run", [this](const Words& words) { run(words); }},
-      {"undo", [this](const Words& words) { undo(id(words), date(words.at(2))); }},
-      {"undoAll", [this](const Words& words) { undoAll(words); }},
-      {"forget", [this](const Words& words) { _engine.forget(folder(words)); }},
-  };
   DiskFileManager _disk;
   Engine _engine;
 };
@@ -172,7 +145,7 @@ int drive(const std::string& database) {
   try {
     driver.emplace(database);
   } catch (const std::exception& error) {
-    printError("error", "open", error);
+    print({"error", "open", error.what()});
     return EXIT_FAILURE;
   }
   for (std::string line; std::getline(std::cin, line);) {
@@ -181,7 +154,7 @@ int drive(const std::string& database) {
     try {
       driver->perform(words);
     } catch (const std::exception& error) {
-      printError("error", words.front(), error);
+      print({"error", words.front(), error.what()});
     }
     print({"done"});
   }

@@ -1,8 +1,8 @@
-#!/usr/bin/env python3
 """Folders, rules and clocks made at random: the driver's status must say what a second telling of the rules says."""
 
 import collections
 import contextlib
+import json
 import os
 import random
 import tempfile
@@ -10,15 +10,15 @@ import time
 from fractions import Fraction
 
 from machine import mounts
-from machine.canary import as_user, own, remove
-from machine.driver import Driver
+from machine.canary import remove
+from machine.driver import Driver, as_root
 from machine.model import DAY, PACKAGES, Conditions, Rules, due, items, upcoming
-from machine.report import Report
 
 AHEAD = (int(time.time()) // DAY + 10) * DAY
 BOOT = AHEAD + 5 * DAY
 FOLDERS = 50
 CASES = 10
+CLOSE = Fraction(1, 10**5)
 # No two that are the same text: their order is left open.
 NAMES = ["a", "b", "B", "a\u0308", "10", "9", "Z z", "x.AppDir", "y.RTFD", "p.photosLibrary", "AppDir", "x.app", "\udcff",
          ".hidden", ".seen", "a.AppDir.txt", "z.appdir", "ab", "a b", "-", "%", "ß", "ſ", "ﬀ", "\u212b", "e", "é"]
@@ -91,16 +91,10 @@ class Generator:
         return float(moment + self.random.choice((0, Fraction(1, 1000), -Fraction(1, 1000), 1, -1)))
 
 
-def is_told_apart(found, rules, now):
-    """Whether no item lies so close to the border that the driver's floating point may see it on the other side."""
-    border = Fraction(now) - (rules.days or 0) * DAY
-    return all(item.freshness is None or item.freshness == border or abs(item.freshness - border) > Fraction(1, 10**5)
-               for item in found)
-
-
-def are_told_apart(found):
-    dates = sorted(item.freshness for item in found if item.freshness is not None)
-    return all(later == earlier or later - earlier > Fraction(1, 10**5) for earlier, later in zip(dates, dates[1:]))
+def are_told_apart(found, *border):
+    """Whether no two dates lie so close that the driver's floating point may see them in another order."""
+    dates = sorted([item.freshness for item in found if item.freshness is not None] + [*border])
+    return all(later == earlier or later - earlier > CLOSE for earlier, later in zip(dates, dates[1:]))
 
 
 def compare(result, expected):
@@ -111,16 +105,16 @@ def compare(result, expected):
     for item in found:
         freshness, size = said.pop(item.name, (None, "-1"))
         close = freshness is None if item.freshness is None else \
-            freshness is not None and abs(Fraction(freshness) - item.freshness) < Fraction(1, 10**5)
+            freshness is not None and abs(Fraction(freshness) - item.freshness) < CLOSE
         if not close or int(size) != item.size:
             problems.append(f"{item} is {freshness}, {size}")
     problems += [f"{name} is no item" for name in said]
-    told = [(line[1], set(line[2].split("+"))) for line in result if line[0] == "due"]
+    told = [(line[1], set(json.loads(line[2]))) for line in result if line[0] == "due"]
     if told != removals:
         problems.append(f"due are {told} and not {removals}")
     told = [(line[1], Fraction(line[2])) for line in result if line[0] == "upcoming"]
     if [name for name, _ in told] != [name for name, _ in forecast] or any(
-            abs(date - expected) > Fraction(1, 10**5) for (_, date), (_, expected) in zip(told, forecast)):
+            abs(date - expected) > CLOSE for (_, date), (_, expected) in zip(told, forecast)):
         problems.append(f"upcoming are {told} and not {forecast}")
     return problems
 
@@ -138,32 +132,27 @@ def batch(report, seen, seed, home, drive):
     """Some folders, each with many rules and moments, in one process of the driver."""
     generator = Generator(seed)
     driver = Driver(*report.tools, home, os.path.join(home, "database"))
-    commands, expected = [], []
     top = tempfile.mkdtemp(dir=drive)
-    os.chmod(top, 0o755)
-    own(top)
     folders = [os.path.join(top, str(number)) for number in range(FOLDERS)]
     is_tagged = {}
-    with as_user():
-        for folder in folders:
-            os.mkdir(folder)
-            generator.fill(folder, 0)
-            is_tagged[folder] = generator.random.random() < 0.9
-            commands.append(("add", folder, 0))
-    added = driver(*commands)
-    numbers = {line[1]: line[0] for line in added.of("folder")}
-    commands = [("tag", numbers[folder], 1, 0) for folder in folders if is_tagged[folder]]
-    driver(*commands)
-    commands = []
+    for folder in folders:
+        os.mkdir(folder)
+        generator.fill(folder, 0)
+        is_tagged[folder] = generator.random.random() < 0.9
+    added = driver(*(("add", folder, 0) for folder in folders))
+    numbers = {folder: number for number, folder in added.of("folder")}
+    driver(*(("tag", numbers[folder], 1, 0) for folder in folders if is_tagged[folder]))
+    commands, expected = [], []
     space = fill_drive(drive, generator.random) if os.path.ismount(drive) else os.statvfs(drive)
     for folder in folders:
-        found = list(items(folder))
+        with as_root():
+            found = list(items(folder))
         if not are_told_apart(found):
             continue
         for _ in range(CASES):
             rules = generator.rules([item.size for item in found] or [0])
             now = generator.now(found, rules)
-            if not is_told_apart(found, rules, now):
+            if not are_told_apart(found, Fraction(now) - (rules.days or 0) * DAY):
                 continue
             conditions = Conditions(Fraction(now), space.f_bavail * space.f_frsize, space.f_blocks * space.f_frsize, BOOT)
             commands += [("rules", numbers[folder], rules.days, rules.limit, int(rules.automatic), int(rules.restart),
@@ -176,17 +165,15 @@ def batch(report, seen, seed, home, drive):
         answers[-1].append(line)
         if line[0] == "done":
             answers.append([])
-    problems = result.problems + [str(line) for line in added.of("error") + result.of("error")]
+    problems = result.problems + added.failures("error") + result.failures("error")
     for number, (answer, known) in enumerate(zip(answers[1::2], expected)):
         problems += [f"{commands[2 * number]} {commands[2 * number + 1]}: {problem}" for problem in compare(answer, known)]
     if len(answers) // 2 != len(expected):
         problems.append(f"{len(answers) // 2} answers to {len(expected)} questions")
     for path in (top, os.path.join(home, "database"), os.path.join(drive, "ballast")):
-        with contextlib.suppress(FileNotFoundError):
-            remove(path)
+        remove(path)
     report.case(f"folders at {seed}", problems[:20], len(expected))
-    for _, removals, _ in expected:
-        seen.update(reason for _, reasons in removals for reason in reasons)
+    seen.update(reason for _, removals, _ in expected for _, reasons in removals for reason in reasons)
     return len(expected)
 
 
@@ -194,15 +181,11 @@ def batch(report, seen, seed, home, drive):
 def places(report):
     """A home and a drive for the folders. Where mounts can be made, the drive is nearly full and the computer has
     started later than most items came."""
-    with contextlib.ExitStack() as stack:
-        top = stack.enter_context(tempfile.TemporaryDirectory(prefix="tidemar-torture-"))
-        home, drive = os.path.join(top, "home"), os.path.join(top, "drive")
-        for path in (home, drive, os.path.join(top, "run")):
+    with tempfile.TemporaryDirectory(prefix="tidemar-torture-") as top, contextlib.ExitStack() as stack:
+        home, drive, run = (os.path.join(top, name) for name in ("home", "drive", "run"))
+        for path in (home, drive, run):
             os.mkdir(path)
-            own(path)
-        os.chmod(top, 0o755)
-        reason = mounts.enter_own_mounts()
-        if reason:
+        if reason := mounts.enter_own_mounts():
             report.skip(f"low disk space and restarts: {reason}")
         else:
             for place in (home, drive):
@@ -213,8 +196,7 @@ def places(report):
         yield home, drive
 
 
-def main():
-    report = Report(__doc__)
+def run(report):
     with places(report) as (home, drive):
         done = seed = 0
         seen = collections.Counter()
@@ -224,8 +206,3 @@ def main():
         rules = ("age", "size", "automatic", "emptyOnRestart") if os.path.ismount(drive) else ("age", "size")
         if report.wants(None):
             report.case("rules", [f"no item went by {rule}" for rule in rules if not seen[rule]], len(rules))
-    report.end()
-
-
-if __name__ == "__main__":
-    main()

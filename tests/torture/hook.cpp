@@ -1,28 +1,18 @@
-// Preloaded into a program, counts its calls of the file system, and at some of them acts as the
-// environment says:
+// Preloaded into a program, counts its calls of the file system, and asks another process what is
+// to become of some of them, as the environment says:
 //
-//     TORTURE_ACTION    kill: the process dies before the call
-//                       fail: the call isn't made and fails with the errno value TORTURE_ERRNO
-//                       ask: another process acts meanwhile, see below
-//                       trace, count: nothing happens
-//     TORTURE_FROM      the number of the first call to act at, from 1
-//     TORTURE_COUNT     how many calls to act at; 0 for all that follow
-//     TORTURE_FUNCTION  counts the calls of this one function alone
-//     TORTURE_REPORT    a descriptor that gets a line for each call acted at
-//     TORTURE_TRACE     a descriptor that gets a line for every call
-//     TORTURE_SOCKET    for "ask": a socket that gets such a line as a packet. The call waits for
-//                       the reply: "go", "kill" or an errno value
+//     TORTURE_SOCKET    a socket that gets "{number} {function} {path}" as a packet. The call waits
+//                       for the reply: the errno value with which it fails without being made, or 0
+//     TORTURE_FROM      the number of the first call to ask at, from 1
+//     TORTURE_COUNT     how many calls to ask at; 0 for all that follow
+//     TORTURE_FUNCTION  counts the calls of this one function alone, if it isn't empty
 //
-// A nap takes a second of the steady clock, so that long patience with others ends soon.
-//
-// A line is "{number} {function} {path}", the path percent-encoded. Standard input, output and
-// error are left alone.
+// A nap takes a second of the steady clock, so that long patience with others ends soon. Standard
+// input, output and error are left alone.
 
 #include <array>
 #include <atomic>
 #include <cerrno>
-#include <csignal>
-#include <cstdio>
 #include <cstdlib>
 #include <ctime>
 #include <string>
@@ -54,40 +44,17 @@ long callKernel(long number, Arguments... arguments) {
   return next(number, arguments...);
 }
 
-long setting(const char* name, long fallback) {
-  const char* text = std::getenv(name);
-  return text == nullptr ? fallback : std::atol(text);
-}
-
-std::string textSetting(const char* name) {
+std::string setting(const char* name) {
   const char* text = std::getenv(name);
   return text == nullptr ? "" : text;
 }
 
 struct Settings {
-  std::string action = textSetting("TORTURE_ACTION");
-  std::string function = textSetting("TORTURE_FUNCTION");
-  long from = setting("TORTURE_FROM", 1);
-  long count = setting("TORTURE_COUNT", 1);
-  int code = static_cast<int>(setting("TORTURE_ERRNO", EIO));
-  int report = static_cast<int>(setting("TORTURE_REPORT", -1));
-  int trace = static_cast<int>(setting("TORTURE_TRACE", -1));
-  int socket = static_cast<int>(setting("TORTURE_SOCKET", -1));
+  std::string function = setting("TORTURE_FUNCTION");
+  long from = std::atol(setting("TORTURE_FROM").c_str());
+  long count = std::atol(setting("TORTURE_COUNT").c_str());
+  int socket = std::atoi(setting("TORTURE_SOCKET").c_str());
 };
-
-std::string encoded(std::string_view bytes) {
-  std::string text;
-  for (const char byte : bytes) {
-    if (byte > ' ' && byte < '\x7f' && byte != '%') {
-      text += byte;
-    } else {
-      std::array<char, 4> digits{};
-      std::snprintf(digits.data(), digits.size(), "%%%02X", static_cast<unsigned char>(byte));
-      text += digits.data();
-    }
-  }
-  return text;
-}
 
 std::string pathOf(const Subject& subject) {
   const std::string name = subject.name == nullptr ? "" : subject.name;
@@ -100,54 +67,25 @@ std::string pathOf(const Subject& subject) {
   return name.empty() ? path : path + "/" + name;
 }
 
-void writeLine(int descriptor, const std::string& line) {
-  callKernel(SYS_write, descriptor, line.data(), line.size());
-}
-
-void die() {
-  callKernel(SYS_kill, callKernel(SYS_getpid), SIGKILL);
-  while (true)
-    callKernel(SYS_pause);
-}
-
-int ask(int socket, const std::string& line) {
-  writeLine(socket, line);
-  std::array<char, 16> reply{};
-  const long size = callKernel(SYS_read, socket, reply.data(), reply.size() - 1);
-  const std::string_view answer(reply.data(), size < 0 ? 0 : static_cast<std::size_t>(size));
-  if (answer == "kill") die();
-  return answer == "go" ? 0 : std::atoi(reply.data());
-}
-
-int act(const Settings& settings, const std::string& line) {
-  if (settings.report >= 0) writeLine(settings.report, line);
-  if (settings.action == "kill") die();
-  if (settings.action == "ask") return ask(settings.socket, line);
-  return settings.action == "fail" ? settings.code : 0;
-}
-
 /// Answers the errno value with which the call is to fail, or 0.
 int meet(const char* function, const Subject& subject) {
   static const Settings settings;
   static std::atomic<long> calls = 0;
   const bool isStandardStream =
       *subject.name == '\0' && subject.descriptor >= 0 && subject.descriptor <= 2;
-  if (settings.action.empty() || isStandardStream) return 0;
+  if (settings.socket == 0 || isStandardStream) return 0;
   if (!settings.function.empty() && settings.function != function) return 0;
-
   const long number = ++calls;
-  const bool isMeant = settings.action != "trace" && settings.action != "count" &&
-                       number >= settings.from &&
-                       (settings.count == 0 || number < settings.from + settings.count);
-  if (!isMeant && settings.trace < 0) return 0;
+  if (number < settings.from) return 0;
+  if (settings.count != 0 && number >= settings.from + settings.count) return 0;
 
   const int code = errno;
-  const std::string line =
-      std::to_string(number) + " " + function + " " + encoded(pathOf(subject)) + "\n";
-  if (settings.trace >= 0) writeLine(settings.trace, line);
-  const int failure = isMeant ? act(settings, line) : 0;
+  const std::string question = std::to_string(number) + " " + function + " " + pathOf(subject);
+  callKernel(SYS_write, settings.socket, question.data(), question.size());
+  std::array<char, 16> reply{};
+  callKernel(SYS_read, settings.socket, reply.data(), reply.size() - 1);
   errno = code;
-  return failure;
+  return std::atoi(reply.data());
 }
 
 }  // namespace
@@ -171,6 +109,8 @@ int meet(const char* function, const Subject& subject) {
 #define POINTER(function) WRAP(function, 0, AT_FDCWD, reinterpret_cast<const char*>(a))
 #define AT(function) WRAP(function, -1, static_cast<int>(a), reinterpret_cast<const char*>(b))
 #define OPEN(function) WRAP(function, -1, static_cast<int>(a), "")
+// Of a descriptor, and gives its errno value itself.
+#define CODE(function) WRAP(function, code, static_cast<int>(a), "")
 
 // clang-format off
 PATH(open) PATH(open64) PATH(mkostemp) PATH(access) PATH(stat) PATH(stat64) PATH(lstat)
@@ -185,33 +125,22 @@ OPEN(fstat) OPEN(fstat64) OPEN(fstatfs) OPEN(fstatvfs) OPEN(getdents64) OPEN(fge
 OPEN(fsetxattr) OPEN(fremovexattr) OPEN(fcntl) OPEN(fcntl64) OPEN(ioctl) OPEN(flock) OPEN(fsync)
 OPEN(fdatasync) OPEN(syncfs) OPEN(ftruncate) OPEN(ftruncate64) OPEN(fchmod) OPEN(fchown)
 OPEN(futimens) OPEN(fallocate) OPEN(read) OPEN(write) OPEN(pread64) OPEN(pwrite64) OPEN(pread)
-OPEN(pwrite)
+OPEN(pwrite) CODE(posix_fallocate)
     // clang-format on
 
     std::atomic<long> naps = 0;
 
-extern "C" int wrapped_nanosleep(const timespec* time, timespec* left) __asm__("nanosleep");
-extern "C" int wrapped_nanosleep(const timespec* time, timespec* left) {
+extern "C" int nanosleep(const timespec* time, timespec* left) {
   static const auto next = following<int (*)(const timespec*, timespec*)>("nanosleep");
   ++naps;
   return next(time, left);
 }
 
-extern "C" int wrapped_clock_gettime(clockid_t clock, timespec* time) __asm__("clock_gettime");
-extern "C" int wrapped_clock_gettime(clockid_t clock, timespec* time) {
+extern "C" int clock_gettime(clockid_t clock, timespec* time) noexcept {
   static const auto next = following<int (*)(clockid_t, timespec*)>("clock_gettime");
   const int result = next(clock, time);
   if (clock == CLOCK_MONOTONIC) time->tv_sec += naps;
   return result;
-}
-
-// Answers its errno value itself.
-extern "C" int wrapped_posix_fallocate(int descriptor, off_t start,
-                                       off_t size) __asm__("posix_fallocate");
-extern "C" int wrapped_posix_fallocate(int descriptor, off_t start, off_t size) {
-  static const auto next = following<int (*)(int, off_t, off_t)>("posix_fallocate");
-  const int code = meet("posix_fallocate", {descriptor, ""});
-  return code != 0 ? code : next(descriptor, start, size);
 }
 
 // The calls that the C library has no function for.

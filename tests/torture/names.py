@@ -1,4 +1,3 @@
-#!/usr/bin/env python3
 """Names of every kind go to the Bin and come back byte for byte; journal rows and Trash records that someone forged
 move nothing that isn't theirs."""
 
@@ -7,8 +6,7 @@ import os
 import random
 import sqlite3
 
-from machine.canary import FAR_FUTURE, FEW_KEPT, File, Link, World, as_user, contents, differences, snapshot
-from machine.report import Report
+from machine.canary import FAR_FUTURE, FEW_KEPT, File, Link, Pipe, World, contents, differences, snapshot
 
 BATCH = 500
 AT_ONCE = 50
@@ -39,12 +37,12 @@ def there_and_back(world, seed):
     world.reset()
     before = contents(world.folder)
     result = world.run()
-    problems = result.problems + [str(line) for line in result.of("failed")] + world.check(in_hand=0)
+    problems = result.problems + result.failures("failed") + world.check(in_hand=0)
     if {line[0] for line in result.of("removed")} != set(world.due):
         problems.append("not all went, or under other names")
     if world.disposal == "bin":
         back = world.undo()
-        problems += [str(line) for line in back.of("notUndone")] + world.check(in_hand=0, is_undoing=True)
+        problems += back.failures("notUndone") + world.check(in_hand=0, is_undoing=True)
         problems += differences("put back", before, contents(world.folder))
         problems += [f"left in the Trash: {path}" for path in snapshot(world.trash)
                      if path not in (".", "files", "info")]
@@ -77,9 +75,8 @@ def forge(world, rows):
 
 def undo_forged(world, rows):
     world.run()
-    with as_user():
-        os.symlink(world.outside, os.path.join(world.trash, "files", "planted"))
-        world.write(os.path.join(world.trash, "files", "other"))
+    os.symlink(world.outside, os.path.join(world.trash, "files", "planted"))
+    world.write(os.path.join(world.trash, "files", "other"))
     known = len(world.journal())
     forge(world, rows)
     before = {top: contents(top) for top in (world.folder, world.trash, world.outside, world.untagged)}
@@ -96,7 +93,7 @@ RECORDS = {
     "that leads up": "[Trash Info]\nPath=../../../../etc/passwd\nDeletionDate=2020-01-01T00:00:00\n",
     "badly encoded": "[Trash Info]\nPath=%zz%4\nDeletionDate=never\n", "of a NUL": "[Trash Info]\nPath=/%00\n",
     "without end": "x" * 5_000_000, "of many paths": "[Trash Info]\n" + "Path=/a\n" * 100_000,
-    "link": Link("../../../../../outside/precious"), "pipe": "pipe", "directory": "directory", "unreadable": "unreadable"}
+    "link": Link("../../../../../outside/precious"), "pipe": Pipe(), "directory": {}, "unreadable": File(0o000)}
 
 
 def undo_with_record(world, kind):
@@ -106,18 +103,12 @@ def undo_with_record(world, kind):
     world.run()
     info = os.path.join(world.trash, "info", "file.trashinfo")
     record = RECORDS[kind]
-    with as_user():
-        os.unlink(info)
-        if isinstance(record, Link):
-            os.symlink(record.target, info)
-        elif record == "pipe":
-            os.mkfifo(info)
-        elif record == "directory":
-            os.mkdir(info)
-        elif record is not None:
-            with open(info, "w") as file:
-                file.write(record.format(outside=world.outside) if len(record) < 1000 else record)
-            os.chmod(info, 0 if record == "unreadable" else 0o600)
+    os.unlink(info)
+    if isinstance(record, str):
+        with open(info, "w") as file:
+            file.write(record.replace("{outside}", world.outside))
+    elif record is not None:
+        world.put(os.path.dirname(info), {os.path.basename(info): record})
     result = world.drive(("undo", 1, FAR_FUTURE))
     places = [path for path in (world.path("file"), os.path.join(world.trash, "files", "file")) if os.path.lexists(path)]
     problems = result.problems + world.changed_canaries()
@@ -126,13 +117,11 @@ def undo_with_record(world, kind):
     return problems
 
 
-def main():
-    report = Report(__doc__)
+def run(report):
     with World(report.tools, "bin", {}, {}) as world, World(report.tools, "delete", {}, {}) as deleting:
         for name, chosen, most in (("there and back", world, 20), ("deleted", deleting, 3)):
             for seed in range(1, report.count(most, 1) + 1):
-                if report.wants(f"{name} at {seed}"):
-                    report.case(f"{name} at {seed}", there_and_back(chosen, seed), BATCH)
+                report.check(f"{name} at {seed}", there_and_back, chosen, seed, number=BATCH)
         numbers = report.some(range(len(forged_rows(world))), 100)
     for start in range(0, len(numbers), AT_ONCE):
         if report.wants(f"forged rows at {start}"):
@@ -144,8 +133,3 @@ def main():
     with World(report.tools, "bin", DUE, FEW_KEPT) as world:
         for kind in RECORDS:
             report.check(f"record {kind}", undo_with_record, world, kind)
-    report.end()
-
-
-if __name__ == "__main__":
-    main()

@@ -1,4 +1,3 @@
-#!/usr/bin/env python3
 """At every call of a run someone else acts meanwhile: another run, a reading, a put-back, the tag that is taken off,
 the folder forgotten, the database held or put out of its place."""
 
@@ -7,61 +6,48 @@ import contextlib
 import os
 import sqlite3
 
-from machine.canary import FAR_FUTURE, FEW_KEPT, SMALL, TAGS, File, World, as_user
-from machine.report import Report
+from machine.canary import FAR_FUTURE, FEW_KEPT, SMALL, TAGS, File, worlds
 
 DUE = SMALL | {"other": File(), "last": {"a": File()}}
-# Someone else's patience with the database would else last as long as it does for users.
-IN_A_HURRY = {"action": "count"}
-
 
 # Someone else acts up to the yield, which gives false where that came to nothing, and behind it brings back what the
 # checks need.
 
 
-@contextlib.contextmanager
 def Reads(world):
     """Must not take what the run has in its hand for what a killed one had left."""
-    world.drive(("status", 1, FAR_FUTURE), **IN_A_HURRY)
+    world.drive(("status", 1, FAR_FUTURE))
     yield
 
 
-@contextlib.contextmanager
 def Runs(world):
-    world.run(**IN_A_HURRY)
+    world.run()
     yield
 
 
-@contextlib.contextmanager
 def PutsBack(world):
-    world.undo(**IN_A_HURRY)
+    world.undo()
     yield
 
 
-@contextlib.contextmanager
 def TakesTheTagOff(world):
-    with as_user():
-        os.removexattr(world.folder, TAGS)
+    os.removexattr(world.folder, TAGS)
     yield
 
 
-@contextlib.contextmanager
 def Forgets(world):
     # In the midst of the run's own writing the database takes nothing else.
-    yield not world.drive(("forget", 1), **IN_A_HURRY).of("error")
+    yield not world.drive(("forget", 1)).of("error")
 
 
-@contextlib.contextmanager
 def MovesTheFolder(world, place=None):
     """The run may go on with it, wherever it lies."""
     place = place or elsewhere(world)
-    with as_user():
-        os.makedirs(os.path.dirname(place), mode=0o700, exist_ok=True)
-        os.rename(world.folder, place)
+    os.makedirs(os.path.dirname(place), mode=0o700, exist_ok=True)
+    os.rename(world.folder, place)
     yield
-    with as_user():
-        os.rename(place, world.folder)
-        world.follow_again()
+    os.rename(place, world.folder)
+    world.follow_again()
 
 
 def elsewhere(world):
@@ -70,22 +56,17 @@ def elsewhere(world):
 
 def BinsTheFolder(world):
     """As a file manager does. What lies in the Bin isn't cleared."""
-    with as_user():
-        os.makedirs(os.path.join(world.trash, "info"), mode=0o700, exist_ok=True)
+    os.makedirs(os.path.join(world.trash, "info"), mode=0o700, exist_ok=True)
     return MovesTheFolder(world, os.path.join(world.trash, "files", "Temporary"))
 
 
-@contextlib.contextmanager
 def TakesTheRightsAway(world):
     """To write in the folder."""
-    with as_user():
-        os.chmod(world.folder, 0o500)
+    os.chmod(world.folder, 0o500)
     yield
-    with as_user():
-        os.chmod(world.folder, 0o700)
+    os.chmod(world.folder, 0o700)
 
 
-@contextlib.contextmanager
 def HoldsTheDatabase(world):
     """For as long as the run lasts."""
     with contextlib.closing(sqlite3.connect(world.database, isolation_level=None, timeout=0)) as connection:
@@ -94,13 +75,11 @@ def HoldsTheDatabase(world):
         yield
 
 
-@contextlib.contextmanager
 def PutsTheDatabaseAside(world, replacement=False):
     """And brings it back later."""
     os.rename(world.database, world.database + ".aside")
     if replacement:
-        with as_user(), open(world.database, "w"):
-            pass
+        open(world.database, "w").close()
     yield
     os.rename(world.database + ".aside", world.database)
 
@@ -128,8 +107,7 @@ def met(world, kind, number):
         def act(_):
             nonlocal has_acted
             before.update(left(world))
-            has_acted = stack.enter_context(kind(world)) is not False
-            return "go"
+            has_acted = stack.enter_context(contextlib.contextmanager(kind)(world)) is not False
 
         result = world.run(act=act, at=number)
     gone = before - left(world)
@@ -151,18 +129,11 @@ def three_at_once(world):
     return problems + world.check(in_hand=0, may_wait=True)
 
 
-def main():
-    report = Report(__doc__)
-    for disposal in ("bin", "delete"):
-        with World(report.tools, disposal, DUE, FEW_KEPT) as world:
-            count = len(world.calls(disposal))
-            for kind in OTHERS:
-                for number in report.some(range(1, count + 1), 3):
-                    report.check(f"{disposal}, {kind.__name__} at {number}", met, world, kind, number)
-            for number in range(report.count(200, 3)):
-                report.check(f"{disposal}, three at once, {number}", three_at_once, world)
-    report.end()
-
-
-if __name__ == "__main__":
-    main()
+def run(report):
+    for world in worlds(report, ("bin", "delete"), DUE, FEW_KEPT):
+        count = len(world.calls())
+        for kind in OTHERS:
+            for number in report.some(range(1, count + 1), 3):
+                report.check(f"{world.operation}, {kind.__name__} at {number}", met, world, kind, number)
+        for number in range(report.count(200, 3)):
+            report.check(f"{world.operation}, three at once, {number}", three_at_once, world)

@@ -1,4 +1,3 @@
-#!/usr/bin/env python3
 """Items that hold a mount, a subvolume, one of the user's fixed places or another Temporary folder, at every depth
 and under every kind of directory: each stays, whole."""
 
@@ -7,8 +6,7 @@ import itertools
 import os
 
 from machine import fuse, mounts
-from machine.canary import File, World, as_user, contents, own
-from machine.report import Report
+from machine.canary import File, World, contents
 
 DUE = {"file": File(), "tree": {"a": File()}}
 DEPTHS = range(6)
@@ -17,56 +15,62 @@ SHAPES = {"directory": ("holder", "d"), "package": ("holder.AppDir", "d"), "hidd
           "package inside": ("holder", "d.rtfd")}
 
 
-def memory(world, place, stack):
-    stack.enter_context(mounts.mounted(place, "-t", "tmpfs", "none"))
-    own(place)
+# Each gives what has to be undone behind it.
 
 
-def bound_directory(world, place, stack):
-    stack.enter_context(mounts.mounted(place, "--bind", world.untagged))
+def memory(_, place):
+    return mounts.mounted(place, "-t", "tmpfs", "-o", f"uid={os.getuid()}", "none")
 
 
-def bound_file(world, place, stack):
+def bound_directory(world, place):
+    return mounts.mounted(place, "--bind", world.untagged)
+
+
+def bound_file(world, place):
     path = os.path.join(place, "bound")
-    with as_user(), open(path, "w"):
-        pass
-    stack.enter_context(mounts.mounted(path, "--bind", os.path.join(world.outside, "precious")))
+    open(path, "w").close()
+    return mounts.mounted(path, "--bind", os.path.join(world.outside, "precious"))
 
 
-def served(world, place, stack):
+def served(_, place):
     """By a program of the user's."""
-    stack.enter_context(fuse.mounted(place))
+    return fuse.mounted(place)
 
 
-def subvolume(world, place, stack):
+@contextlib.contextmanager
+def subvolume(_, place):
     os.rmdir(place)
     mounts.command("btrfs", "subvolume", "create", place)
-    own(place)
+    mounts.command("chown", str(os.getuid()), place)
+    yield
 
 
-def home(world, place, stack):
-    stack.callback(world.drive.environment.__setitem__, "HOME", world.home)
+@contextlib.contextmanager
+def home(world, place):
     world.drive.environment |= {"HOME": place, "XDG_DATA_HOME": world.data}
+    yield
 
 
-def data(world, place, stack):
-    stack.callback(world.drive.environment.pop, "XDG_DATA_HOME")
+@contextlib.contextmanager
+def data(world, place):
     world.drive.environment["XDG_DATA_HOME"] = place
+    yield
 
 
-def documents(world, place, stack):
+@contextlib.contextmanager
+def documents(world, place):
     config = os.path.join(world.home, ".config")
-    with as_user():
-        os.makedirs(config, exist_ok=True)
-        with open(os.path.join(config, "user-dirs.dirs"), "w") as file:
-            file.write(f'XDG_DOCUMENTS_DIR="{place}"\n')
-    stack.callback(os.unlink, os.path.join(config, "user-dirs.dirs"))
+    os.mkdir(config)
+    with open(os.path.join(config, "user-dirs.dirs"), "w") as file:
+        file.write(f'XDG_DOCUMENTS_DIR="{place}"\n')
+    yield
 
 
-def temporary_folder(world, place, stack):
-    result = world.drive(("add", place, 0))
-    (number, _), = result.of("folder")
+@contextlib.contextmanager
+def temporary_folder(world, place):
+    (number, _), = world.drive(("add", place, 0)).of("folder")
     world.drive(("tag", number, 1, 0))
+    yield
 
 
 # Each by what has to be at hand for it.
@@ -74,37 +78,33 @@ BOUNDARIES = {"mount": (memory, bound_directory, bound_file), "fuse": (served,),
               "": (home, data, documents, temporary_folder)}
 
 
-def stays(world, prepare, shape, depth):
-    item, directory = SHAPES[shape]
-    world.reset()
-    place = world.path(item, *[directory] * depth)
-    with contextlib.ExitStack() as stack:
-        with as_user():
-            os.makedirs(place)
-        prepare(world, place, stack)
-        with as_user():
-            if os.access(place, os.W_OK) and prepare not in (bound_directory, bound_file, served):
+def stays(report, directory, kind, operation, shape, depth):
+    item, below = SHAPES[shape]
+    with World(report.tools, operation, DUE, {}, directory=directory) as world:
+        place = world.path(item, *[below] * depth)
+        os.makedirs(place)
+        with kind(world, place):
+            if os.access(place, os.W_OK) and kind not in (bound_directory, bound_file, served):
                 world.write(os.path.join(place, "precious"))
-        before = contents(world.path(item))
-        result = world.run()
-        now = contents(world.path(item))
-        problems = result.problems + [str(line) for line in result.of("error")]
-        problems += [f"gone: {path}" for path, entry in before.items() if now.get(path) != entry]
-        problems += world.check(touched={item})
-        gone = {line[0] for line in result.of("removed")}
+            before = contents(world.path(item))
+            result = world.run()
+            now = contents(world.path(item))
+            problems = result.problems + result.failures("error")
+            problems += [f"gone: {path}" for path, entry in before.items() if now.get(path) != entry]
+            problems += world.check(touched={item})
+        gone = {name for name, in result.of("removed")}
         if gone != set(DUE):
             problems.append(f"gone are {gone}")
         # Where the data's own place is the item, the Bin is too.
-        if prepare is data:
-            problems = [problem for problem in problems if "rows" not in problem and "without a record" not in problem]
-    return problems
+        return [problem for problem in problems
+                if kind is not data or "rows" not in problem and "without a record" not in problem]
 
 
 def directories(report, needed):
     """Where a world can be that has what is needed at hand."""
     reason = mounts.enter_own_mounts()
     if needed == "btrfs":
-        for drive in mounts.drives(report, ("btrfs",)):
+        for drive in mounts.drives(report, "btrfs"):
             yield drive.place
     elif needed in ("mount", "fuse") and reason:
         report.skip(f"{needed}: {reason}")
@@ -114,18 +114,10 @@ def directories(report, needed):
         yield None
 
 
-def main():
-    report = Report(__doc__)
+def run(report):
     for needed, kinds in BOUNDARIES.items():
         for directory in directories(report, needed):
             cases = itertools.product(kinds, ("bin", "delete"), SHAPES, DEPTHS)
-            for kind, disposal, shape, depth in report.some(cases, 8):
-                label = f"{kind.__name__}, {disposal}, {shape} at depth {depth}"
-                if report.wants(label):
-                    with World(report.tools, disposal, DUE, {}, directory=directory) as world:
-                        report.case(label, stays(world, kind, shape, depth))
-    report.end()
-
-
-if __name__ == "__main__":
-    main()
+            for kind, operation, shape, depth in report.some(cases, 8):
+                label = f"{kind.__name__}, {operation}, {shape} at depth {depth}"
+                report.check(label, stays, report, directory, kind, operation, shape, depth)

@@ -1,4 +1,3 @@
-#!/usr/bin/env python3
 """Programs save, append, drop and drag at every call of a run, and all the time: nothing that they wrote may be
 lost."""
 
@@ -8,11 +7,8 @@ import os
 import random
 import tempfile
 
-from machine import mounts
-from machine.canary import COPY, FEW_KEPT, FRESH, SMALL, World, as_user, remove, snapshot
-from machine.driver import become_user
-from machine.report import Report
-from machine.writing import WRITERS
+from machine.canary import COPY, FEW_KEPT, FRESH, SMALL, World, remove, snapshot, worlds
+from machine.writing import WRITERS, Hand
 
 FILES = 300
 SAVES = 3000
@@ -20,69 +16,59 @@ BEGUN, ENDED = 0, 1
 
 
 class WriterWorld(World):
-    def __init__(self, tools, disposal):
-        super().__init__(tools, disposal, SMALL, FEW_KEPT)
+    def reset(self):
+        super().reset()
         self.aside = os.path.join(self.home, "Aside")
-
-    @contextlib.contextmanager
-    def prepared(self, operation):
-        with super().prepared(operation) as perform:
-            self.is_undoing = operation == COPY
-            with as_user():
-                if os.path.isdir(self.aside):
-                    remove(self.aside)
-                os.mkdir(self.aside)
-            yield perform
+        remove(self.aside)
+        os.mkdir(self.aside)
 
     def problems_after_writing(self, result, written, stays=()):
         """`stays` is what was written while its item lay at its place: it keeps the item from going."""
         self.start_again()
         # What is written comes back under its own name, or beside what has taken that name.
         names = [name for name in os.listdir(self.folder) if name.startswith(("file", "tree", ".saving"))]
-        problems = result.problems + self.check(touched={*SMALL, *names}, is_undoing=self.is_undoing, may_wait=self.is_undoing)
+        problems = result.problems + self.check(touched={*SMALL, *names}, may_wait=self.puts_back)
         there = "".join(entry.content for entry in snapshot(self.root).values())
         problems += [f"lost: {text!r}" for text in written if text not in there]
         here = "".join(entry.content for entry in snapshot(self.folder).values())
         problems += [f"changed, and went: {text!r}" for text in stays if text not in here]
-        gone = {row["name"] for row in self.journal() if not self.is_undoing}
+        gone = {row["name"] for row in self.journal() if not self.puts_back}
         if "tree" in gone & set(names):
             problems.append("the journal says that the tree has gone")
         return problems
 
 
-def written_at(world, operation, kind, where, number):
+def written_at(world, kind, where, number):
     stays = []
-    with world.prepared(operation) as perform:
-        with as_user():
-            writer = kind(world, os.path.join(world.trash, "files") if operation == COPY else world.folder, where)
+    with world.prepared():
+        top = os.path.join(world.trash, "files") if world.puts_back else world.folder
+        with contextlib.closing(Hand(top, where, world.aside)) as hand, contextlib.closing(kind(hand)) as writer:
+            next(writer)
 
-        def act(_):
-            was_in_place = os.path.lexists(writer.item)
-            with as_user():
-                writer.act()
-            if was_in_place and writer.is_over() and operation != COPY:
-                stays.extend(writer.written)
-            return "go"
+            def act(_):
+                was_in_place = os.path.lexists(hand.item)
+                is_over = next(writer, True)
+                if was_in_place and is_over and not world.puts_back:
+                    stays.extend(hand.written)
 
-        with contextlib.closing(writer):
-            result = perform(act=act, at=number)
-    problems = world.problems_after_writing(result, writer.written, stays)
+            result = world.perform(act=act, at=number)
+    problems = world.problems_after_writing(result, hand.written, stays)
     return result.disturbed * bool(problems) + problems
 
 
-def at_every_call(report, world, operation):
-    calls = world.calls(operation)
+def at_every_call(report, world):
+    calls = world.calls()
     # What was written before the plan may be due. The time of the last start is the last thing that is read for it.
-    planned = max((call.number for call in calls if call.path.startswith("/proc/s")), default=0)
+    planned = max((call.number for call in calls if call.path.startswith(("/proc/stat", "/proc/sys/"))), default=0)
     for kind, where in WRITERS:
         for number in report.windows(calls[planned:], world, 2):
-            label = f"{operation}, {kind.__name__} {where} at {number}"
-            report.check(label, written_at, world, operation, kind, where, number)
+            label = f"{world.operation}, {kind.__name__} {where} at {number}"
+            report.check(label, written_at, world, kind, where, number)
 
 
 def saves_all_the_time(world, seed):
     """Another process saves by renaming, as fast as it can, into a directory of many files."""
-    with world.prepared("delete"), as_user():
+    with world.prepared():
         for number in range(FILES):
             world.write(world.path("tree", "inner", str(number)))
     world.remember()
@@ -90,13 +76,12 @@ def saves_all_the_time(world, seed):
     with mmap.mmap(-1, 2) as flags, tempfile.TemporaryFile() as log:
         def begin(call):
             if children or "/tree/" not in call.path:
-                return "go"
+                return
             children.append(os.fork())
             if children[-1] == 0:
                 save(world.path("tree", "inner"), seed, flags, log.fileno())
             while not flags[BEGUN]:
                 pass
-            return "go"
 
         # From the first file on that goes from the tree.
         result = world.run(act=begin, function="unlinkat", count=0)
@@ -110,7 +95,6 @@ def saves_all_the_time(world, seed):
 
 def save(path, seed, flags, log):
     """Until told to end, or until the directory has gone."""
-    become_user()
     generator = random.Random(seed)
     directory = os.open(path, os.O_RDONLY)
     for number in range(SAVES):
@@ -134,20 +118,9 @@ def save(path, seed, flags, log):
     os._exit(0)
 
 
-def main():
-    report = Report(__doc__)
-    reason = mounts.enter_own_mounts()
-    if reason:
-        report.skip(f"{COPY}: {reason}")
-    for disposal, operations in (("bin", ("bin",) if reason else ("bin", COPY)), ("delete", ("delete",))):
-        with WriterWorld(report.tools, disposal) as world:
-            for operation in operations:
-                at_every_call(report, world, operation)
-    with WriterWorld(report.tools, "delete") as world:
+def run(report):
+    for world in worlds(report, ("bin", COPY, "delete"), SMALL, FEW_KEPT, kind=WriterWorld):
+        at_every_call(report, world)
+    for world in worlds(report, ("delete",), SMALL, FEW_KEPT, kind=WriterWorld):
         for seed in range(1, report.count(300, 2) + 1):
             report.check(f"saves all the time, seed {seed}", saves_all_the_time, world, seed)
-    report.end()
-
-
-if __name__ == "__main__":
-    main()

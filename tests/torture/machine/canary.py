@@ -12,7 +12,7 @@ import tempfile
 import urllib.parse
 
 from machine import mounts
-from machine.driver import FAR_FUTURE, ORDINARY_USER, Driver
+from machine.driver import FAR_FUTURE, Driver, as_root
 
 FRESH = FAR_FUTURE + 10_000_000
 TAGS = "user.xdg.tags"
@@ -50,17 +50,16 @@ COPY = "put-back by a copy"
 Entry = collections.namedtuple("Entry", "kind mode content modified changed attributes")
 
 
-def entry_of(path, values=None):
-    values = values or os.lstat(path)
+def entry_of(path):
+    values = os.lstat(path)
     kind = stat.S_IFMT(values.st_mode)
-    content = ""
+    content, attributes = "", ()
     if kind == stat.S_IFREG:
         with open(path, "rb") as file:
             data = file.read()
         content = data.decode() if len(data) < 1000 else hashlib.sha256(data).hexdigest()
     elif kind == stat.S_IFLNK:
         content = os.readlink(path)
-    attributes = ()
     # Some file systems keep none.
     with contextlib.suppress(OSError):
         if kind != stat.S_IFLNK:
@@ -68,43 +67,32 @@ def entry_of(path, values=None):
     return Entry(kind, stat.S_IMODE(values.st_mode), content, values.st_mtime_ns, values.st_ctime_ns, attributes)
 
 
+@as_root()
 def snapshot(top):
-    """All that lies under a directory, by its path relative to it; the directory itself under "."."""
-    found = {}
-    pending = ["."]
-    while pending:
-        relative = pending.pop()
-        path = os.path.join(top, relative)
-        found[relative] = entry_of(path)
-        with os.scandir(path) as entries:
-            for entry in entries:
-                below = entry.name if relative == "." else os.path.join(relative, entry.name)
-                if entry.is_dir(follow_symlinks=False):
-                    pending.append(below)
-                else:
-                    found[below] = entry_of(entry.path, entry.stat(follow_symlinks=False))
+    """Of an entry and all that lies in it, by the path relative to it; the entry itself under "."."""
+    found = {".": entry_of(top)}
+    for directory, directories, files in () if os.path.islink(top) else os.walk(top):
+        for name in directories + files:
+            path = os.path.join(directory, name)
+            found[os.path.relpath(path, top)] = entry_of(path)
     return found
 
 
+def portable(entries):
+    """Of a snapshot what is the same wherever its entry lies."""
+    return {path: entry._replace(changed=0, modified=entry.modified if entry.kind == stat.S_IFREG else 0)
+            for path, entry in entries.items()}
+
+
 def parts(entries, name):
-    """Of a snapshot one top-level entry, as what makes it the same wherever it lies."""
-    return {path[len(name):]: (entry.kind, entry.mode, entry.content, entry.attributes,
-                               entry.modified if entry.kind == stat.S_IFREG else None)
-            for path, entry in entries.items() if path == name or path.startswith(name + "/")}
+    """The same of one top-level entry."""
+    return portable({path[len(name):]: entry for path, entry in entries.items()
+                     if path == name or path.startswith(name + "/")})
 
 
 def contents(path):
-    """Of a tree what makes it the same wherever it lies; nothing where there is none."""
-    if not os.path.lexists(path):
-        return {}
-    if not os.path.isdir(path) or os.path.islink(path):
-        name = os.path.basename(path)
-        return parts({name: entry_of(path)}, name)
-    return contents_of(snapshot(path))
-
-
-def contents_of(entries):
-    return {path: parts({path: entry}, path)[""] for path, entry in entries.items()}
+    """The same of what lies there now; nothing where there is nothing."""
+    return portable(snapshot(path)) if os.path.lexists(path) else {}
 
 
 def differences(what, before, now):
@@ -112,77 +100,45 @@ def differences(what, before, now):
             for path in sorted(before.keys() | now.keys()) if before.get(path) != now.get(path)]
 
 
-def disposal_of(operation):
-    return "delete" if operation == "delete" else "bin"
-
-
-def puts_back(operation):
-    return operation not in ("bin", "delete")
-
-
-@contextlib.contextmanager
-def as_user():
-    """With the rights of the user whose home it is, as far as this process can give up its own."""
-    if os.getuid() != 0:
-        yield
-        return
-    os.setegid(ORDINARY_USER)
-    os.seteuid(ORDINARY_USER)
-    try:
-        yield
-    finally:
-        os.seteuid(0)
-        os.setegid(0)
-
-
-def own(path):
-    """Makes it that user's."""
-    if os.getuid() == 0:
-        os.chown(path, ORDINARY_USER, ORDINARY_USER)
+def worlds(report, operations, *arguments, kind=None, **options):
+    """One for each operation that can be tried here."""
+    for operation in operations:
+        reason = operation == COPY and mounts.enter_own_mounts()
+        if reason:
+            report.skip(f"{COPY}: {reason}")
+        else:
+            with (kind or World)(report.tools, operation, *arguments, **options) as world:
+                yield world
 
 
 class World:
-    """Lies in a directory, by default a temporary one; the folder may lie on a drive of its own."""
+    """Lies in a directory, by default a temporary one; the folder may lie on a drive of its own. What is tried in it
+    is one operation: a run to the Bin or one that deletes, or putting back what a run has taken."""
 
-    def __init__(self, tools, disposal, due=None, kept=None, directory=None, drive=None):
+    def __init__(self, tools, operation, due=DUE, kept=KEPT, directory=None, drive=None):
         self.root = os.path.realpath(tempfile.mkdtemp(prefix="tidemar-torture-", dir=directory))
-        own(self.root)
-        self.disposal = disposal
-        self.due = DUE if due is None else due
-        self.kept = KEPT if kept is None else kept
-        if os.getuid() != 0:
-            self.kept = {name: part for name, part in self.kept.items() if name != "unreadable"}
+        self.operation = operation
+        self.disposal = "delete" if operation == "delete" else "bin"
+        self.puts_back = operation not in ("bin", "delete")
+        self.perform = self.undo if self.puts_back else self.run
+        self.due = due
+        # Without another's rights nobody could compare it.
+        self.kept = {name: kept[name] for name in kept if name != "unreadable" or 0 in os.getresuid()}
         self.home = os.path.join(self.root, "home")
         self.folder = os.path.join(drive or self.home, "Papers", "Temporary")
         self.untagged = os.path.join(self.home, "Papers", "Untagged")
         self.outside = os.path.join(self.root, "outside")
         self.data = os.path.join(self.home, ".local", "share")
-        self.trash = os.path.join(drive, f".Trash-{ORDINARY_USER if os.getuid() == 0 else os.getuid()}") if drive \
-            else os.path.join(self.data, "Trash")
+        self.trash = os.path.join(drive, f".Trash-{os.getuid()}") if drive else os.path.join(self.data, "Trash")
         self.database = os.path.join(self.data, "Tidemar", "tidemar.sqlite")
         self.drive = Driver(*tools, self.home, self.database)
         self._count = 0
         self._tags = b""
-        self._make()
-
-    def __enter__(self):
-        return self
-
-    def __exit__(self, *_):
-        shutil.rmtree(self.root, ignore_errors=True)
-
-    def path(self, *names):
-        return os.path.join(self.folder, *names)
-
-    # Building.
-
-    def _make(self):
-        with as_user():
-            for path in (self.folder, self.untagged, os.path.dirname(self.database), self.outside,
-                         os.path.join(self.root, "run")):
-                os.makedirs(path, mode=0o700, exist_ok=True)
-            self.put(self.outside, OUTSIDE)
-            self.put(self.untagged, {"old": File(), "tree": TREE})
+        for path in (self.folder, self.untagged, os.path.dirname(self.database), self.outside,
+                     os.path.join(self.root, "run")):
+            os.makedirs(path, mode=0o700, exist_ok=True)
+        self.put(self.outside, OUTSIDE)
+        self.put(self.untagged, {"old": File(), "tree": TREE})
         rules = (1, None, 0, 0, self.disposal, None)
         result = self.drive(("add", self.folder, 0), ("rules", 1, *rules), ("tag", 1, 1, 0),
                             ("add", self.untagged, 0), ("rules", 2, *rules))
@@ -194,16 +150,27 @@ class World:
         shutil.copyfile(self.database, self._prepared)
         self.reset()
 
+    def __enter__(self):
+        return self
+
+    @as_root()
+    def __exit__(self, *_):
+        shutil.rmtree(self.root, ignore_errors=True)
+
+    def path(self, *names):
+        return os.path.join(self.folder, *names)
+
+    # Building.
+
     def put(self, directory, entries):
         """Every file gets content of its own, by which it is known wherever it comes to lie."""
         for name, part in entries.items():
             path = os.path.join(directory, name)
-            if isinstance(part, dict):
-                part = Directory(part)
-            if isinstance(part, Directory):
+            if isinstance(part, (dict, Directory)):
+                entries, mode = part if isinstance(part, Directory) else Directory(part)
                 os.mkdir(path)
-                self.put(path, part.entries)
-                os.chmod(path, part.mode)
+                self.put(path, entries)
+                os.chmod(path, mode)
             elif isinstance(part, Link):
                 os.symlink(part.target, path)
             elif isinstance(part, HardLink):
@@ -216,7 +183,7 @@ class World:
     def write(self, path, part=File()):
         self._count += 1
         content = f"{self._count} {urllib.parse.quote(os.fsencode(path))}\n"
-        if os.path.basename(path) == ".hidden" and os.path.dirname(path) == self.folder:
+        if path == self.path(".hidden"):
             content = "listed\n"
         with open(path, "w") as file:
             file.write(content)
@@ -225,7 +192,6 @@ class World:
         os.chmod(path, part.mode)
         if part.fresh:
             os.utime(path, (FRESH, FRESH))
-        return content
 
     def reset(self):
         """The world as it was made, but for what lies in the folder: that is made anew."""
@@ -234,14 +200,12 @@ class World:
                 for name in os.listdir(directory):
                     remove(os.path.join(directory, name))
         for ending in ("-journal", "-wal", "-shm"):
-            with contextlib.suppress(FileNotFoundError):
-                os.unlink(self.database + ending)
-        with as_user():
-            # In place: the file stays the one that the directory knows.
-            shutil.copyfile(self._prepared, self.database)
-            self.put(self.folder, self.due | self.kept)
-            if self._tags:
-                os.setxattr(self.folder, TAGS, self._tags)
+            remove(self.database + ending)
+        # In place: the file stays the one that the directory knows.
+        shutil.copyfile(self._prepared, self.database)
+        self.put(self.folder, self.due | self.kept)
+        if self._tags:
+            os.setxattr(self.folder, TAGS, self._tags)
         self.remember()
 
     def follow_again(self):
@@ -264,34 +228,27 @@ class World:
 
     # Running.
 
-    def run(self, **settings):
-        return self.drive(("run", 1, FAR_FUTURE), **settings)
+    def run(self, **how):
+        return self.drive(("run", 1, FAR_FUTURE), **how)
 
-    def undo(self, **settings):
-        return self.drive(("undoAll", 1, FAR_FUTURE), **settings)
+    def undo(self, **how):
+        return self.drive(("undoAll", 1, FAR_FUTURE), **how)
 
     @contextlib.contextmanager
-    def prepared(self, operation):
-        """Makes the world anew, and gives what performs the operation: a run, or putting back what a run took."""
+    def prepared(self):
+        """Makes the world anew; where the operation is to put back, after a run. By a copy an item of the Bin comes
+        back to the same folder on another mount."""
         self.reset()
-        if not puts_back(operation):
-            yield self.run
-            return
-        self.run()
-        with self.on_another_mount() if operation == COPY else contextlib.nullcontext():
-            yield self.undo
-
-    @contextlib.contextmanager
-    def on_another_mount(self):
-        """The same folder, but so that an item of the Bin comes back as a copy."""
+        if self.puts_back:
+            self.run()
         above = os.path.dirname(self.folder)
-        with mounts.mounted(above, "--bind", above):
+        with mounts.mounted(above, "--bind", above) if self.operation == COPY else contextlib.nullcontext():
             yield
 
-    def calls(self, operation):
+    def calls(self):
         """Those of the operation where nobody disturbs it."""
-        with self.prepared(operation) as perform:
-            return perform(action="trace").calls
+        with self.prepared():
+            return self.perform(act=lambda _: None, count=0).calls
 
     def start_again(self):
         """What the next start of the program does first."""
@@ -300,19 +257,18 @@ class World:
     def run_whole(self):
         """A run that nobody disturbs takes all that is due; answers what is wrong with it."""
         result = self.run()
-        problems = result.problems + [str(line) for line in result.of("failed") + result.of("error")]
         left = sorted(set(self.due) & set(os.listdir(self.folder)))
-        return problems + ([f"still there: {left}"] if left else [])
+        return result.problems + result.failures("failed", "error") + [f"still there: {left}"] * bool(left)
 
     # Checking.
 
-    def problems_after(self, result, operation, in_hand=1):
+    def problems_after(self, result, in_hand=1):
         """What is wrong after an operation that was disturbed, once the program has started again, and once it has
         run to the end."""
         again = self.start_again()
         problems = result.problems + again.problems + [f"next start: {line}" for line in again.of("error")]
-        problems += self.check(in_hand, is_undoing=puts_back(operation), may_wait=True)
-        if not puts_back(operation):
+        problems += self.check(in_hand, may_wait=True)
+        if not self.puts_back:
             problems += [f"next run: {problem}" for problem in self.run_whole() + self.check()]
         return result.disturbed * bool(problems) + problems
 
@@ -333,117 +289,86 @@ class World:
             # Beside a drive's own Trash it is relative to the drive's top.
             yield name.removesuffix(".trashinfo"), os.path.join(os.path.dirname(self.trash), path)
 
-    def check(self, in_hand=1, touched=(), is_undoing=False, also_at=(), may_wait=False):
-        """Answers a list of sentences, empty where all is well. As many items as `in_hand` says may lack their
-        row; `touched` are items that others changed, looked at by whoever changed them; `also_at` are places
-        where the folder has been meanwhile. A record may wait for its item, if that lies at its old place."""
-        return Check(self, set(touched), is_undoing, {self.folder, *also_at}, may_wait).problems(in_hand)
-
     def changed_canaries(self):
         now = self._canaries()
         return [problem for place, before in self.canaries.items() for problem in differences(place, before, now[place])]
 
-    def lost(self, *snapshots):
-        """Of snapshots of before what doesn't lie anywhere any more, or twice."""
-        there = collections.Counter(entry.content for entry in snapshot(self.root).values() if entry.content)
-        return [f"{path} lies in {there[entry.content]} places" for before in snapshots
-                for path, entry in before.items() if entry.content and there[entry.content] != 1]
-
-
-class Check:
-    def __init__(self, world, touched, is_undoing, places, may_wait):
-        self.world = world
-        self.touched = touched
-        self.is_undoing = is_undoing
-        self.places = places
-        self.may_wait = may_wait
-        self.now = snapshot(world.folder)
-        files = os.path.join(world.trash, "files")
-        self.binned = snapshot(files) if os.path.isdir(files) else {}
-        self.rows = world.journal()
-        self.found = world.changed_canaries()
-
-    def problems(self, in_hand):
-        self._compare_kept()
-        self._look_for_remains()
-        self._read_records()
-        lacking = [name for name in self.world.due if name not in self.touched and self._lacks_row(name)]
-        if len(lacking) > in_hand:
-            self.found.append(f"items without a record: {lacking}")
-        return self.found
-
-    def _compare_kept(self):
-        def kept(entries):
-            return {path: entry for path, entry in entries.items()
-                    if path.split("/")[0] in self.world.kept and path.split("/")[0] not in self.touched}
-        self.found += differences("folder", kept(self.world.before), kept(self.now))
-
-    def _look_for_remains(self):
-        for path in self.now:
+    def check(self, in_hand=1, touched=(), is_undoing=None, also_at=(), may_wait=False):
+        """Answers a list of sentences, empty where all is well. As many items as `in_hand` says may lack their
+        row; `touched` are items that others changed, looked at by whoever changed them; `also_at` are places
+        where the folder has been meanwhile. A record may wait for its item, if that lies at its old place."""
+        now, files = snapshot(self.folder), os.path.join(self.trash, "files")
+        binned = snapshot(files) if os.path.isdir(files) else {}
+        found = self.changed_canaries()
+        found += differences("folder", *({path: entry for path, entry in entries.items()
+                                          if path.split("/")[0] in self.kept.keys() - touched}
+                                         for entries in (self.before, now)))
+        for path in now:
             name = path.split("/")[0]
             if name.startswith(REMAINS):
-                self.found.append(f"left in the folder: {path}")
-            elif name not in self.world.due and name not in self.world.kept and name != "." \
-                    and name not in self.touched:
-                self.found.append(f"new in the folder: {path}")
+                found.append(f"left in the folder: {path}")
+            elif name not in {".", *self.due, *self.kept, *touched}:
+                found.append(f"new in the folder: {path}")
 
-    def _read_records(self):
-        self.recorded = collections.defaultdict(list)
-        for name, path in self.world.records():
-            if name not in self.binned:
-                if not (self.may_wait and os.path.dirname(path) in self.places and os.path.basename(path) in self.now):
-                    self.found.append(f"a record without its file: {name} of {path}")
-            elif os.path.dirname(path) in self.places:
-                self.recorded[os.path.basename(path)].append(name)
-            else:
-                self.found.append(f"a record of another place: {name} of {path}")
-        named = {name for names in self.recorded.values() for name in names}
-        for path in self.binned:
-            if path != "." and "/" not in path and path not in named | self.touched:
-                self.found.append(f"in the Bin without a record: {path}")
+        recorded = collections.defaultdict(list)
+        for name, path in self.records():
+            place, original = os.path.split(path)
+            if place not in (self.folder, *also_at):
+                found.append(f"a record of another place: {name} of {path}")
+            elif name in binned:
+                recorded[original].append(name)
+            elif not may_wait or original not in now:
+                found.append(f"a record without its file: {name} of {path}")
+        named = {".", *touched}.union(*recorded.values())
+        found += [f"in the Bin without a record: {path}" for path in binned if "/" not in path and path not in named]
 
-    def _lacks_row(self, name):
-        """Says what is wrong with an item, or answers whether it is one that only lacks its row."""
-        whole = parts(self.world.before, name)
-        here = parts(self.now, name)
-        places = [place for place in self.recorded[name] if parts(self.binned, place) == whole]
-        live = [row for row in self.rows if row["name"] == name and row["undoneAt"] is None]
-        deleted = [row for row in live if row["disposal"] == "delete" and row["binnedPath"] is None]
-        rows = [row["binnedPath"] for row in live]
-        state = f"{name!r}: here {len(here)} of {len(whole)} entries, in the Bin {places}, rows {rows}"
+        lacking = []
+        rows = self.journal()
+        for name in self.due.keys() - touched:
+            whole, here = parts(self.before, name), parts(now, name)
+            places = [place for place in recorded[name] if parts(binned, place) == whole]
+            own = [row for row in rows if row["name"] == name]
+            lacks = self._lacks_row(whole, here, [os.path.join(files, place) for place in places], own,
+                                    self.puts_back if is_undoing is None else is_undoing)
+            if lacks is None:
+                told = [row["binnedPath"] for row in own if row["undoneAt"] is None]
+                found.append(f"{name!r}: here {len(here)} of {len(whole)} entries, in the Bin {places}, rows {told}")
+            elif lacks:
+                lacking.append(name)
+        return found + [f"items without a record: {lacking}"] * (len(lacking) > in_hand)
 
+    def _lacks_row(self, whole, here, places, rows, is_undoing):
+        """Whether an item is one that only lacks its row; nothing where something else is wrong with it."""
+        live = [row for row in rows if row["undoneAt"] is None]
         if here == whole and not places:
             if not live:
                 return False
-            if self.is_undoing and len(live) == 1:
+            if is_undoing and len(live) == 1:
                 return True
-        elif here == whole and self.is_undoing and len(places) == len(live) == 1:
+        elif here == whole and is_undoing and len(places) == len(live) == 1:
             return True  # A copy that is in its place before the original has gone.
-        elif not here and len(places) == 1 and not self._was_put_back(name):
-            place = os.path.join(self.world.trash, "files", places[0])
-            if rows == [place]:
+        elif not here and len(places) == 1 and len(live) == len(rows):
+            if [row["binnedPath"] for row in live] == places:
                 return False
             if not live:
                 return True
-        elif self.world.disposal == "delete" and not places:
-            if not here and len(live) == len(deleted) == 1:
+        elif self.disposal == "delete" and not places:
+            if not here and [(row["disposal"], row["binnedPath"]) for row in live] == [("delete", None)]:
                 return False
             if not live and len(here) < len(whole) and all(whole.get(path) == part for path, part in here.items()):
                 return True
-        self.found.append(state)
-        return False
-
-    def _was_put_back(self, name):
-        return any(row["name"] == name and row["undoneAt"] is not None for row in self.rows)
+        return None
 
 
+@as_root()
 def remove(path):
+    """With all that lies in it, if there is anything."""
     if os.path.isdir(path) and not os.path.islink(path):
         for top, directories, _ in os.walk(path):
-            for name in directories:
-                inside = os.path.join(top, name)
+            for inside in (os.path.join(top, name) for name in directories):
                 if not os.path.islink(inside):
                     os.chmod(inside, 0o700)
         shutil.rmtree(path)
     else:
-        os.unlink(path)
+        with contextlib.suppress(FileNotFoundError):
+            os.unlink(path)

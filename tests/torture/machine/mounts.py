@@ -2,34 +2,41 @@
 
 import contextlib
 import ctypes
+import functools
 import os
 import subprocess
 import tempfile
 
+from machine.driver import as_root
+
 NEW_MOUNTS = 0x00020000
 _libc = ctypes.CDLL(None, use_errno=True)
-_entered = []
 
 
+@functools.cache
 def enter_own_mounts():
     """Answers why it isn't possible, or nothing."""
-    if not _entered:
+    with as_root():
         if _libc.unshare(NEW_MOUNTS) != 0:
             return f"no mounts of its own: {os.strerror(ctypes.get_errno())}"
         try:
             command("mount", "--make-rprivate", "/")
         except RuntimeError as error:
             return str(error)
-        _entered.append(True)
     return ""
 
 
+@as_root()
 def command(*words):
     path = os.environ.get("PATH", "") + ":/usr/sbin:/sbin"
     result = subprocess.run(words, capture_output=True, text=True, env=os.environ | {"PATH": path})
     if result.returncode != 0:
         raise RuntimeError(f"{' '.join(words)}: {result.stderr.strip()}")
-    return result.stdout
+
+
+def detach(place):
+    with contextlib.suppress(RuntimeError):
+        command("umount", "--lazy", place)
 
 
 @contextlib.contextmanager
@@ -39,7 +46,7 @@ def mounted(place, *words):
     try:
         yield place
     finally:
-        subprocess.run(["umount", "--lazy", place], check=False)
+        detach(place)
 
 
 class Drive:
@@ -48,44 +55,38 @@ class Drive:
     SIZES = {"ext4": "80M", "xfs": "300M", "btrfs": "128M"}
     OPTIONS = {"ext4": ["-q", "-F", "-m", "0", "-N", "1000"], "xfs": ["-q", "-f"], "btrfs": ["-q", "-f"]}
 
-    def __init__(self, directory, kind, options=""):
+    def __init__(self, directory, kind, options):
         self.kind = kind
         self.place = os.path.join(directory, kind)
-        self._image = os.path.join(directory, kind + ".image")
-        self._options = options
-        os.makedirs(self.place, exist_ok=True)
-        if kind != "tmpfs":
-            command("truncate", "-s", self.SIZES[kind], self._image)
-            command(f"mkfs.{kind}", *self.OPTIONS[kind], self._image)
-
-    def __enter__(self):
+        self._what = ["-t", kind, "-o", options or "loop", os.path.join(directory, kind + ".image")]
+        os.mkdir(self.place)
+        if kind in self.SIZES:
+            command("truncate", "-s", self.SIZES[kind], self._what[-1])
+            command(f"mkfs.{kind}", *self.OPTIONS[kind], self._what[-1])
         self.mount()
-        os.chmod(self.place, 0o777)
-        return self
-
-    def __exit__(self, *_):
-        subprocess.run(["umount", "--lazy", self.place], capture_output=True, check=False)
+        command("chmod", "777", self.place)
 
     def mount(self):
-        options = [option for option in (self._options, "" if self.kind == "tmpfs" else "loop") if option]
-        words = ["-o", ",".join(options)] if options else []
-        command("mount", "-t", self.kind, *words, "none" if self.kind == "tmpfs" else self._image, self.place)
+        command("mount", *self._what, self.place)
 
     def unmount(self, *options):
         command("umount", *options, self.place)
 
 
-def drives(report, kinds, options=None):
-    """Each of them once, mounted; skips loudly what this machine doesn't mount."""
+def drives(report, *kinds):
+    """Each of them once, mounted, a tmpfs by its options; skips loudly what this machine doesn't mount."""
     reason = enter_own_mounts()
     for kind in kinds:
-        with tempfile.TemporaryDirectory(prefix="tidemar-torture-") as directory, contextlib.ExitStack() as stack:
-            os.chmod(directory, 0o755)
+        kind, _, options = kind.partition(" ")
+        with tempfile.TemporaryDirectory(prefix="tidemar-torture-") as directory:
             try:
                 if reason:
                     raise RuntimeError(reason)
-                drive = stack.enter_context(Drive(directory, kind, (options or {}).get(kind, "")))
+                drive = Drive(directory, kind, options)
             except RuntimeError as error:
                 report.skip(f"{kind}: {error}")
                 continue
-            yield drive
+            try:
+                yield drive
+            finally:
+                detach(drive.place)

@@ -1,5 +1,6 @@
-"""Programs that go on writing into a folder while it is cleared. Each prepares before the run, acts once during it,
-and then answers with what it wrote; that must lie somewhere afterwards."""
+"""Programs that go on writing into a folder while it is cleared. Each prepares up to its first yield and acts once
+behind it, during the run; where not all is written by then that was begun, it yields once more. What they wrote must
+lie somewhere afterwards."""
 
 import contextlib
 import mmap
@@ -8,176 +9,133 @@ import threading
 
 from machine.canary import FRESH
 
-SAVED = "saved by someone "
+NEW = os.O_WRONLY | os.O_CREAT | os.O_EXCL
+APPENDING = os.O_WRONLY | os.O_APPEND
 
 
-class Writer:
+class Hand:
     """Holds the directories open, as a program with its working directory there does. Files are top-level ones or
     lie in a tree; what it writes is no longer due by any rule."""
 
-    def __init__(self, world, top, where):
-        self.folder = os.open(top, os.O_RDONLY)
-        self.tree = os.open(os.path.join(top, "tree"), os.O_RDONLY)
-        self.inner = os.open(os.path.join(top, "tree", "inner"), os.O_RDONLY)
-        self.outside = os.open(world.aside, os.O_RDONLY)
-        self.directory, self.name = {"item": (self.folder, "file"), "tree": (self.tree, "a"),
-                                     "inner": (self.inner, "b")}[where]
+    def __init__(self, top, where, outside):
+        self.tree = os.path.join(top, "tree")
+        self.inner = os.path.join(self.tree, "inner")
+        directory, self.name = {"item": (top, "file"), "tree": (self.tree, "a"), "inner": (self.inner, "b")}[where]
         self.item = os.path.join(top, "file" if where == "item" else "tree")
+        self.directory, self.tree, self.inner, self.outside = (
+            os.open(path, os.O_RDONLY) for path in (directory, self.tree, self.inner, outside))
         self.written = []
-        self.prepare()
-
-    def prepare(self):
-        pass
 
     def close(self):
-        for descriptor in (self.folder, self.tree, self.inner, self.outside):
+        for descriptor in (self.directory, self.tree, self.inner, self.outside):
             os.close(descriptor)
 
-    def is_over(self):
-        """Whether all is written that was begun."""
-        return True
-
     def text(self):
-        self.written.append(f"{SAVED}{type(self).__name__} {len(self.written)}\n")
+        self.written.append(f"saved by someone {len(self.written)}\n")
         return self.written[-1].encode()
 
     def open(self, name, flags):
-        return os.open(name, flags, 0o644, dir_fd=self.directory)
+        return open(os.open(name, flags, 0o644, dir_fd=self.directory), "wb", buffering=0)
 
-    def make(self, name, fresh=True):
+    def make(self, name, date=FRESH * 10**9):
         """A new file, if the directory still takes one."""
         text = self.text()
         try:
-            descriptor = self.open(name, os.O_WRONLY | os.O_CREAT | os.O_EXCL)
+            with self.open(name, NEW) as file:
+                file.write(text)
+                os.utime(file.fileno(), ns=(date, date))
+                return True
         except FileNotFoundError:
             self.written.pop()
             return False
-        os.write(descriptor, text)
-        if fresh:
-            os.utime(descriptor, (FRESH, FRESH))
-        os.close(descriptor)
-        return True
 
-    def rename(self, name, other):
-        os.rename(name, other, src_dir_fd=self.directory, dst_dir_fd=self.directory)
+    def save(self, **date):
+        if self.make(".saving", **date):
+            os.rename(".saving", self.name, src_dir_fd=self.directory, dst_dir_fd=self.directory)
+
+    def append(self, flags):
+        with contextlib.suppress(FileNotFoundError, BlockingIOError), self.open(self.name, flags) as file:
+            file.write(self.text())
 
 
-class SavesByRename(Writer):
+def SavesByRename(hand):
     """As most editors do."""
-
-    def act(self):
-        if self.make(".saving"):
-            self.rename(".saving", self.name)
+    yield
+    hand.save()
 
 
-class SavesKeepingTheDate(Writer):
+def SavesKeepingTheDate(hand):
     """As a program does that brings back another version of a file."""
-
-    def prepare(self):
-        self.date = os.stat(self.name, dir_fd=self.directory).st_mtime_ns
-
-    def act(self):
-        if self.make(".saving", fresh=False):
-            os.utime(".saving", ns=(self.date, self.date), dir_fd=self.directory)
-            self.rename(".saving", self.name)
+    date = os.stat(hand.name, dir_fd=hand.directory).st_mtime_ns
+    yield
+    hand.save(date=date)
 
 
-class Appends(Writer):
+def Appends(hand):
     """Through a descriptor that it has held all the time."""
-
-    def prepare(self):
-        self.file = self.open(self.name, os.O_WRONLY | os.O_APPEND)
-
-    def act(self):
-        os.write(self.file, self.text())
-
-    def close(self):
-        os.close(self.file)
-        super().close()
+    with hand.open(hand.name, APPENDING) as file:
+        yield
+        file.write(hand.text())
 
 
-class OpensAndAppends(Writer):
+def OpensAndAppends(hand):
     """Without waiting where someone holds a lease on the file."""
-
-    waiting = os.O_NONBLOCK
-
-    def act(self):
-        with contextlib.suppress(FileNotFoundError, BlockingIOError):
-            file = self.open(self.name, os.O_WRONLY | os.O_APPEND | self.waiting)
-            os.write(file, self.text())
-            os.close(file)
+    yield
+    hand.append(APPENDING | os.O_NONBLOCK)
 
 
-class WaitsAndAppends(OpensAndAppends):
+def WaitsAndAppends(hand):
     """Waits until it may open the file."""
-
-    waiting = 0
-
-    def act(self):
-        self.thread = threading.Thread(target=super().act)
-        self.thread.start()
-        # Long enough for it to be inside its call, where a lease stops it.
-        self.thread.join(0.002)
-
-    def is_over(self):
-        return not self.thread.is_alive()
-
-    def close(self):
-        if hasattr(self, "thread"):
-            self.thread.join()
-        super().close()
+    yield
+    thread = threading.Thread(target=hand.append, args=[APPENDING])
+    thread.start()
+    # Long enough for it to be inside its call, where a lease stops it.
+    thread.join(0.002)
+    try:
+        if thread.is_alive():
+            yield
+    finally:
+        thread.join()
 
 
-class StoresInAMapping(Writer):
+def StoresInAMapping(hand):
     """The file itself it has closed."""
-
-    def prepare(self):
-        file = self.open(self.name, os.O_RDWR)
-        self.mapping = mmap.mmap(file, 0)
-        os.close(file)
-
-    def act(self):
-        text = self.text()
-        self.mapping[:len(text)] = text
-        self.mapping.flush()
-
-    def close(self):
-        self.mapping.close()
-        super().close()
+    file = os.open(hand.name, os.O_RDWR, dir_fd=hand.directory)
+    mapping = mmap.mmap(file, 0)
+    os.close(file)
+    with mapping:
+        yield
+        text = hand.text()
+        mapping[:len(text)] = text
+        mapping.flush()
 
 
-class DropsAFile(Writer):
-    def act(self):
-        self.make("dropped")
+def DropsAFile(hand):
+    yield
+    hand.make("dropped")
 
 
-class DropsADirectory(Writer):
+def DropsADirectory(hand):
     """Whose files are old."""
-
-    def prepare(self):
-        os.mkdir("dropped", dir_fd=self.outside)
-        descriptor = os.open("dropped/old", os.O_WRONLY | os.O_CREAT, 0o644, dir_fd=self.outside)
-        os.write(descriptor, self.text())
-        os.utime(descriptor, (0, 0))
-        os.close(descriptor)
-
-    def act(self):
-        with contextlib.suppress(FileNotFoundError):
-            os.rename("dropped", "dropped", src_dir_fd=self.outside, dst_dir_fd=self.directory)
+    os.mkdir("dropped", dir_fd=hand.outside)
+    descriptor = os.open("dropped/old", NEW, 0o644, dir_fd=hand.outside)
+    os.write(descriptor, hand.text())
+    os.utime(descriptor, (0, 0))
+    os.close(descriptor)
+    yield
+    with contextlib.suppress(FileNotFoundError):
+        os.rename("dropped", "dropped", src_dir_fd=hand.outside, dst_dir_fd=hand.directory)
 
 
-class DragsADirectoryOut(Writer):
+def DragsADirectoryOut(hand):
     """With all that still lies in it."""
-
-    def is_over(self):
-        return False  # It lies outside for good.
-
-    def act(self):
-        with contextlib.suppress(FileNotFoundError):
-            os.rename("inner", "dragged", src_dir_fd=self.tree, dst_dir_fd=self.outside)
-            for name in os.listdir(self.inner):
-                with open(name, opener=lambda name, flags: os.open(name, flags, dir_fd=self.inner)) as file:
-                    self.written.append(file.read())
+    yield
+    with contextlib.suppress(FileNotFoundError):
+        os.rename("inner", "dragged", src_dir_fd=hand.tree, dst_dir_fd=hand.outside)
+        for name in os.listdir(hand.inner):
+            with open(os.open(name, os.O_RDONLY, dir_fd=hand.inner)) as file:
+                hand.written.append(file.read())
+    yield  # It lies outside for good.
 
 
 EVERYWHERE = (SavesByRename, SavesKeepingTheDate, Appends, OpensAndAppends, WaitsAndAppends, StoresInAMapping)

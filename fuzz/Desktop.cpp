@@ -1,19 +1,25 @@
-#include "Platform/UserDefaults.h"
-
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <nlohmann/json.hpp>
-#include <string>
 
+#include "Platform/Extension/ThunarActions.h"
 #include "Platform/Files/Descriptors/WholeFile.h"
 #include "Platform/Text.h"
+#include "Platform/UserDefaults.h"
 #include "fuzz/Check.h"
 
 namespace tidemar::fuzz {
 namespace {
 
-using nlohmann::json;
+/// Whether the lists differ by an empty root that has got a closing tag.
+bool isOpenedRoot(std::string_view before, std::string_view after) {
+  const auto end = std::ranges::mismatch(before, after).in1;
+  if (!std::string_view(end, before.end()).starts_with("/>")) return false;
+  const std::string start(before.begin(), end);
+  const std::string rest(end + 2, before.end());
+  return after == start + ">\n</actions>" + rest || after == start + ">\r\n</actions>" + rest;
+}
 
 /// A directory for the suite's files, in memory where that can be had; it goes with the process.
 std::string makeDirectory() {
@@ -26,8 +32,26 @@ std::string makeDirectory() {
 
 }  // namespace
 
+void checkThunarActions(std::string_view input) {
+  using namespace ThunarActions;
+  try {
+    const std::string others = removingOurs(input);
+    require(!containsOurs(others), "nothing of ours is left");
+    require(containsOurs(input) || others == input, "a list without ours stays as it is");
+
+    const std::string added = addingOurs(input, "'/a b' %F");
+    require(containsOurs(added), "what was added is there");
+    require(addingOurs(added, "'/a b' %F") == added, "adding it again changes nothing");
+    const std::string removed = removingOurs(added);
+    require(removed == others || isOpenedRoot(others, removed), "all else stays byte for byte");
+    require(removingOurs(addingOurs(removed, "x")) == removed, "so does a list that was changed");
+  } catch (const Malformed&) {
+    // Left alone.
+  }
+}
+
 /// The input is the file of a suite.
-void check(std::string_view input) {
+void checkUserDefaults(std::string_view input) {
   static const std::string directory = makeDirectory();
   const FileURL file(directory + "/suite.json");
   const FileURL damaged(directory + "/suite.json.damaged");
@@ -40,6 +64,7 @@ void check(std::string_view input) {
   defaults.setString("fuzz", value);
   require(defaults.string("fuzz") == displayText(value), "a value that was set is there");
 
+  using nlohmann::json;
   json before = json::parse(input, nullptr, /*allow_exceptions=*/false);
   if (const auto kept = WholeFile::read(damaged)) {
     require(*kept == input, "a damaged file is kept as it was");
