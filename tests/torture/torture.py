@@ -86,9 +86,10 @@ def main():
     parser.add_argument("--seed", type=int, default=1)
     parser.add_argument("--most", type=int, default=20, help="end after this many cases with problems")
     options = parser.parse_args()
+    check = importlib.import_module(options.check)
     become_ordinary()
     report = Report(options)
-    importlib.import_module(options.check).run(report)
+    check.run(report)
     report.end()
 
 
