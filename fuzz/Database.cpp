@@ -49,13 +49,13 @@ BookmarkRecord recordOf(std::string_view input) {
 /// day or time that doesn't exist.
 std::optional<std::int64_t> secondsOf(const std::string& text) {
   std::tm parts{};
-  int milliseconds = 0;
+  unsigned milliseconds = 0;
   strptime(text.c_str(), "%Y-%m-%d %H:%M:%S", &parts);
-  std::sscanf(text.c_str(), "%*19c.%3d", &milliseconds);
+  std::sscanf(text.c_str(), "%*19c.%3u", &milliseconds);
   const std::int64_t seconds = timegm(&parts);
   // What isn't written alike had another shape, or was another day or time.
   std::array<char, 64> same{};
-  std::snprintf(same.data(), same.size(), "%04d-%02d-%02d %02d:%02d:%02d.%03d",
+  std::snprintf(same.data(), same.size(), "%04d-%02d-%02d %02d:%02d:%02d.%03u",
                 parts.tm_year + 1900, parts.tm_mon + 1, parts.tm_mday, parts.tm_hour, parts.tm_min,
                 parts.tm_sec, milliseconds);
   return text == same.data() ? std::optional(seconds) : std::nullopt;

@@ -64,7 +64,7 @@ for item in extension.TidemarMakeTemporary().get_file_items(None, [Item(uri) for
 """
 
 
-class ExtensionTest(unittest.TestCase):
+class EachFileManager(unittest.TestCase):
     @classmethod
     def setUpClass(cls):
         cls.session = cls.enterClassContext(Session(PROGRAM))
@@ -76,51 +76,35 @@ class ExtensionTest(unittest.TestCase):
         os.symlink(PROGRAM, os.path.join(directory, "tidemar"))
         cls.session.start(stderr=subprocess.DEVNULL)
 
-    def setUp(self):
-        self.parent = os.path.join(os.fsencode(self.session.home), self.id().rpartition(".")[2].encode())
-        self.folders = [os.path.join(self.parent, name) for name in ODD_NAMES]
-        for folder in self.folders:
-            os.makedirs(folder)
-
     def install(self, name, *loaders):
+        """Answers folders with all the odd names."""
         subprocess.run([os.path.join(BINARIES, "menuEntries"), "install", name, self.helper, *loaders],
                        env=self.session.environment, check=True)
+        parent = os.path.join(os.fsencode(self.session.home), f"{name} {len(loaders)}".encode())
+        folders = [os.path.join(parent, odd) for odd in ODD_NAMES]
+        for folder in folders:
+            os.makedirs(folder)
+        return folders
 
-    def home(self, *relative):
-        return os.path.join(self.session.home, *relative)
-
-    def run_command(self, command, **variables):
-        subprocess.run(command, env=self.session.environment | variables, check=True, cwd=self.session.home)
-
-    def assert_all_become_temporary(self):
-        for folder in self.folders:
+    def assert_all_become_temporary(self, folders):
+        for folder in folders:
             self.session.wait_for(lambda: TAG in tags(folder), f"{folder} is Temporary")
 
-
-class EachFileManager(ExtensionTest):
-    def test_dolphin(self):
-        self.install("Dolphin")
-        menu = self.home(".local/share/kio/servicemenus/app.quernly.tidemar.make-temporary.desktop")
+    def dolphin(self, menu, folders):
         group = "Desktop Action makeTemporary"
         self.assertEqual(key_file(menu, group, "Name"), COMMAND)
         _, words = GLib.shell_parse_argv(key_file(menu, group, "Exec"))
         self.assertEqual(words.pop(), "%U")
-        self.run_command([word.replace("%%", "%") for word in words] + [uri(folder) for folder in self.folders])
-        self.assert_all_become_temporary()
+        return [word.replace("%%", "%") for word in words] + [uri(folder) for folder in folders]
 
-    def test_nemo(self):
-        self.install("Nemo")
-        action = self.home(".local/share/nemo/actions/tidemar-make-temporary.nemo_action")
+    def nemo(self, action, folders):
         self.assertEqual(key_file(action, "Nemo Action", "Name"), COMMAND)
         quote = {"double": '"', "single": "'"}[key_file(action, "Nemo Action", "Quote")]
-        uris = " ".join(quote + uri(folder) + quote for folder in self.folders)
+        uris = " ".join(quote + uri(folder) + quote for folder in folders)
         _, words = GLib.shell_parse_argv(key_file(action, "Nemo Action", "Exec").replace(" %U", " " + uris))
-        self.run_command([word.replace("%%", "%") for word in words[:1]] + words[1:])
-        self.assert_all_become_temporary()
+        return [word.replace("%%", "%") for word in words[:1]] + words[1:]
 
-    def test_pcmanfm(self):
-        self.install("PCManFM and PCManFM-Qt")
-        action = self.home(".local/share/file-manager/actions/app.quernly.tidemar.make-temporary.desktop")
+    def pcmanfm(self, action, folders):
         self.assertEqual(key_file(action, "Desktop Entry", "Name"), COMMAND)
         group = "X-Action-Profile " + key_file(action, "Desktop Entry", "Profiles").rstrip(";")
         self.assertEqual(key_file(action, group, "TryExec"), self.helper)
@@ -128,32 +112,36 @@ class EachFileManager(ExtensionTest):
         self.assertEqual(field, "%F")
         # It quotes the paths itself, splits the line as a shell does, and starts no shell.
         _, words = GLib.shell_parse_argv(command.replace("%%", "%"))
-        self.run_command([*words, *self.folders])
-        self.assert_all_become_temporary()
+        return [*words, *folders]
 
-    def test_thunar(self):
-        self.install("Thunar")
-        action = xml.etree.ElementTree.parse(self.home(".config/Thunar/uca.xml")).find(f"action[name='{COMMAND}']")
+    def thunar(self, actions, folders):
+        action = xml.etree.ElementTree.parse(actions).find(f"action[name='{COMMAND}']")
         self.assertIsNotNone(action.find("directories"))
         command, field = action.find("command").text.rsplit(" ", 1)
         self.assertEqual(field, "%F")
         # Thunar quotes the paths itself; here the shell hands the quoted words on, as bytes.
-        paths = b" ".join(b"'" + folder.replace(b"'", b"'\\''") + b"'" for folder in self.folders)
-        self.run_command(["sh", "-c", os.fsencode(command.replace("%%", "%")) + b" " + paths])
-        self.assert_all_become_temporary()
+        paths = b" ".join(b"'" + folder.replace(b"'", b"'\\''") + b"'" for folder in folders)
+        return ["sh", "-c", os.fsencode(command.replace("%%", "%")) + b" " + paths]
 
-    def test_scripts_of_nautilus_and_caja(self):
-        for name, script, variable in [
-                ("Files (Nautilus)", (".local/share/nautilus/scripts", COMMAND), "NAUTILUS_SCRIPT_SELECTED_URIS"),
-                ("Caja", (".config/caja/scripts", COMMAND), "CAJA_SCRIPT_SELECTED_URIS")]:
+    def script(self, script, folders):
+        uris = "".join(uri(folder) + "\n" for folder in folders)
+        variable = "CAJA_SCRIPT_SELECTED_URIS" if "caja" in script else "NAUTILUS_SCRIPT_SELECTED_URIS"
+        return ["env", f"{variable}={uris}", script]
+
+    def test_the_command_makes_every_folder_temporary(self):
+        for name, place, words in [
+                ("Dolphin", ".local/share/kio/servicemenus/app.quernly.tidemar.make-temporary.desktop", self.dolphin),
+                ("Nemo", ".local/share/nemo/actions/tidemar-make-temporary.nemo_action", self.nemo),
+                ("PCManFM and PCManFM-Qt", ".local/share/file-manager/actions/app.quernly.tidemar.make-temporary.desktop",
+                 self.pcmanfm),
+                ("Thunar", ".config/Thunar/uca.xml", self.thunar),
+                ("Files (Nautilus)", f".local/share/nautilus/scripts/{COMMAND}", self.script),
+                ("Caja", f".config/caja/scripts/{COMMAND}", self.script)]:
             with self.subTest(name):
-                self.install(name)
-                uris = "".join(uri(folder) + "\n" for folder in self.folders)
-                self.run_command([self.home(*script)], **{variable: uris})
-                self.assert_all_become_temporary()
-                for folder in self.folders:
-                    os.rename(folder, folder + b" of " + name.encode())
-                    os.mkdir(folder)
+                folders = self.install(name)
+                subprocess.run(words(os.path.join(self.session.home, place), folders),
+                               env=self.session.environment, check=True, cwd=self.session.home)
+                self.assert_all_become_temporary(folders)
 
     def test_python_extensions(self):
         loaders = os.path.join(self.session.root, "loaders")
@@ -163,22 +151,18 @@ class EachFileManager(ExtensionTest):
                 ("Caja", "caja", "Caja", "caja/extensions-2.0/libcaja-python.so")]:
             with self.subTest(name):
                 os.makedirs(os.path.join(loaders, loader))
-                self.install(name, loaders)
-                path = self.home(f".local/share/{program}-python/extensions/tidemar_make_temporary.py")
+                folders = self.install(name, loaders)
+                path = f".local/share/{program}-python/extensions/tidemar_make_temporary.py"
 
                 def press(*uris):
-                    command = [sys.executable, "-c", PYTHON_HOST, module, path, *uris]
+                    command = [sys.executable, "-c", PYTHON_HOST, module, os.path.join(self.session.home, path), *uris]
                     return subprocess.run(command, env=self.session.environment, check=True, text=True,
                                           stdout=subprocess.PIPE).stdout.split("\n")[:-1]
-                fresh = [os.path.join(folder, program.encode()) for folder in self.folders]
-                for folder in fresh:
-                    os.mkdir(folder)
-                uris = [uri(folder) for folder in fresh]
-                self.assertEqual(press(*uris, uri(fresh[0]) + ".file"), [])
+                uris = [uri(folder) for folder in folders]
+                self.assertEqual(press(*uris, uri(folders[0]) + ".file"), [])
                 self.assertEqual(press("trash:///folder"), [])
                 self.assertEqual(press(*uris), [COMMAND])
-                for folder in fresh:
-                    self.session.wait_for(lambda: TAG in tags(folder), f"{folder} is Temporary")
+                self.assert_all_become_temporary(folders)
                 # The shared list is JSON: names that aren't UTF-8 can't stand in it.
                 listed = [u for u in uris if b"\xff" not in urllib.parse.unquote_to_bytes(u)]
                 self.session.wait_for(lambda: press(*listed) == [], "the command goes away")

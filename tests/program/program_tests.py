@@ -5,6 +5,7 @@ Usage: program_tests.py path/to/tidemar [unittest's arguments]"""
 import contextlib
 import datetime
 import os
+import pathlib
 import signal
 import sqlite3
 import subprocess
@@ -57,6 +58,10 @@ def write(path, content=b"x" * 100, days_ahead=0):
     if days_ahead:
         date = time.time() + days_ahead * 86400
         os.utime(path, (date, date))
+
+
+def content(path):
+    return pathlib.Path(os.fsdecode(path)).read_bytes()
 
 
 class ProgramTest(unittest.TestCase):
@@ -118,8 +123,7 @@ class TheMainJob(ProgramTest):
         self.session.call("ActivateAction", "put-back", f"[<int64 {entry}>]", "{}")
         self.session.wait_for(lambda: self.session.rows("SELECT 1 FROM journalEntry WHERE undoneAt IS NOT NULL"),
                               "the entry is undone")
-        with open(self.path(b"build/logs/deep.log"), "rb") as file:
-            self.assertEqual(file.read(), b"x" * 100)
+        self.assertEqual(content(self.path(b"build/logs/deep.log")), b"x" * 100)
         for part in ["files", "info"]:
             self.assertEqual(len(os.listdir(os.path.join(self.session.trash, part))), 2)
 
@@ -135,8 +139,7 @@ class TheMainJob(ProgramTest):
         """The record beside a binned item is what the freedesktop Trash specification wants."""
         files, name = os.path.split(binned)
         record = os.path.join(os.path.dirname(files), b"info", name + b".trashinfo")
-        with open(record, encoding="ascii") as file:
-            lines = file.read().split("\n")
+        lines = content(record).decode("ascii").split("\n")
         self.assertEqual(lines[0], "[Trash Info]")
         values = dict(line.split("=", 1) for line in lines[1:] if line)
         self.assertEqual(urllib.parse.unquote_to_bytes(values["Path"]), original)
@@ -195,7 +198,7 @@ class OneProcess(ProgramTest):
         self.assertFalse(os.path.exists(self.session.data))
 
 
-class Waking(ProgramTest):
+class Cycles(ProgramTest):
     def test_a_wake_brings_one_cycle_however_often_it_is_told(self):
         daemon, self.session.environment["DBUS_SYSTEM_BUS_ADDRESS"] = start_bus()
         self.session.processes.append(daemon)
@@ -222,19 +225,16 @@ class Waking(ProgramTest):
                     last, count, since = run, count + 1, time.monotonic()
         return count
 
-
-class TheEnd(ProgramTest):
-    COUNT = 1500
-
     def test_a_run_that_is_ended_stops_between_two_items_and_is_left_to_be_done_again(self):
+        items = {b"%d" % number for number in range(1500)}
         for end in [signal.SIGTERM, signal.SIGINT, "the end of the display"]:
             with self.subTest(end), Session(PROGRAM) as self.session:
                 self.folder = self.make_folder(b"Downloads")
-                for number in range(self.COUNT):
-                    write(self.path(b"%d" % number), b"")
+                for item in items:
+                    write(self.path(item), b"")
                 self.make_temporary()
                 program = self.session.start(days_ahead=DAYS)
-                self.session.wait_for(lambda: len(self.names()) < self.COUNT - 20, "some have gone")
+                self.session.wait_for(lambda: len(self.names()) < len(items) - 20, "some have gone")
                 if isinstance(end, str):
                     self.session.stop_display()
                     program.wait(20)
@@ -242,8 +242,7 @@ class TheEnd(ProgramTest):
                     self.assertEqual(self.session.stop(program, end, patience=2), 0)
                 self.assertGreater(len(self.names()), 0, "the run was over before it could be stopped")
                 rows = self.session.rows("SELECT name, performedAt FROM journalEntry")
-                removed = {b"%d" % number for number in range(self.COUNT)} - self.names()
-                self.assertEqual({name for name, _ in rows}, removed)
+                self.assertEqual({name for name, _ in rows}, items - self.names())
                 [performed] = {performed for _, performed in rows}
                 self.assertLess(self.session.last_run(self.folder), performed)
 
@@ -264,14 +263,12 @@ class BadInput(ProgramTest):
     def test_a_database_that_cannot_be_used_ends_the_start_and_stays_as_it_is(self):
         self.make_temporary()
         os.truncate(self.session.database, 5000)
-        with open(self.session.database, "rb") as file:
-            content = file.read()
+        before = content(self.session.database)
         program = self.session.start(stderr=subprocess.PIPE)
         self.quit_alert()
         self.assertEqual(program.wait(20), 1)
         self.assertIn(b"fault: Couldn't start: ", program.stderr.read())
-        with open(self.session.database, "rb") as file:
-            self.assertEqual(file.read(), content)
+        self.assertEqual(content(self.session.database), before)
 
     def test_a_trash_that_is_a_link_is_not_used_and_the_log_names_no_item(self):
         canary = b"canary-5f1e.txt"

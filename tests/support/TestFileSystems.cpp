@@ -9,18 +9,6 @@
 #include "support/Testing.h"
 
 namespace tidemar::testing {
-namespace {
-
-const char* sizeOf(TestFileSystem::Type type) {
-  constexpr std::array<const char*, 4> sizes = {"64M", "300M", "128M", "0"};
-  return sizes[static_cast<std::size_t>(type)];
-}
-
-const char* makeOptions(TestFileSystem::Type type) {
-  return type == TestFileSystem::Type::ext4 ? "-q -F" : "-q -f";
-}
-
-}  // namespace
 
 void enterOwnMountNamespace() {
   static bool hasEntered = false;
@@ -32,63 +20,60 @@ void enterOwnMountNamespace() {
   hasEntered = true;
 }
 
+TestMount::~TestMount() {
+  if (_isMounted) umount2(_place.path().c_str(), MNT_DETACH);
+}
+
+void TestMount::attempt(const std::function<void()>& mount) {
+  try {
+    enterOwnMountNamespace();
+    mount();
+    _isMounted = true;
+  } catch (const std::exception& error) {
+    _reason = std::string("not mounted: ") + error.what();
+  }
+}
+
 const char* nameOf(TestFileSystem::Type type) {
   constexpr std::array<const char*, 4> names = {"ext4", "xfs", "btrfs", "tmpfs"};
   return names[static_cast<std::size_t>(type)];
 }
 
 TestFileSystem::TestFileSystem(Type type, std::string options)
-    : _type(type), _options(std::move(options)), _mountPoint(_directory.url("drive")) {
-  mkdir(_mountPoint.path().c_str(), 0755);
-  try {
-    enterOwnMountNamespace();
+    : TestMount(TemporaryDirectory::url("drive")), _type(type), _options(std::move(options)) {
+  mkdir(_place.path().c_str(), 0755);
+  attempt([this] {
+    constexpr std::array<const char*, 3> sizes = {"64M", "300M", "128M"};
     if (_type != Type::tmpfs) {
-      runCommand("truncate -s " + std::string(sizeOf(type)) + " " + image());
-      runCommand("mkfs." + std::string(nameOf(type)) + " " + makeOptions(type) + " " + image());
+      runCommand(std::string("truncate -s ") + sizes[static_cast<std::size_t>(_type)] + " " +
+                 image() + " && mkfs." + nameOf(_type) +
+                 (_type == Type::ext4 ? " -q -F " : " -q -f ") + image());
     }
     mount();
-  } catch (const std::exception& error) {
-    _reason = std::string("no ") + nameOf(type) + " to test with: " + error.what();
-  }
-}
-
-TestFileSystem::~TestFileSystem() {
-  if (_isMounted) umount2(_mountPoint.path().c_str(), MNT_DETACH);
+  });
 }
 
 void TestFileSystem::unmount() {
-  if (umount2(_mountPoint.path().c_str(), 0) != 0) {
+  if (umount2(_place.path().c_str(), 0) != 0) {
     throw std::system_error(errno, std::generic_category(), "unmount");
   }
   _isMounted = false;
 }
 
 void TestFileSystem::mountElsewhere() {
-  _mountPoint = _directory.url("elsewhere");
-  mkdir(_mountPoint.path().c_str(), 0755);
+  _place = TemporaryDirectory::url("elsewhere");
+  mkdir(_place.path().c_str(), 0755);
   mount();
 }
 
 void TestFileSystem::mount() {
-  const std::string what = _type == Type::tmpfs ? "tmpfs" : image();
-  std::string options = _type == Type::tmpfs ? "" : "loop";
-  if (!_options.empty()) options += (options.empty() ? "" : ",") + _options;
-  runCommand(std::string("mount -t ") + nameOf(_type) + (options.empty() ? "" : " -o " + options) +
-             " " + what + " " + _mountPoint.path());
+  const std::string what = _type == Type::tmpfs ? ",rw tmpfs " : ",loop " + image() + " ";
+  runCommand(std::string("mount -t ") + nameOf(_type) + " -o " + _options + what + _place.path());
   _isMounted = true;
 }
 
-BindMount::BindMount(const FileURL& directory, const FileURL& place) : _place(place) {
-  try {
-    enterOwnMountNamespace();
-    runCommand("mount --bind '" + directory.path() + "' '" + place.path() + "'");
-  } catch (const std::exception& error) {
-    _reason = error.what();
-  }
-}
-
-BindMount::~BindMount() {
-  if (isMounted()) umount2(_place.path().c_str(), MNT_DETACH);
+BindMount::BindMount(const FileURL& directory, const FileURL& place) : TestMount(place) {
+  attempt([&] { runCommand("mount --bind '" + directory.path() + "' '" + place.path() + "'"); });
 }
 
 std::string runCommand(const std::string& command) {
@@ -104,9 +89,8 @@ std::string runCommand(const std::string& command) {
   return output;
 }
 
-SilentMount::SilentMount(const FileURL& place, const std::string& source) : _place(place) {
-  try {
-    enterOwnMountNamespace();
+SilentMount::SilentMount(const FileURL& place, const std::string& source) : TestMount(place) {
+  attempt([&] {
     _device = FileDescriptor(open("/dev/fuse", O_RDWR | O_CLOEXEC));
     const std::string options =
         "rootmode=40000,user_id=0,group_id=0,fd=" + std::to_string(_device.get());
@@ -115,14 +99,13 @@ SilentMount::SilentMount(const FileURL& place, const std::string& source) : _pla
       throw std::system_error(errno, std::generic_category(), "no FUSE to test with");
     }
     _thread = std::thread([this] { answer(); });
-  } catch (const std::exception& error) {
-    _reason = error.what();
-  }
+  });
 }
 
 SilentMount::~SilentMount() {
-  if (!isMounted()) return;
+  if (!_isMounted) return;
   umount2(_place.path().c_str(), MNT_FORCE | MNT_DETACH);
+  _isMounted = false;
   _thread.join();
 }
 

@@ -140,30 +140,26 @@ Words split(const std::string& line) {
   return words;
 }
 
-int drive(const std::string& database) {
-  std::optional<Driver> driver;
-  try {
-    driver.emplace(database);
-  } catch (const std::exception& error) {
-    print({"error", "open", error.what()});
-    return EXIT_FAILURE;
-  }
-  for (std::string line; std::getline(std::cin, line);) {
-    const Words words = split(line);
-    if (words.empty()) continue;
-    try {
-      driver->perform(words);
-    } catch (const std::exception& error) {
-      print({"error", words.front(), error.what()});
-    }
-    print({"done"});
-  }
-  return EXIT_SUCCESS;
-}
-
 }  // namespace
 }  // namespace tidemar
 
 int main(int argumentCount, char** arguments) {
-  return argumentCount == 2 ? tidemar::drive(arguments[1]) : EXIT_FAILURE;
+  using namespace tidemar;
+  if (argumentCount != 2) return EXIT_FAILURE;
+  try {
+    Driver driver(arguments[1]);
+    for (std::string line; std::getline(std::cin, line);) {
+      const Words words = split(line);
+      try {
+        driver.perform(words);
+      } catch (const std::exception& error) {
+        print({"error", words.front(), error.what()});
+      }
+      print({"done"});
+    }
+  } catch (const std::exception& error) {
+    print({"error", "open", error.what()});
+    return EXIT_FAILURE;
+  }
+  return EXIT_SUCCESS;
 }

@@ -15,7 +15,7 @@ SHAPES = {"directory": ("holder", "d"), "package": ("holder.AppDir", "d"), "hidd
           "package inside": ("holder", "d.rtfd")}
 
 
-# Each gives what has to be undone behind it.
+# Each gives what takes it away again, where a world can't go with it.
 
 
 def memory(_, place):
@@ -37,40 +37,30 @@ def served(_, place):
     return fuse.mounted(place)
 
 
-@contextlib.contextmanager
 def subvolume(_, place):
     os.rmdir(place)
     mounts.command("btrfs", "subvolume", "create", place)
     mounts.command("chown", str(os.getuid()), place)
-    yield
 
 
-@contextlib.contextmanager
 def home(world, place):
     world.drive.environment |= {"HOME": place, "XDG_DATA_HOME": world.data}
-    yield
 
 
-@contextlib.contextmanager
 def data(world, place):
     world.drive.environment["XDG_DATA_HOME"] = place
-    yield
 
 
-@contextlib.contextmanager
 def documents(world, place):
     config = os.path.join(world.home, ".config")
     os.mkdir(config)
     with open(os.path.join(config, "user-dirs.dirs"), "w") as file:
         file.write(f'XDG_DOCUMENTS_DIR="{place}"\n')
-    yield
 
 
-@contextlib.contextmanager
 def temporary_folder(world, place):
     (number, _), = world.drive(("add", place, 0)).of("folder")
     world.drive(("tag", number, 1, 0))
-    yield
 
 
 # Each by what has to be at hand for it.
@@ -83,7 +73,7 @@ def stays(report, directory, kind, operation, shape, depth):
     with World(report.tools, operation, DUE, {}, directory=directory) as world:
         place = world.path(item, *[below] * depth)
         os.makedirs(place)
-        with kind(world, place):
+        with kind(world, place) or contextlib.nullcontext():
             if os.access(place, os.W_OK) and kind not in (bound_directory, bound_file, served):
                 world.write(os.path.join(place, "precious"))
             before = contents(world.path(item))

@@ -167,9 +167,9 @@ class World:
         for name, part in entries.items():
             path = os.path.join(directory, name)
             if isinstance(part, (dict, Directory)):
-                entries, mode = part if isinstance(part, Directory) else Directory(part)
+                inside, mode = part if isinstance(part, Directory) else Directory(part)
                 os.mkdir(path)
-                self.put(path, entries)
+                self.put(path, inside)
                 os.chmod(path, mode)
             elif isinstance(part, Link):
                 os.symlink(part.target, path)

@@ -13,6 +13,7 @@ PACKAGES = (".appdir", ".photoslibrary", ".rtfd")
 
 Rules = collections.namedtuple("Rules", "days limit automatic restart disposal last_run")
 Conditions = collections.namedtuple("Conditions", "now available total boot")
+Entry = collections.namedtuple("Entry", "name is_hidden is_package dates size is_whole")
 Item = collections.namedtuple("Item", "name freshness size")
 
 
@@ -22,10 +23,6 @@ def hidden_names(directory):
         return set()
     with open(path, "rb") as file:
         return {os.fsdecode(line) for line in file.read().split(b"\n") if line}
-
-
-def is_hidden(name, listed):
-    return name.startswith(".") or name in listed
 
 
 def is_package(name, values):
@@ -44,46 +41,38 @@ def may(values, right):
     return bool(values.st_mode & right)
 
 
-def tally(path):
+def entries(directory):
+    """Each with the dates that count, its own and those of all in it, its size with that, and whether all of it could
+    be read."""
+    listed = hidden_names(directory)
+    for name in os.listdir(directory):
+        path = os.path.join(directory, name)
+        values = os.lstat(path)
+        dates, size, is_whole = tally(path) if stat.S_ISDIR(values.st_mode) else ([], 0, True)
+        if is_package(name, values):
+            dates = []
+        is_hidden = name.startswith(".") or name in listed
+        yield Entry(name, is_hidden, is_package(name, values), [date(name, values), *dates],
+                    size + values.st_blocks * 512, is_whole)
+
+
+def tally(directory):
     """Of all that lies in a directory: the dates that count, the sizes, and whether all of it could be read."""
-    own = os.lstat(path)
+    own = os.lstat(directory)
     if not may(own, stat.S_IRUSR):
         return [], 0, False
-    names = os.listdir(path)
     if not may(own, stat.S_IXUSR):
-        return [], 0, not names
-    listed = hidden_names(path)
-    dates, size, is_whole = [], 0, True
-    for name in names:
-        entry = os.path.join(path, name)
-        values = os.lstat(entry)
-        size += values.st_blocks * 512
-        below = []
-        if stat.S_ISDIR(values.st_mode):
-            below, more, is_whole_below = tally(entry)
-            size += more
-            is_whole = is_whole and is_whole_below
-        if not is_hidden(name, listed):
-            dates.append(date(name, values))
-            if not is_package(name, values):
-                dates += below
-    return dates, size, is_whole
+        return [], 0, not os.listdir(directory)
+    found = list(entries(directory))
+    dates = [when for entry in found if not entry.is_hidden for when in entry.dates]
+    return dates, sum(entry.size for entry in found), all(entry.is_whole for entry in found)
 
 
 def items(folder):
-    listed = hidden_names(folder)
-    for name in os.listdir(folder):
-        if is_hidden(name, listed):
-            continue
-        path = os.path.join(folder, name)
-        values = os.lstat(path)
-        freshness, size = date(name, values), values.st_blocks * 512
-        if stat.S_ISDIR(values.st_mode):
-            dates, more, is_whole = tally(path)
-            size += more
-            if not is_package(name, values):
-                freshness = max([freshness, *dates]) if is_whole else None
-        yield Item(name, freshness and Fraction(freshness, 10**9), size)
+    for entry in entries(folder):
+        if not entry.is_hidden:
+            is_dated = entry.is_whole or entry.is_package
+            yield Item(entry.name, Fraction(max(entry.dates), 10**9) if is_dated else None, entry.size)
 
 
 def order(item):
