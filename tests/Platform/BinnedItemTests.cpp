@@ -87,7 +87,7 @@ TEST_F(BinnedItemTest, BelievesNoTrashOfADriveThatSomeoneElseCouldArrange) {
       erase(drive(name));
     makeTree(drive(""), "folder/\nother/\n  folder/");
     const FileURL place = lay(drive(row.trash), "item", "folder/item");
-    runCommand("cd '" + drive("").path() + "'; T=" + row.trash + "; " + row.command);
+    runIn(drive(""), "T=" + row.trash + "; " + row.command);
     EXPECT_EQ(knows(place), row.isKnown);
     EXPECT_FALSE(knows(drive(row.trash + "/info/item"))) << "beside the items";
     if (!row.isKnown) continue;
@@ -140,10 +140,9 @@ TEST_F(BinnedItemTest, BelievesOnlyARecordThatNamesTheItemAndTheFolder) {
   for (const char* spoilt :  // $R is the record, ../good what it was.
        {"true", "touch $R", "ln -s ../good $R", "mkdir $R", "mkfifo $R", "head -c 40 ../good > $R",
         "cat ../good > $R; yes '' | head -c 1048576 >> $R"}) {
-    runCommand("cd '" + bin("info").path() + "'; R=binned.trashinfo; ln -f $R ../good; rm $R; " +
-               spoilt);
+    runIn(bin("info"), std::string("R=binned.trashinfo; ln -f $R ../good; rm $R; ") + spoilt);
     EXPECT_FALSE(knows(place)) << spoilt;
-    runCommand("cd '" + bin("info").path() + "'; rm -rf *; cp ../good binned.trashinfo");
+    runIn(bin("info"), "rm -rf *; cp ../good binned.trashinfo");
   }
 }
 
@@ -215,10 +214,6 @@ TEST_F(PutBackTest, LeavesAnItemThatChangedInWhateverWay) {
   setMode(place, 0600);
   EXPECT_THROW(item->putBack(), ItemChanged);
   EXPECT_TRUE(exists(place));
-}
-
-std::string contentOf(const FileURL& url) {
-  return exists(url) ? readFile(url) : "nothing";
 }
 
 /// What others do between the look into the Bin and the rename out of it.

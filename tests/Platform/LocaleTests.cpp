@@ -8,27 +8,26 @@ namespace {
 constexpr std::int64_t most = std::numeric_limits<std::int64_t>::max();
 
 TEST(Formats, WritesAByteCountInTheUnitThatFits) {
-  const struct {
-    std::int64_t bytes;
-    const char* text;
-  } rows[] = {{1, "1 byte"},
-              {999, "999 bytes"},
-              {1'499, "1 kB"},
-              {1'501, "2 kB"},
-              {999'499, "999 kB"},
-              {999'500, "1 MB"},
-              {1'250'001, "1.3 MB"},
-              {999'949'999, "999.9 MB"},
-              {999'950'000, "1 GB"},
-              {5'254'999'999, "5.25 GB"},
-              {999'994'999'999, "999.99 GB"},
-              {999'995'000'000, "1 TB"},
-              {most, "9,223.37 PB"},
-              {-5'000'000'000, "-5 GB"},
-              {-most - 1, "-9,223.37 PB"}};
+  const std::pair<std::int64_t, const char*> rows[] = {
+      {1, "1 byte"},
+      {999, "999 bytes"},
+      {1'499, "1 kB"},
+      {1'501, "2 kB"},
+      {999'499, "999 kB"},
+      {999'500, "1 MB"},
+      {1'250'001, "1.3 MB"},
+      {999'949'999, "999.9 MB"},
+      {999'950'000, "1 GB"},
+      {5'254'999'999, "5.25 GB"},
+      {999'994'999'999, "999.99 GB"},
+      {999'995'000'000, "1 TB"},
+      {most, "9,223.37 PB"},
+      {-5'000'000'000, "-5 GB"},
+      {-most - 1, "-9,223.37 PB"},
+  };
   const Formats formats("en_US", "UTC");
-  for (const auto& row : rows)
-    EXPECT_EQ(formats.byteCountText(row.bytes), row.text) << row.bytes;
+  for (const auto& [bytes, text] : rows)
+    EXPECT_EQ(formats.byteCountText(bytes), text) << bytes;
 }
 
 TEST(Formats, ReadsRightInEachLanguage) {
@@ -81,17 +80,13 @@ TEST(Formats, FallsBackForALocaleThatIsNotKnown) {
 }
 
 TEST(Formats, ReadsTheNumberThatWasTyped) {
-  const struct {
-    const char* locale;
-    const char* text;
-    std::optional<std::int64_t> number;
-  } rows[] = {
+  const std::tuple<const char*, const char*, std::optional<std::int64_t>> rows[] = {
       {"en_US", " 4,000 ", 4000}, {"en_US", "-5", -5},     {"en_US", "99999999999999999999", most},
       {"de_DE", "1.000", 1000},   {"en_US", "1.000", {}},  {"en_US", "12.5", {}},
       {"fr_FR", "3 650", 3650},   {"ar_EG", "3650", 3650}, {"ar_EG", "٣٬٦٥٠", 3650},
       {"en_US", "12x", {}},       {"en_US", "", {}},       {"en_US", "∞", {}}};
-  for (const auto& row : rows)
-    EXPECT_EQ(Formats(row.locale, "UTC").integer(row.text), row.number) << row.text;
+  for (const auto& [locale, text, number] : rows)
+    EXPECT_EQ(Formats(locale, "UTC").integer(text), number) << text;
 }
 
 TEST(Formats, TakesLocaleAndZoneFromTheEnvironment) {
@@ -135,6 +130,9 @@ TEST(Calendar, CountsMidnightsOfTheWallClock) {
 }
 
 TEST(Calendar, KnowsWhereADayBeginsAndEnds) {
+  const char* const newYork = "America/New_York";
+  const char* const beirut = "Asia/Beirut";
+  const char* const havana = "America/Havana";
   const struct {
     const char* name;
     const char* zone;
@@ -144,18 +142,14 @@ TEST(Calendar, KnowsWhereADayBeginsAndEnds) {
     Date end;
   } rows[] = {
       {"earlier days", "UTC", utc(2026, 3, 1, 12), -1, utc(2026, 2, 28), utc(2026, 3, 1)},
-      {"a day of 23 hours", "America/New_York", utc(2026, 3, 8, 12), 0, utc(2026, 3, 8, 5),
-       utc(2026, 3, 9, 4)},
-      {"a day of 25 hours", "America/New_York", utc(2026, 11, 1, 12), 0, utc(2026, 11, 1, 4),
-       utc(2026, 11, 2, 5)},
-      {"a week later, behind the change", "America/New_York", utc(2026, 3, 7, 12), 7,
-       utc(2026, 3, 14, 4), utc(2026, 3, 15, 4)},
-      {"midnight is skipped, so the day begins at 1:00", "Asia/Beirut", utc(2026, 3, 29, 12), 0,
-       utc(2026, 3, 28, 22), utc(2026, 3, 29, 21)},
-      {"which doesn't shift the midnights behind it", "Asia/Beirut", utc(2026, 3, 29, 12), 7,
-       utc(2026, 4, 4, 21), utc(2026, 4, 5, 21)},
-      {"midnight comes twice, and the first counts", "America/Havana", utc(2026, 11, 1, 12), 0,
-       utc(2026, 11, 1, 4), utc(2026, 11, 2, 5)},
+      {"23 hours", newYork, utc(2026, 3, 8, 12), 0, utc(2026, 3, 8, 5), utc(2026, 3, 9, 4)},
+      {"25 hours", newYork, utc(2026, 11, 1, 12), 0, utc(2026, 11, 1, 4), utc(2026, 11, 2, 5)},
+      {"a week later", newYork, utc(2026, 3, 7, 12), 7, utc(2026, 3, 14, 4), utc(2026, 3, 15, 4)},
+      // Midnight is skipped there, so the day begins at 1:00, and those behind it don't shift.
+      {"skipped", beirut, utc(2026, 3, 29, 12), 0, utc(2026, 3, 28, 22), utc(2026, 3, 29, 21)},
+      {"then", beirut, utc(2026, 3, 29, 12), 7, utc(2026, 4, 4, 21), utc(2026, 4, 5, 21)},
+      // It comes twice there, and the first counts.
+      {"twice", havana, utc(2026, 11, 1, 12), 0, utc(2026, 11, 1, 4), utc(2026, 11, 2, 5)},
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.name);

@@ -1,22 +1,19 @@
-#include "Platform/Files/Descriptors/FileDescriptor.h"
 #include "Platform/Logger.h"
 #include "support/Testing.h"
 
 namespace tidemar::testing {
 namespace {
 
-constexpr auto least = std::numeric_limits<std::int64_t>::min();
-constexpr auto shown = PrivateValues::shown;
-
 TEST(LogMessage, isOneLineWhateverItsValuesHold) {
+  using enum PrivateValues;
   const struct {
     std::string_view format;
     std::vector<LogArgument> arguments;
     const char* message;
-    PrivateValues privateValues = PrivateValues::hidden;
+    PrivateValues privateValues = hidden;
   } rows[] = {
       {"Removed %ld items, %lld failed",
-       {3, least},
+       {3, INT64_MIN},
        "Removed 3 items, -9223372036854775808 failed"},
       {"Can't %{private}s: %{public}s", {"/home/a", "busy"}, "Can't <private>: busy"},
       {"Can't %{private}s: %{public}s", {"/home/a", "busy"}, "Can't /home/a: busy", shown},
@@ -38,15 +35,13 @@ TEST(Logger, writesWholeLinesAndNothingPrivateWhereNoTerminalReadsThem) {
     GTEST_SKIP() << "this machine has a journal, which takes the lines";
   }
   const Logger logger("app.quernly.tidemar", "engine");
-  constexpr int threadCount = 4;
-  constexpr int linesPerThread = 25;
   ::testing::internal::CaptureStderr();
   {
     std::vector<std::jthread> threads;
-    for (int thread = 0; thread < threadCount; ++thread) {
+    for (int thread = 0; thread < 4; ++thread) {
       threads.emplace_back([&] {
         const std::string path = "/home/canary\n";
-        for (unsigned i = 0; i < linesPerThread; ++i)
+        for (int i = 0; i < 25; ++i)
           logger.log(LogLevel::error, "Couldn't remove %{private}s: %{public}s (%lld)", path,
                      "busy\n", std::size_t{7});
       });
@@ -54,7 +49,7 @@ TEST(Logger, writesWholeLinesAndNothingPrivateWhereNoTerminalReadsThem) {
   }
   const std::string written = ::testing::internal::GetCapturedStderr();
   std::string expected;
-  for (int i = 0; i < threadCount * linesPerThread; ++i)
+  for (int i = 0; i < 4 * 25; ++i)
     expected += "app.quernly.tidemar engine error: Couldn't remove <private>: busy\\n (7)\n";
   EXPECT_EQ(written, expected);
 }

@@ -8,8 +8,6 @@
 namespace tidemar::testing {
 namespace {
 
-using Path = std::optional<std::string>;
-
 class TrashTest : public FolderAndBin {
  protected:
   /// The code of the error that moving an item to the Bin ends in, 0 for none.
@@ -17,15 +15,8 @@ class TrashTest : public FolderAndBin {
     return codeOf([&] { trashItem(item); });
   }
 
-  static unsigned modeOf(const FileURL& url) {
-    struct stat values {};
-    EXPECT_EQ(lstat(url.path().c_str(), &values), 0) << url.path();
-    return values.st_mode & 07777U;
-  }
-
   void expectEmptyTrash() const {
-    EXPECT_TRUE(namesIn(bin("files")).empty());
-    EXPECT_TRUE(namesIn(bin("info")).empty());
+    EXPECT_TRUE(namesIn(bin("files")).empty() && namesIn(bin("info")).empty());
   }
 };
 
@@ -45,7 +36,7 @@ TEST_F(TrashTest, TakesAnItemWithARecordThatLeadsBack) {
     EXPECT_FALSE(exists(folder(name)));
 
     const FileURL record = bin("info/" + name + ".trashinfo");
-    EXPECT_EQ(modeOf(record), 0600U);
+    EXPECT_EQ(permissionsOf(record), Permissions(0600));
     const std::string text = readFile(record);
     const std::string start =
         "[Trash Info]\nPath=" + _folder.path() + "/" + encoded + "\nDeletionDate=";
@@ -69,7 +60,7 @@ TEST_F(TrashTest, TakesLinksAndTreesAsTheyAreIntoDirectoriesForTheUserAlone) {
   EXPECT_EQ(readFile(bin("files/tree/a/b")), "xxx");
   EXPECT_TRUE(exists(folder("kept/file")));
   for (const char* name : {"", "files", "info"})
-    EXPECT_EQ(modeOf(bin(name)), 0700U) << name;
+    EXPECT_EQ(permissionsOf(bin(name)), Permissions(0700)) << name;
 
   trashItem(home("way/item"));
   EXPECT_EQ(pathIn(bin("info/item.trashinfo")), folder("item").path());
@@ -114,11 +105,7 @@ TEST_F(TrashTest, FindsANameForTheHundredthOfOneName) {
 
 TEST(TrashName, KeepsEndingsAndWholeCharacters) {
   const std::string sixty(60, 'a');
-  const struct {
-    std::string name;
-    unsigned attempt;
-    std::string expected;
-  } rows[] = {
+  const std::tuple<std::string, unsigned, std::string> rows[] = {
       {"a.txt", 0, "a.txt"},
       {"a.tar.gz", 1, "a.tar.2.gz"},
       {"a", 1, "a.2"},
@@ -130,8 +117,8 @@ TEST(TrashName, KeepsEndingsAndWholeCharacters) {
       {sixty + "aa\xC3\xA9z", 0, sixty + "aa\xC3\xA9"},
       {std::string(80, '\x80'), 0, std::string(64, '\x80')},
   };
-  for (const auto& row : rows)
-    EXPECT_EQ(trashName(row.name, row.attempt, 64), row.expected);
+  for (const auto& [name, attempt, expected] : rows)
+    EXPECT_EQ(trashName(name, attempt, 64), expected);
 }
 
 TEST_F(TrashTest, RefusesATrashThatIsNotTheUsersOwn) {
@@ -150,7 +137,7 @@ TEST_F(TrashTest, RefusesATrashThatIsNotTheUsersOwn) {
   for (const auto& [command, code] : rows) {
     SCOPED_TRACE(command);
     erase(bin(""));
-    runCommand("cd '" + home(".local/share").path() + "' && { " + command + "; }");
+    runIn(home(".local/share"), command);
     EXPECT_EQ(trashCode(folder("item")), code);
     EXPECT_EQ(readFile(folder("item")), "xxx");
     EXPECT_TRUE(namesIn(home(".local/share/elsewhere")).empty());
@@ -222,7 +209,7 @@ TEST_F(TrashTest, OfADriveLiesAtItsTopWithPathsFromThereAndInNobodyElsesHands) {
     for (const std::string& name : namesIn(drive("")))
       erase(drive(name));
     makeTree(drive(""), "folder/\nother/");
-    runCommand("cd '" + drive("").path() + "' && { " + row.command + "; }");
+    runIn(drive(""), row.command);
     makeTree(folder(""), "\"a b\" 3");
     EXPECT_EQ(trashCode(folder("a b")), row.code);
     if (row.trash.empty()) {
@@ -231,7 +218,7 @@ TEST_F(TrashTest, OfADriveLiesAtItsTopWithPathsFromThereAndInNobodyElsesHands) {
     } else {
       EXPECT_EQ(readFile(drive(row.trash + "/files/a b")), "xxx");
       EXPECT_EQ(pathIn(drive(row.trash + "/info/a b.trashinfo")), "folder/a%20b");
-      EXPECT_EQ(modeOf(drive(row.trash)), 0700U);
+      EXPECT_EQ(permissionsOf(drive(row.trash)), Permissions(0700));
     }
     EXPECT_TRUE(namesIn(drive("other")).empty());
     EXPECT_FALSE(exists(home(".local"))) << "the home Trash has no part in this";
@@ -250,7 +237,7 @@ TEST(TrashRecord, HoldsAPathAloneWhereItIsWellFormed) {
   const std::string date = "DeletionDate=2025-11-21T22:11:35\n";
   const struct {
     std::string text;
-    Path path = {};
+    std::optional<std::string> path = {};
   } rows[] = {
       {"[Trash Info]\n" + date + "Path=/a\n", "/a"},
       {"[Trash Info]\nPath=/a\nPath=/b\n" + date, "/a"},
