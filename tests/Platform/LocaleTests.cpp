@@ -32,15 +32,7 @@ TEST(Formats, WritesAByteCountInTheUnitThatFits) {
 
 TEST(Formats, ReadsRightInEachLanguage) {
   // Blanks that don't break stand between a number and its unit or group: U+00A0 and U+202F.
-  const struct {
-    const char* locale;
-    const char* date;
-    const char* time;
-    const char* number;
-    const char* bytes;
-    const char* size;
-    const char* zero;
-  } rows[] = {
+  const std::array<const char*, 7> rows[] = {
       {"en_US", "Wed, Nov 18", "2:05 PM", "12,345", "999 bytes", "5.25 GB", "Zero kB"},
       {"de_DE", "Mi., 18. Nov.", "14:05", "12.345", "999 Byte", "5,25 GB", "Null kB"},
       {"fr_FR", "mer. 18 nov.", "14:05", "12 345", "999 octets", "5,25 Go", "Zéro ko"},
@@ -56,15 +48,15 @@ TEST(Formats, ReadsRightInEachLanguage) {
     }
     return text;
   };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.locale);
-    const Formats formats(row.locale, "UTC");
-    EXPECT_EQ(plainBlanks(formats.shortDate(utc(2026, 11, 18, 14, 5))), row.date);
-    EXPECT_EQ(plainBlanks(formats.timeOfDay(utc(2026, 11, 18, 14, 5))), row.time);
-    EXPECT_EQ(plainBlanks(formats.integerText(12345)), row.number);
-    EXPECT_EQ(plainBlanks(formats.byteCountText(999)), row.bytes);
-    EXPECT_EQ(plainBlanks(formats.byteCountText(5'250'000'000)), row.size);
-    EXPECT_EQ(plainBlanks(formats.byteCountText(0)), row.zero);
+  for (const auto& [locale, date, time, number, bytes, size, zero] : rows) {
+    SCOPED_TRACE(locale);
+    const Formats formats(locale, "UTC");
+    EXPECT_EQ(plainBlanks(formats.shortDate(utc(2026, 11, 18, 14, 5))), date);
+    EXPECT_EQ(plainBlanks(formats.timeOfDay(utc(2026, 11, 18, 14, 5))), time);
+    EXPECT_EQ(plainBlanks(formats.integerText(12345)), number);
+    EXPECT_EQ(plainBlanks(formats.byteCountText(999)), bytes);
+    EXPECT_EQ(plainBlanks(formats.byteCountText(5'250'000'000)), size);
+    EXPECT_EQ(plainBlanks(formats.byteCountText(0)), zero);
   }
 }
 

@@ -95,7 +95,7 @@ TEST_F(UserDefaultsOnFile, aDamagedFileReadsAsEmptyAndIsKeptBesideByTheNextWrite
   }
 }
 
-TEST_F(UserDefaultsOnFile, theFolderIsMadeAndAllIsForItsOwnerAlone) {
+TEST_F(UserDefaultsOnFile, theFolderIsMadeForItsOwnerAloneAndALinkStaysALink) {
   const mode_t umaskBefore = umask(0);
   UserDefaults(directory.url("a/b/suite.json")).setBoolean("flag", true);
   umask(umaskBefore);
@@ -103,9 +103,7 @@ TEST_F(UserDefaultsOnFile, theFolderIsMadeAndAllIsForItsOwnerAlone) {
     const auto status = std::filesystem::status(directory.path(path));
     EXPECT_EQ(status.permissions(), std::filesystem::perms(mode)) << path;
   }
-}
 
-TEST_F(UserDefaultsOnFile, aLinkToTheFileStaysALink) {
   makeTree(directory.url(), "dotfiles/\nsuite.json -> dotfiles/real.json");
   writeFile(directory.url("dotfiles/real.json"), "{}");
   defaults.setBoolean("flag", true);
