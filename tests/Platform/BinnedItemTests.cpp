@@ -55,38 +55,36 @@ TEST_F(BinnedItemTest, BelievesNoTrashOfADriveThatSomeoneElseCouldArrange) {
   if (!mountDrive(TestFileSystem::Type::tmpfs)) GTEST_SKIP() << _drive->reason();
   const std::string own = ".Trash-" + user;
   const std::string shared = ".Trash/" + user;
-  const struct {
-    std::string trash;
-    const char* command;  ///< Of the shell, at the drive's top, where $T is the Trash.
-    bool isKnown = false;
-  } rows[] = {
+  // A Trash, a command of the shell at the top of the drive, where $T is the Trash, and whether an
+  // item is known there then.
+  const std::tuple<std::string, std::string, bool> rows[] = {
       {own, "true", true},
-      {own, "mv $T other; ln -s other $T"},
-      {own, "chown 77 $T"},
-      {own, "mv $T/files other; ln -s ../other/files $T/files"},
-      {own, "chown 77 $T/files"},
-      {own, "mv $T/info other; ln -s ../other/info $T/info"},
-      {own, "mv $T/info other"},
-      {own + "7", "true"},
-      {"directory/" + own, "true"},
+      {own, "mv $T other; ln -s other $T", false},
+      {own, "chown 77 $T", false},
+      {own, "mv $T/files other; ln -s ../other/files $T/files", false},
+      {own, "chown 77 $T/files", false},
+      {own, "mv $T/info other; ln -s ../other/info $T/info", false},
+      {own, "mv $T/info other", false},
+      {own + "7", "true", false},
+      {"directory/" + own, "true", false},
       {shared, "chmod 1777 .Trash", true},
-      {shared, "true"},
-      {shared, "chmod 1777 .Trash; mv .Trash other/shared; ln -s other/shared .Trash"},
-      {shared, "chmod 1777 .Trash; chown 77 $T"},
-      {shared + "7", "chmod 1777 .Trash"},
+      {shared, "true", false},
+      {shared, "chmod 1777 .Trash; mv .Trash other/shared; ln -s other/shared .Trash", false},
+      {shared, "chmod 1777 .Trash; chown 77 $T", false},
+      {shared + "7", "chmod 1777 .Trash", false},
   };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.trash + ": " + row.command);
+  for (const auto& [trash, command, isKnown] : rows) {
+    SCOPED_TRACE(trash + ": " + command);
     for (const std::string& name : namesIn(drive("")))
       erase(drive(name));
     makeTree(drive(""), "folder/\nother/\n  folder/");
-    const FileURL place = lay(drive(row.trash), "item", "folder/item");
-    runIn(drive(""), "T=" + row.trash + "; " + row.command);
-    EXPECT_EQ(knows(place), row.isKnown);
-    EXPECT_FALSE(knows(drive(row.trash + "/info/item"))) << "beside the items";
-    if (!row.isKnown) continue;
+    const FileURL place = lay(drive(trash), "item", "folder/item");
+    runIn(drive(""), "T=" + trash + "; " + command);
+    EXPECT_EQ(knows(place), isKnown);
+    EXPECT_FALSE(knows(drive(trash + "/info/item"))) << "beside the items";
+    if (!isKnown) continue;
     for (const char* elsewhere : {"other/folder/item", "item"})
-      EXPECT_FALSE(knows(lay(drive(row.trash), "item", elsewhere))) << "not from there";
+      EXPECT_FALSE(knows(lay(drive(trash), "item", elsewhere))) << "not from there";
   }
 }
 

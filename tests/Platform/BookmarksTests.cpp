@@ -47,37 +47,42 @@ class BookmarkTest : public ::testing::Test {
 };
 
 TEST_F(BookmarkTest, FollowsTheDirectoryAndTakesNothingElseForIt) {
-  // A command of the shell, where $F is the directory, and where it is then.
+  // A command of the shell, where $F is the directory, and what is found then.
   const std::pair<std::string, const char*> rows[] = {
-      {"mv $F old/parent/renamed", "old/parent/renamed"},
-      {"mv $F old/other", "old/other/folder"},
-      {"mv $F a/b/c", "a/b/c/folder"},
-      {"mv $F .hidden", ".hidden/folder"},
-      {"mv old z", "z/parent/folder"},
-      {"mv $F moved; mkdir $F", "moved"},
-      {"mv $F moved; ln -s ../../moved $F", "moved"},
-      {"mkdir Trash; mv $F Trash", "Trash/folder"},
-      {"mkdir .Trash-notes; mv $F .Trash-notes", ".Trash-notes/folder"},
+      {"mv $F old/parent/renamed", "old/parent/renamed (stale)"},
+      {"mv $F old/other", "old/other/folder (stale)"},
+      {"mv $F a/b/c", "a/b/c/folder (stale)"},
+      {"mv $F .hidden", ".hidden/folder (stale)"},
+      {"mv old z", "z/parent/folder (stale)"},
+      {"mv $F moved; mkdir $F", "moved (stale)"},
+      {"mv $F moved; ln -s ../../moved $F", "moved (stale)"},
+      {"mkdir Trash; mv $F Trash", "Trash/folder (stale)"},
+      {"mkdir .Trash-notes; mv $F .Trash-notes", ".Trash-notes/folder (stale)"},
       {"mkdir .Trash; mv $F .Trash", nullptr},
       {"mkdir .Trash-1000; mv $F .Trash-1000", nullptr},
       {"mkdir -p .local/share/Trash/files; mv $F .local/share/Trash/files", nullptr},
+      {"rmdir $F; mkdir $F", "old/parent/folder (replaced)"},
       {"rmdir $F", nullptr},
       {"rmdir $F; touch $F", nullptr},
       {"rmdir $F; mkfifo $F", nullptr},
       {"rmdir $F; ln -s ../other $F", nullptr},
       {"rmdir $F; ln -s nowhere $F", nullptr},
   };
-  for (const auto& [command, found] : rows) {
-    const TemporaryDirectory place(home().path());
-    const ScopedHome environment(place.url());
-    makeTree(place.url(),
-             "old/\n  parent/\n    folder/\n  other/\na/\n  b/\n    c/\n.hidden/\nlink -> old");
-    const std::string bookmark = makeBookmark(place.url("link/parent/folder"));
-    EXPECT_EQ(whereFrom(bookmark), place.path("old/parent/folder"));
-    runCommand("cd '" + place.path() + "' && { F=old/parent/folder; " + command + "; }");
-    EXPECT_EQ(whereFrom(bookmark), found == nullptr ? none : place.path(found) + " (stale)")
-        << command;
-  }
+  const auto expectFollows = [&] {
+    for (const auto& [command, found] : rows) {
+      const TemporaryDirectory place(home().path());
+      const ScopedHome environment(place.url());
+      makeTree(place.url(),
+               "old/\n  parent/\n    folder/\n  other/\na/\n  b/\n    c/\n.hidden/\nlink -> old");
+      const std::string bookmark = makeBookmark(place.url("link/parent/folder"));
+      EXPECT_EQ(whereFrom(bookmark), place.path("old/parent/folder"));
+      runCommand("cd '" + place.path() + "' && { F=old/parent/folder; " + command + "; }");
+      EXPECT_EQ(whereFrom(bookmark), found == nullptr ? none : place.path(found)) << command;
+    }
+  };
+  expectFollows();
+  // By birth times, where there are no handles.
+  withFailingSystemCall(SYS_name_to_handle_at, EOPNOTSUPP, expectFollows);
 }
 
 TEST_F(BookmarkTest, OfADirectoryInATrashLeadsNowhere) {
@@ -87,19 +92,6 @@ TEST_F(BookmarkTest, OfADirectoryInATrashLeadsNowhere) {
   EXPECT_EQ(whereFrom(bookmark), none) << "not even at its remembered path";
   rename(binned, FileURL(binned.path() + " renamed"));
   EXPECT_EQ(whereFrom(bookmark), none) << "nor beside it";
-}
-
-TEST_F(BookmarkTest, ComparesBirthTimesWhereThereAreNoHandles) {
-  makeTree(home(), "folder/");
-  withFailingSystemCall(SYS_name_to_handle_at, EOPNOTSUPP, [&] {
-    const std::string bookmark = makeBookmark(url("folder"));
-    EXPECT_EQ(whereFrom(bookmark), url("folder").path());
-    rename(url("folder"), url("moved"));
-    EXPECT_EQ(whereFrom(bookmark), url("moved").path() + " (stale)");
-    ASSERT_EQ(rmdir(url("moved").path().c_str()), 0);
-    makeTree(home(), "folder/");
-    EXPECT_EQ(whereFrom(bookmark), url("folder").path() + " (replaced)");
-  });
 }
 
 TEST(BookmarkRecord, ThatIsDamagedLeadsNowhere) {
@@ -162,6 +154,8 @@ TEST_P(BookmarkOnADrive, IsNotDeceivedByAnInodeNumberThatIsUsedAgain) {
     ASSERT_EQ(inodeOf("a/impostor"), inode) << "the test needs the number again";
   }
   EXPECT_EQ(whereFrom(_bookmark), none);
+  withFailingSystemCall(SYS_name_to_handle_at, EOPNOTSUPP,
+                        [&] { EXPECT_EQ(whereFrom(_bookmark), none) << "by the birth time"; });
 
   rename(_drive.url("a/impostor"), _drive.url("a/folder"));
   EXPECT_FALSE(isOf(_bookmark, _drive.url("a/folder")));

@@ -98,13 +98,7 @@ TEST(Formats, TakesLocaleAndZoneFromTheEnvironment) {
 }
 
 TEST(Calendar, CountsMidnightsOfTheWallClock) {
-  const struct {
-    const char* name;
-    const char* zone;
-    Date from;
-    Date to;
-    std::int64_t days;
-  } rows[] = {
+  const std::tuple<const char*, const char*, Date, Date, std::int64_t> rows[] = {
       {"over midnight", "UTC", utc(2026, 3, 1, 23, 59), utc(2026, 3, 2), 1},
       {"back over midnight", "UTC", utc(2026, 3, 2), utc(2026, 3, 1, 23, 59), -1},
       {"before 1970", "UTC", utc(1969, 12, 31, 23, 59), utc(1970, 1, 1), 1},
@@ -117,22 +111,15 @@ TEST(Calendar, CountsMidnightsOfTheWallClock) {
       {"a day left out", "Pacific/Apia", utc(2011, 12, 30, 9, 59), utc(2011, 12, 30, 10), 2},
       {"an unknown zone is UTC", "Nowhere/Land", utc(2026, 7, 1, 23, 59), utc(2026, 7, 2), 1},
   };
-  for (const auto& row : rows)
-    EXPECT_EQ(Calendar(row.zone).dayDifference(row.from, row.to), row.days) << row.name;
+  for (const auto& [name, zone, from, to, days] : rows)
+    EXPECT_EQ(Calendar(zone).dayDifference(from, to), days) << name;
 }
 
 TEST(Calendar, KnowsWhereADayBeginsAndEnds) {
   const char* const newYork = "America/New_York";
   const char* const beirut = "Asia/Beirut";
   const char* const havana = "America/Havana";
-  const struct {
-    const char* name;
-    const char* zone;
-    Date date;
-    std::int64_t daysLater;
-    Date start;
-    Date end;
-  } rows[] = {
+  const std::tuple<const char*, const char*, Date, std::int64_t, Date, Date> rows[] = {
       {"earlier days", "UTC", utc(2026, 3, 1, 12), -1, utc(2026, 2, 28), utc(2026, 3, 1)},
       {"23 hours", newYork, utc(2026, 3, 8, 12), 0, utc(2026, 3, 8, 5), utc(2026, 3, 9, 4)},
       {"25 hours", newYork, utc(2026, 11, 1, 12), 0, utc(2026, 11, 1, 4), utc(2026, 11, 2, 5)},
@@ -143,12 +130,12 @@ TEST(Calendar, KnowsWhereADayBeginsAndEnds) {
       // It comes twice there, and the first counts.
       {"twice", havana, utc(2026, 11, 1, 12), 0, utc(2026, 11, 1, 4), utc(2026, 11, 2, 5)},
   };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.name);
-    const auto day = Calendar(row.zone).day(row.date, row.daysLater);
+  for (const auto& [name, zone, date, daysLater, start, end] : rows) {
+    SCOPED_TRACE(name);
+    const auto day = Calendar(zone).day(date, daysLater);
     ASSERT_TRUE(day);
-    EXPECT_EQ(day->start, row.start);
-    EXPECT_EQ(day->end, row.end);
+    EXPECT_EQ(day->start, start);
+    EXPECT_EQ(day->end, end);
   }
 }
 

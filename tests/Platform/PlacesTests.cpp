@@ -78,7 +78,6 @@ TEST(Packages, AreToldByTheEndingOfADirectorysName) {
   for (const char* name : {".appdir", "appdir", "x.appdirs", "x.appdir.bak", "xappdir", "",
                            "site.app", "x.framework", "x.bundle"})
     EXPECT_FALSE(isPackageName(name)) << name;
-
   TemporaryDirectory directory;
   makeTree(directory.url(), "a.AppDir/\nb.AppDir\nc.AppDir -> a.AppDir");
   for (const char* name : {"a.AppDir", "b.AppDir", "c.AppDir"})
@@ -204,7 +203,6 @@ TEST(Volumes, AreToldWithoutAskingThemAndHaveACapacityUnlessTheyReportNone) {
   EXPECT_LE(*capacity.available, *capacity.total);
   EXPECT_EQ(DiskFileManager().volumeCapacity(FileURL("/proc")).total, std::nullopt)
       << "a volume of size 0 has no capacity that a rule could work with";
-
   const TemporaryDirectory place;
   const SilentMount mount(place.url());
   if (!mount.isMounted()) GTEST_SKIP() << mount.reason();

@@ -223,33 +223,30 @@ class LeftCopy : public FolderAndBin {
 
 TEST_F(LeftCopy, IsDeletedIfItIsSurelyOne) {
   if (geteuid() != 0) GTEST_SKIP() << "needs to be root";
-  const struct {
-    const char* command;  ///< Of the shell, in the folder, where $L is the directory.
-    bool goes = false;
-    std::string swept = left;
-  } rows[] = {
-      {"true", true},
-      {"rm -r $L/0", true},
-      {"rm -r $L/0 $L/tidemar", true},
-      {"rm $L/tidemar"},
-      {"chmod 750 $L"},
-      {"chown 77:77 $L"},
-      {"touch $L/0/more"},
-      {"touch $L/more"},
-      {"mkdir $L/1; touch $L/1/more"},
-      {"mv $L copy; ln -s copy $L"},
+  // A command of the shell in the folder, where $L is the directory, whether it goes, by this name.
+  const std::tuple<std::string, bool, std::string> rows[] = {
+      {"true", true, left},
+      {"rm -r $L/0", true, left},
+      {"rm -r $L/0 $L/tidemar", true, left},
+      {"rm $L/tidemar", false, left},
+      {"chmod 750 $L", false, left},
+      {"chown 77:77 $L", false, left},
+      {"touch $L/0/more", false, left},
+      {"touch $L/more", false, left},
+      {"mkdir $L/1; touch $L/1/more", false, left},
+      {"mv $L copy; ln -s copy $L", false, left},
       {"mv $L copy", false, "copy"},
       {"mv $L ${L}0", false, left + "0"},
       {"mv $L .tidemar-taken-0123456789abcdef", false, ".tidemar-taken-0123456789abcdef"},
   };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.command);
+  for (const auto& [command, goes, swept] : rows) {
+    SCOPED_TRACE(command);
     layCopy();
-    runIn(folder(""), "L=" + left + "; " + row.command);
+    runIn(folder(""), "L=" + left + "; " + command);
     const std::string all = "find . ! -name tidemar | sort";  // The mark alone is nobody's loss.
     const std::string before = runIn(folder(""), all);
-    sweep(row.swept);
-    EXPECT_EQ(runIn(folder(""), all), row.goes ? ".\n" : before);
+    sweep(swept);
+    EXPECT_EQ(runIn(folder(""), all), goes ? ".\n" : before);
     EXPECT_TRUE(exists(home("kept/precious")));
     runIn(home(""), "rm -r kept folder; mkdir folder");
   }

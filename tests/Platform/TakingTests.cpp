@@ -233,13 +233,7 @@ TEST_P(Deleting, givesBackWhatAKilledRunHadTaken) {
   };
   TreeRecorder ignored;
   makeTree(folder(""), "\"single (2)\" 1");
-  arrange(R"(
-    left/
-      tidemar
-      0/
-        single 5
-      1/
-      2/)");
+  arrange("left/\n  tidemar\n  0/\n    single 5\n  1/\n  2/");
   {
     const FileDescriptor running(::open(left.path().c_str(), O_RDONLY));
     ASSERT_EQ(flock(running.get(), LOCK_EX), 0);
@@ -252,16 +246,7 @@ TEST_P(Deleting, givesBackWhatAKilledRunHadTaken) {
     EXPECT_EQ(readFile(folder(name)), content);
   EXPECT_FALSE(exists(left));
 
-  arrange(R"(
-    left/
-      tidemar
-      0/
-        tree/
-          kept
-      1/
-        inner/
-      2/
-        leaf 4)");
+  arrange("left/\n  tidemar\n  0/\n    tree/\n      kept\n  1/\n    inner/\n  2/\n    leaf 4");
   _opened->giveBackTaken();
   EXPECT_TRUE(exists(folder("tree/kept")));
   EXPECT_EQ(readFile(folder("tree/inner/leaf")), "xxxx") << "entry by entry";

@@ -151,7 +151,6 @@ TEST(Forecast, sortsItemsOfOneDateByNameAsPlanningDoes) {
   const std::vector<Upcoming> upcoming = upcomingRemovals(snapshot, rules("age=0"));
   EXPECT_EQ(namesOf(upcoming), "z a b e\u0301 \u00e9");
   EXPECT_EQ(namesOf(upcoming), namesOf(removalsDueNow(snapshot, rules("age=0"), conditions)));
-
   // These two differ by less than a double can tell so far from zero.
   const FolderSnapshot close{true, false, {{item("b", 1.0), item("a", 1.0000000000000002)}}};
   EXPECT_EQ(namesOf(upcomingRemovals(close, rules("age=90"))), "a b");

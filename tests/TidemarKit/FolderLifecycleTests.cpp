@@ -156,7 +156,6 @@ TEST_F(FolderLifecycle, turningTemporaryStartsTheRestartRuleAnewAndTurningPlainD
   const Folder turned = row(folder);
   EXPECT_EQ(turned.path, "/new") << "it was followed";
   EXPECT_EQ(turned.lastRunAt, now);
-
   engine.setTemporary(turned, false, now + 100);
   EXPECT_EQ(files.tags("/new"), Lines{"Work"});
   EXPECT_EQ(row(folder), turned);

@@ -179,15 +179,9 @@ TEST(Inventory, givesNoDateToWhatIsOrHoldsAnotherTemporaryFolder) {
   };
   for (const auto& row : rows) {
     FakeFileManager files;
-    files.draw(R"(
-      /g/
-      /f/
-        d/ 4 @5
-          e/ @5
-          .h/ @9
-            e/ @9
-        p/ package 10 @5
-          e/ @5)");
+    files.draw(
+        "/g/\n/f/\n  d/ 4 @5\n    e/ @5\n    .h/ @9\n      e/ @9\n"
+        "  p/ package 10 @5\n    e/ @5");
     if (row.isTagged) files.tags(row.known) = {std::string(TemporaryTag::name)};
     const auto folder = files.openFolder(FileURL("/f"));
     const std::string bookmark = files.openFolder(FileURL(row.known))->bookmarkData();

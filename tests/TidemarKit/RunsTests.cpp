@@ -73,10 +73,7 @@ TEST_F(Runs, aStatusReadsInItsOrderAndChangesNothing) {
 }
 
 TEST_F(Runs, theNextReadingSeesWhatBecameKnownOrWasForgotten) {
-  files.draw(R"(
-    /g/
-      item/ @103
-        inner/ @103)");
+  files.draw("/g/\n  item/ @103\n    inner/ @103");
   const Folder outer = temporaryFolder("/g", toBin);
   const auto due = [&] { return namesOf(engine.status(*outer.id, now).dueNow); };
   EXPECT_EQ(due(), "item");
@@ -90,7 +87,6 @@ TEST_F(Runs, theFactsOfTheMomentReachThePlan) {
   useSettings({std::nullopt, std::nullopt, true, false, Disposal::delete_});
   files.capacity = {97, 1000};
   EXPECT_EQ(namesOf(engine.status(*folder.id, now).dueNow), "a b");
-
   useSettings({std::nullopt, std::nullopt, false, true, Disposal::bin});
   files.boot = Date{103};
   EXPECT_EQ(namesOf(engine.status(*folder.id, now).dueNow), "") << "it ran after the start";
@@ -267,7 +263,6 @@ TEST_F(Runs, whatTheUserChangesMeanwhileIsNotPutBack) {
   EXPECT_EQ(result.journal[1].size, 2) << "one that only grew goes and is journaled as planned";
   EXPECT_EQ(row(folder).settings.maxAgeDays, 30);
   EXPECT_EQ(row(folder).lastRunAt, now);
-
   files.before("bootTime", [&] { engine.store().deleteFolder(*folder.id); });
   EXPECT_THROW(run(), RecordNotFound) << "it was forgotten";
 }

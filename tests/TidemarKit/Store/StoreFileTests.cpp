@@ -52,7 +52,6 @@ TEST_F(StoreFile, aFirstOpeningMakesTheWholeSchemaAndASecondOneChangesNothing) {
 TEST_F(StoreFile, anEmptyFileAndANameThatMeansMemoryToSQLiteBecomeDatabases) {
   writeFile(directory.url("empty"), "");
   EXPECT_EQ(failureOfOpening(directory.path("empty")), std::nullopt);
-
   const std::string before = std::filesystem::current_path().string();
   ASSERT_EQ(chdir(directory.path().c_str()), 0);
   { Store(std::string(":memory:")).insert(Folder()); }
