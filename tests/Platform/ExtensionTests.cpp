@@ -149,8 +149,6 @@ class ThunarOnFile : public ::testing::Test {
 };
 
 TEST_F(ThunarOnFile, whatTheUserHasIsThereMeanwhileAndByteForByteAfterwards) {
-  const std::string name = "app.quernly.tidemar.make-temporary";
-  const std::string ours = "<unique-id>" + name + "</unique-id>";
   const std::string lists[] = {
       foreignList,
       "<actions>\n" + foreignAction + "</actions>",
@@ -163,11 +161,9 @@ TEST_F(ThunarOnFile, whatTheUserHasIsThereMeanwhileAndByteForByteAfterwards) {
       // Other actions, which speak of ours.
       "<actions><action><name>Tidemar: Make Temporary…</name><unique-id>other</unique-id>"
       "<command>tidemar-make-temporary %F</command></action>"
-      "<action><name>" +
-          name + "</name><description><![CDATA[" + ours +
-          "]]></description></action>"
-          "<!-- <action>" +
-          ours + "</action> --></actions>",
+      "<action><name>app.quernly.tidemar.make-temporary</name><description><![CDATA[<unique-id>"
+      "app.quernly.tidemar.make-temporary</unique-id>]]></description></action><!-- <action>"
+      "<unique-id>app.quernly.tidemar.make-temporary</unique-id></action> --></actions>",
   };
   for (const std::string& list : lists) {
     SCOPED_TRACE(list);

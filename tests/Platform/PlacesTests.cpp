@@ -25,19 +25,12 @@ TEST_F(KeptBootTime, IsTakenOnlyFromAWholeAndPossibleRecord) {
   writeFile(_file, _bootID + "\n1000\n");
   EXPECT_EQ(readBootTime(), Date{1000});
   const std::string later = std::to_string(std::int64_t(_real.secondsSince1970) + 1);
-  const std::string damaged[] = {
-      "",
-      _bootID + "\n\n",
-      "\n1000\n",
-      _bootID + "\n1000",
-      _bootID + "\n-1000\n",
-      _bootID + "\n" + later + "\n",
-      _bootID + "\n1000\n1000\n",
-      "another boot\n1000\n",
-      _bootID + "\n99999999999999999999\n",
-      _bootID + "\n" + std::string(200, '0') + "1000\n",
-  };
-  for (const std::string& record : damaged) {
+  // An @ stands for the id of this boot.
+  for (std::string record :
+       {""s, "@\n\n"s, "\n1000\n"s, "@\n1000"s, "@\n-1000\n"s, "@\n" + later + "\n",
+        "@\n1000\n1000\n"s, "another boot\n1000\n"s, "@\n99999999999999999999\n"s,
+        "@\n" + std::string(200, '0') + "1000\n"}) {
+    if (record.starts_with('@')) record.replace(0, 1, _bootID);
     writeFile(_file, record);
     EXPECT_EQ(readBootTime(), _real) << record;
     EXPECT_EQ(readFile(_file), _record) << record;
