@@ -21,13 +21,9 @@ TEST_F(BinnedItemTest, BelievesNoPlaceButOneInTheTrashOfThisUser) {
   std::filesystem::copy(bin("info/item.trashinfo").path(), bin("info/..trashinfo").path());
   erase(bin("files/gone"));
 
-  const struct {
-    const char* title;
-    FileURL place;
-    bool isKnown = false;
-  } rows[] = {
-      {"the home Trash", real, true},
-      {"the home Trash by way of a link", home("link/share/Trash/files/item"), true},
+  EXPECT_TRUE(knows(real));
+  EXPECT_TRUE(knows(home("link/share/Trash/files/item"))) << "by way of a link";
+  const std::pair<const char*, FileURL> rows[] = {
       {"no path", FileURL()},
       {"a relative path", FileURL(real.path().substr(1))},
       {"a way up and down again", FileURL(files + "/../../Trash/files/item")},
@@ -50,10 +46,8 @@ TEST_F(BinnedItemTest, BelievesNoPlaceButOneInTheTrashOfThisUser) {
   setMode(home(".Trash"), 01777);
   const auto before = std::filesystem::current_path();
   std::filesystem::current_path("/");
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.title);
-    EXPECT_EQ(knows(row.place), row.isKnown);
-  }
+  for (const auto& [title, place] : rows)
+    EXPECT_FALSE(knows(place)) << title;
   std::filesystem::current_path(before);
 }
 
@@ -61,38 +55,36 @@ TEST_F(BinnedItemTest, BelievesNoTrashOfADriveThatSomeoneElseCouldArrange) {
   if (!mountDrive(TestFileSystem::Type::tmpfs)) GTEST_SKIP() << _drive->reason();
   const std::string own = ".Trash-" + user;
   const std::string shared = ".Trash/" + user;
-  const struct {
-    std::string trash;
-    const char* command;  ///< Of the shell, at the drive's top, where $T is the Trash.
-    bool isKnown = false;
-  } rows[] = {
+  // A Trash, a command of the shell at the top of the drive, where $T is the Trash, and whether an
+  // item is known there then.
+  const std::tuple<std::string, std::string, bool> rows[] = {
       {own, "true", true},
-      {own, "mv $T other; ln -s other $T"},
-      {own, "chown 77 $T"},
-      {own, "mv $T/files other; ln -s ../other/files $T/files"},
-      {own, "chown 77 $T/files"},
-      {own, "mv $T/info other; ln -s ../other/info $T/info"},
-      {own, "mv $T/info other"},
-      {own + "7", "true"},
-      {"directory/" + own, "true"},
+      {own, "mv $T other; ln -s other $T", false},
+      {own, "chown 77 $T", false},
+      {own, "mv $T/files other; ln -s ../other/files $T/files", false},
+      {own, "chown 77 $T/files", false},
+      {own, "mv $T/info other; ln -s ../other/info $T/info", false},
+      {own, "mv $T/info other", false},
+      {own + "7", "true", false},
+      {"directory/" + own, "true", false},
       {shared, "chmod 1777 .Trash", true},
-      {shared, "true"},
-      {shared, "chmod 1777 .Trash; mv .Trash other/shared; ln -s other/shared .Trash"},
-      {shared, "chmod 1777 .Trash; chown 77 $T"},
-      {shared + "7", "chmod 1777 .Trash"},
+      {shared, "true", false},
+      {shared, "chmod 1777 .Trash; mv .Trash other/shared; ln -s other/shared .Trash", false},
+      {shared, "chmod 1777 .Trash; chown 77 $T", false},
+      {shared + "7", "chmod 1777 .Trash", false},
   };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.trash + ": " + row.command);
+  for (const auto& [trash, command, isKnown] : rows) {
+    SCOPED_TRACE(trash + ": " + command);
     for (const std::string& name : namesIn(drive("")))
       erase(drive(name));
     makeTree(drive(""), "folder/\nother/\n  folder/");
-    const FileURL place = lay(drive(row.trash), "item", "folder/item");
-    runCommand("cd '" + drive("").path() + "'; T=" + row.trash + "; " + row.command);
-    EXPECT_EQ(knows(place), row.isKnown);
-    EXPECT_FALSE(knows(drive(row.trash + "/info/item"))) << "beside the items";
-    if (!row.isKnown) continue;
+    const FileURL place = lay(drive(trash), "item", "folder/item");
+    runIn(drive(""), "T=" + trash + "; " + command);
+    EXPECT_EQ(knows(place), isKnown);
+    EXPECT_FALSE(knows(drive(trash + "/info/item"))) << "beside the items";
+    if (!isKnown) continue;
     for (const char* elsewhere : {"other/folder/item", "item"})
-      EXPECT_FALSE(knows(lay(drive(row.trash), "item", elsewhere))) << "not from there";
+      EXPECT_FALSE(knows(lay(drive(trash), "item", elsewhere))) << "not from there";
   }
 }
 
@@ -140,10 +132,9 @@ TEST_F(BinnedItemTest, BelievesOnlyARecordThatNamesTheItemAndTheFolder) {
   for (const char* spoilt :  // $R is the record, ../good what it was.
        {"true", "touch $R", "ln -s ../good $R", "mkdir $R", "mkfifo $R", "head -c 40 ../good > $R",
         "cat ../good > $R; yes '' | head -c 1048576 >> $R"}) {
-    runCommand("cd '" + bin("info").path() + "'; R=binned.trashinfo; ln -f $R ../good; rm $R; " +
-               spoilt);
+    runIn(bin("info"), std::string("R=binned.trashinfo; ln -f $R ../good; rm $R; ") + spoilt);
     EXPECT_FALSE(knows(place)) << spoilt;
-    runCommand("cd '" + bin("info").path() + "'; rm -rf *; cp ../good binned.trashinfo");
+    runIn(bin("info"), "rm -rf *; cp ../good binned.trashinfo");
   }
 }
 
@@ -215,10 +206,6 @@ TEST_F(PutBackTest, LeavesAnItemThatChangedInWhateverWay) {
   setMode(place, 0600);
   EXPECT_THROW(item->putBack(), ItemChanged);
   EXPECT_TRUE(exists(place));
-}
-
-std::string contentOf(const FileURL& url) {
-  return exists(url) ? readFile(url) : "nothing";
 }
 
 /// What others do between the look into the Bin and the rename out of it.

@@ -31,13 +31,7 @@ class MenuEntriesInAHome : public ::testing::Test {
   ScopedEnvironment system{"XDG_CONFIG_DIRS", directory.path("none")};
 };
 
-struct Place {
-  const char* name;
-  const char* path;
-  mode_t mode;
-};
-
-const Place places[] = {
+const std::tuple<const char*, const char*, int> places[] = {
     {"Dolphin", ".local/share/kio/servicemenus/app.quernly.tidemar.make-temporary.desktop", 0700},
     {"Files (Nautilus)", ".local/share/nautilus/scripts/Tidemar: Make Temporary…", 0700},
     {"Nemo", ".local/share/nemo/actions/tidemar-make-temporary.nemo_action", 0600},
@@ -45,20 +39,19 @@ const Place places[] = {
 };
 
 TEST_F(MenuEntriesInAHome, eachFileManagerGetsOneFileWhichGoesAgainAlone) {
-  for (const Place& place : places) {
-    SCOPED_TRACE(place.name);
-    const FileURL url = directory.url(place.path);
+  for (const auto& [name, path, mode] : places) {
+    SCOPED_TRACE(name);
+    const FileURL url = directory.url(path);
     std::filesystem::create_directories(url.deletingLastPathComponent().path());
     writeFile(url.deletingLastPathComponent().appendingPathComponent("other"), "# Written by me");
     const auto before = files();
-    const auto command = entry(place.name);
+    const auto command = entry(name);
     EXPECT_FALSE(command->isInstalled());
 
     command->install();
     EXPECT_TRUE(command->isInstalled());
-    struct stat values {};
-    ASSERT_EQ(stat(url.path().c_str(), &values), 0) << "not where the file manager looks";
-    EXPECT_EQ(values.st_mode & 07777U, place.mode);
+    EXPECT_EQ(std::filesystem::status(url.path()).permissions(), std::filesystem::perms(mode))
+        << "or it isn't where the file manager looks";
     const auto installed = files();
     EXPECT_EQ(installed.size(), before.size() + 1);
 
@@ -103,12 +96,7 @@ TEST_F(MenuEntriesInAHome, aPythonExtensionTakesThePlaceOfTheScriptOnceItsLoader
 }
 
 TEST_F(MenuEntriesInAHome, onlyAProgramThatTheUserMayRunMakesAFileManagerAvailable) {
-  makeTree(directory.url(), R"(
-    first/
-      thunar/
-    second/
-      thunar
-  )");
+  makeTree(directory.url(), "first/\n  thunar/\nsecond/\n  thunar");
   const ScopedEnvironment path(
       "PATH", ":first:" + directory.path("first") + ":" + directory.path("second"));
   EXPECT_FALSE(entry("Thunar")->isAvailable());
@@ -118,41 +106,25 @@ TEST_F(MenuEntriesInAHome, onlyAProgramThatTheUserMayRunMakesAFileManagerAvailab
 }
 
 TEST_F(MenuEntriesInAHome, pcmanfmIsExtendedWhereItHasItsModuleAndFindsTheHelperByName) {
-  const std::string action =
-      ".local/share/file-manager/actions/app.quernly.tidemar.make-temporary.desktop";
-  const auto state = [&] {
-    const auto command = entry("PCManFM and PCManFM-Qt");
-    command->install();
-    const std::string text = readFile(directory.url(action));
-    const std::size_t key = text.find("\nTryExec=") + 1;
-    return std::pair(command->isAvailable(), text.substr(key, text.find('\n', key) - key));
-  };
-  const std::string byPath = "TryExec=" + directory.path("bin/helper");
-  makeTree(directory.url(), R"(
-    bin/
-      helper
-    other/
-      helper
-      pcmanfm
-    lib/
-  )");
-  for (const char* program : {"bin/helper", "other/helper", "other/pcmanfm"})
-    std::filesystem::permissions(directory.path(program), std::filesystem::perms::owner_all);
+  runCommand("cd '" + directory.path() + "' && mkdir bin other lib && " +
+             "touch bin/helper other/helper other/pcmanfm && chmod 700 bin/* other/*");
   const std::string bin = directory.path("bin");
   const std::string other = directory.path("other");
-  {
-    const ScopedEnvironment path("PATH", bin + ":" + other);
-    EXPECT_EQ(state(), std::pair(false, std::string("TryExec=helper"))) << "without its module";
-    makeTree(directory.url("lib"), "libfm/\n  modules/\n    gtk-menu-actions.so");
-    EXPECT_EQ(state(), std::pair(true, std::string("TryExec=helper")));
-  }
-  {
-    const ScopedEnvironment path("PATH", other + ":" + bin);
-    EXPECT_EQ(state(), std::pair(false, byPath)) << "another program of that name";
-  }
-  std::filesystem::copy(directory.path("other/pcmanfm"), directory.path("other/pcmanfm-qt"));
-  const ScopedEnvironment path("PATH", other);
-  EXPECT_EQ(state(), std::pair(true, byPath)) << "PCManFM-Qt takes paths";
+  const auto expect = [&](const std::string& path, bool isAvailable, const std::string& tried) {
+    const ScopedEnvironment scoped("PATH", path);
+    const auto command = entry("PCManFM and PCManFM-Qt");
+    EXPECT_EQ(command->isAvailable(), isAvailable);
+    command->install();
+    const std::string text = readFile(directory.url(
+        ".local/share/file-manager/actions/app.quernly.tidemar.make-temporary.desktop"));
+    EXPECT_NE(text.find("\nTryExec=" + tried + "\n"), std::string::npos) << text;
+  };
+  expect(bin + ":" + other, false, "helper");
+  makeTree(directory.url("lib"), "libfm/\n  modules/\n    gtk-menu-actions.so");
+  expect(bin + ":" + other, true, "helper");
+  expect(other + ":" + bin, false, bin + "/helper");  // Another program of that name.
+  std::filesystem::copy(other + "/pcmanfm", other + "/pcmanfm-qt");
+  expect(other, true, bin + "/helper");  // PCManFM-Qt takes paths.
 }
 
 const std::string foreignAction =
@@ -177,8 +149,6 @@ class ThunarOnFile : public ::testing::Test {
 };
 
 TEST_F(ThunarOnFile, whatTheUserHasIsThereMeanwhileAndByteForByteAfterwards) {
-  const std::string name = "app.quernly.tidemar.make-temporary";
-  const std::string ours = "<unique-id>" + name + "</unique-id>";
   const std::string lists[] = {
       foreignList,
       "<actions>\n" + foreignAction + "</actions>",
@@ -191,11 +161,9 @@ TEST_F(ThunarOnFile, whatTheUserHasIsThereMeanwhileAndByteForByteAfterwards) {
       // Other actions, which speak of ours.
       "<actions><action><name>Tidemar: Make Temporary…</name><unique-id>other</unique-id>"
       "<command>tidemar-make-temporary %F</command></action>"
-      "<action><name>" +
-          name + "</name><description><![CDATA[" + ours +
-          "]]></description></action>"
-          "<!-- <action>" +
-          ours + "</action> --></actions>",
+      "<action><name>app.quernly.tidemar.make-temporary</name><description><![CDATA[<unique-id>"
+      "app.quernly.tidemar.make-temporary</unique-id>]]></description></action><!-- <action>"
+      "<unique-id>app.quernly.tidemar.make-temporary</unique-id></action> --></actions>",
   };
   for (const std::string& list : lists) {
     SCOPED_TRACE(list);
@@ -215,9 +183,7 @@ TEST_F(ThunarOnFile, whatTheUserHasIsThereMeanwhileAndByteForByteAfterwards) {
     entry.uninstall();
     EXPECT_EQ(readFile(file), list);
     EXPECT_EQ(files(), std::set<std::string>{"uca.xml"});
-    struct stat values {};
-    ASSERT_EQ(stat(file.path().c_str(), &values), 0);
-    EXPECT_EQ(values.st_mode & 07777U, 0644U);
+    EXPECT_EQ(std::filesystem::status(file.path()).permissions(), std::filesystem::perms(0644));
   }
 }
 
@@ -275,18 +241,12 @@ TEST_F(ThunarOnFile, aUserWithoutAListKeepsTheActionsOfTheSystem) {
 TEST_F(ThunarOnFile, aListThatIsNotWellFormedIsRefusedAndLeftAlone) {
   const std::string ours =
       "<action><unique-id>app.quernly.tidemar.make-temporary</unique-id></action>";
-  const std::string lists[] = {"",
-                               "text",
-                               "<actions></action>",
-                               "<actions><action></actions>",
-                               "<other>" + ours + "</other>",
-                               "<actions>" + ours,
-                               "<actions>" + ours + "</actions> text",
-                               "<actions>" + ours + "</actions><actions></actions>",
-                               "<actions>" + ours + "<!-- </actions>",
-                               "<actions>" + ours + "<a b=\"></actions>",
-                               "<actions>\xff" + ours + "</actions>"};
-  for (const std::string& list : lists) {
+  // An @ stands for our action.
+  for (std::string list :
+       {"", "text", "<actions></action>", "<actions><action></actions>", "<other>@</other>",
+        "<actions>@", "<actions>@</actions> text", "<actions>@</actions><actions></actions>",
+        "<actions>@<!-- </actions>", "<actions>@<a b=\"></actions>", "<actions>\xff@</actions>"}) {
+    if (list.contains('@')) list.replace(list.find('@'), 1, ours);
     SCOPED_TRACE(list);
     writeFile(file, list);
     EXPECT_FALSE(entry.isInstalled());

@@ -5,6 +5,32 @@
 
 namespace tidemar::testing {
 
+/// Writes down what a reading or a look tells of.
+struct TreeRecorder : TreeVisitor {
+  void visit(const TreeElement& element) override { names += std::string(element.name) + " "; }
+  void failed(int code) override { failures.push_back(code); }
+  void restart() override {}
+  void knownFolder(std::span<const std::string>) override {}
+
+  std::string names;
+  std::vector<int> failures;
+};
+
+/// Runs a command line of the shell in a directory.
+inline std::string runIn(const FileURL& directory, const std::string& command) {
+  return runCommand("cd '" + directory.path() + "' && { " + command + "; }");
+}
+
+using Permissions = std::filesystem::perms;
+
+inline Permissions permissionsOf(const FileURL& url) {
+  return std::filesystem::symlink_status(url.path()).permissions();
+}
+
+inline std::string contentOf(const FileURL& url) {
+  return exists(url) ? readFile(url) : "nothing";
+}
+
 /// A home with a folder and a Bin, in which items lie that went from the folder, or are said to.
 class FolderAndBin : public ::testing::Test {
  protected:

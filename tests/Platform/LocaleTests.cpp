@@ -8,40 +8,31 @@ namespace {
 constexpr std::int64_t most = std::numeric_limits<std::int64_t>::max();
 
 TEST(Formats, WritesAByteCountInTheUnitThatFits) {
-  const struct {
-    std::int64_t bytes;
-    const char* text;
-  } rows[] = {{1, "1 byte"},
-              {999, "999 bytes"},
-              {1'499, "1 kB"},
-              {1'501, "2 kB"},
-              {999'499, "999 kB"},
-              {999'500, "1 MB"},
-              {1'250'001, "1.3 MB"},
-              {999'949'999, "999.9 MB"},
-              {999'950'000, "1 GB"},
-              {5'254'999'999, "5.25 GB"},
-              {999'994'999'999, "999.99 GB"},
-              {999'995'000'000, "1 TB"},
-              {most, "9,223.37 PB"},
-              {-5'000'000'000, "-5 GB"},
-              {-most - 1, "-9,223.37 PB"}};
+  const std::pair<std::int64_t, const char*> rows[] = {
+      {1, "1 byte"},
+      {999, "999 bytes"},
+      {1'499, "1 kB"},
+      {1'501, "2 kB"},
+      {999'499, "999 kB"},
+      {999'500, "1 MB"},
+      {1'250'001, "1.3 MB"},
+      {999'949'999, "999.9 MB"},
+      {999'950'000, "1 GB"},
+      {5'254'999'999, "5.25 GB"},
+      {999'994'999'999, "999.99 GB"},
+      {999'995'000'000, "1 TB"},
+      {most, "9,223.37 PB"},
+      {-5'000'000'000, "-5 GB"},
+      {-most - 1, "-9,223.37 PB"},
+  };
   const Formats formats("en_US", "UTC");
-  for (const auto& row : rows)
-    EXPECT_EQ(formats.byteCountText(row.bytes), row.text) << row.bytes;
+  for (const auto& [bytes, text] : rows)
+    EXPECT_EQ(formats.byteCountText(bytes), text) << bytes;
 }
 
 TEST(Formats, ReadsRightInEachLanguage) {
   // Blanks that don't break stand between a number and its unit or group: U+00A0 and U+202F.
-  const struct {
-    const char* locale;
-    const char* date;
-    const char* time;
-    const char* number;
-    const char* bytes;
-    const char* size;
-    const char* zero;
-  } rows[] = {
+  const std::array<const char*, 7> rows[] = {
       {"en_US", "Wed, Nov 18", "2:05 PM", "12,345", "999 bytes", "5.25 GB", "Zero kB"},
       {"de_DE", "Mi., 18. Nov.", "14:05", "12.345", "999 Byte", "5,25 GB", "Null kB"},
       {"fr_FR", "mer. 18 nov.", "14:05", "12 345", "999 octets", "5,25 Go", "Zéro ko"},
@@ -57,15 +48,15 @@ TEST(Formats, ReadsRightInEachLanguage) {
     }
     return text;
   };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.locale);
-    const Formats formats(row.locale, "UTC");
-    EXPECT_EQ(plainBlanks(formats.shortDate(utc(2026, 11, 18, 14, 5))), row.date);
-    EXPECT_EQ(plainBlanks(formats.timeOfDay(utc(2026, 11, 18, 14, 5))), row.time);
-    EXPECT_EQ(plainBlanks(formats.integerText(12345)), row.number);
-    EXPECT_EQ(plainBlanks(formats.byteCountText(999)), row.bytes);
-    EXPECT_EQ(plainBlanks(formats.byteCountText(5'250'000'000)), row.size);
-    EXPECT_EQ(plainBlanks(formats.byteCountText(0)), row.zero);
+  for (const auto& [locale, date, time, number, bytes, size, zero] : rows) {
+    SCOPED_TRACE(locale);
+    const Formats formats(locale, "UTC");
+    EXPECT_EQ(plainBlanks(formats.shortDate(utc(2026, 11, 18, 14, 5))), date);
+    EXPECT_EQ(plainBlanks(formats.timeOfDay(utc(2026, 11, 18, 14, 5))), time);
+    EXPECT_EQ(plainBlanks(formats.integerText(12345)), number);
+    EXPECT_EQ(plainBlanks(formats.byteCountText(999)), bytes);
+    EXPECT_EQ(plainBlanks(formats.byteCountText(5'250'000'000)), size);
+    EXPECT_EQ(plainBlanks(formats.byteCountText(0)), zero);
   }
 }
 
@@ -81,17 +72,13 @@ TEST(Formats, FallsBackForALocaleThatIsNotKnown) {
 }
 
 TEST(Formats, ReadsTheNumberThatWasTyped) {
-  const struct {
-    const char* locale;
-    const char* text;
-    std::optional<std::int64_t> number;
-  } rows[] = {
+  const std::tuple<const char*, const char*, std::optional<std::int64_t>> rows[] = {
       {"en_US", " 4,000 ", 4000}, {"en_US", "-5", -5},     {"en_US", "99999999999999999999", most},
       {"de_DE", "1.000", 1000},   {"en_US", "1.000", {}},  {"en_US", "12.5", {}},
       {"fr_FR", "3 650", 3650},   {"ar_EG", "3650", 3650}, {"ar_EG", "٣٬٦٥٠", 3650},
       {"en_US", "12x", {}},       {"en_US", "", {}},       {"en_US", "∞", {}}};
-  for (const auto& row : rows)
-    EXPECT_EQ(Formats(row.locale, "UTC").integer(row.text), row.number) << row.text;
+  for (const auto& [locale, text, number] : rows)
+    EXPECT_EQ(Formats(locale, "UTC").integer(text), number) << text;
 }
 
 TEST(Formats, TakesLocaleAndZoneFromTheEnvironment) {
@@ -111,13 +98,7 @@ TEST(Formats, TakesLocaleAndZoneFromTheEnvironment) {
 }
 
 TEST(Calendar, CountsMidnightsOfTheWallClock) {
-  const struct {
-    const char* name;
-    const char* zone;
-    Date from;
-    Date to;
-    std::int64_t days;
-  } rows[] = {
+  const std::tuple<const char*, const char*, Date, Date, std::int64_t> rows[] = {
       {"over midnight", "UTC", utc(2026, 3, 1, 23, 59), utc(2026, 3, 2), 1},
       {"back over midnight", "UTC", utc(2026, 3, 2), utc(2026, 3, 1, 23, 59), -1},
       {"before 1970", "UTC", utc(1969, 12, 31, 23, 59), utc(1970, 1, 1), 1},
@@ -130,39 +111,31 @@ TEST(Calendar, CountsMidnightsOfTheWallClock) {
       {"a day left out", "Pacific/Apia", utc(2011, 12, 30, 9, 59), utc(2011, 12, 30, 10), 2},
       {"an unknown zone is UTC", "Nowhere/Land", utc(2026, 7, 1, 23, 59), utc(2026, 7, 2), 1},
   };
-  for (const auto& row : rows)
-    EXPECT_EQ(Calendar(row.zone).dayDifference(row.from, row.to), row.days) << row.name;
+  for (const auto& [name, zone, from, to, days] : rows)
+    EXPECT_EQ(Calendar(zone).dayDifference(from, to), days) << name;
 }
 
 TEST(Calendar, KnowsWhereADayBeginsAndEnds) {
-  const struct {
-    const char* name;
-    const char* zone;
-    Date date;
-    std::int64_t daysLater;
-    Date start;
-    Date end;
-  } rows[] = {
+  const char* const newYork = "America/New_York";
+  const char* const beirut = "Asia/Beirut";
+  const char* const havana = "America/Havana";
+  const std::tuple<const char*, const char*, Date, std::int64_t, Date, Date> rows[] = {
       {"earlier days", "UTC", utc(2026, 3, 1, 12), -1, utc(2026, 2, 28), utc(2026, 3, 1)},
-      {"a day of 23 hours", "America/New_York", utc(2026, 3, 8, 12), 0, utc(2026, 3, 8, 5),
-       utc(2026, 3, 9, 4)},
-      {"a day of 25 hours", "America/New_York", utc(2026, 11, 1, 12), 0, utc(2026, 11, 1, 4),
-       utc(2026, 11, 2, 5)},
-      {"a week later, behind the change", "America/New_York", utc(2026, 3, 7, 12), 7,
-       utc(2026, 3, 14, 4), utc(2026, 3, 15, 4)},
-      {"midnight is skipped, so the day begins at 1:00", "Asia/Beirut", utc(2026, 3, 29, 12), 0,
-       utc(2026, 3, 28, 22), utc(2026, 3, 29, 21)},
-      {"which doesn't shift the midnights behind it", "Asia/Beirut", utc(2026, 3, 29, 12), 7,
-       utc(2026, 4, 4, 21), utc(2026, 4, 5, 21)},
-      {"midnight comes twice, and the first counts", "America/Havana", utc(2026, 11, 1, 12), 0,
-       utc(2026, 11, 1, 4), utc(2026, 11, 2, 5)},
+      {"23 hours", newYork, utc(2026, 3, 8, 12), 0, utc(2026, 3, 8, 5), utc(2026, 3, 9, 4)},
+      {"25 hours", newYork, utc(2026, 11, 1, 12), 0, utc(2026, 11, 1, 4), utc(2026, 11, 2, 5)},
+      {"a week later", newYork, utc(2026, 3, 7, 12), 7, utc(2026, 3, 14, 4), utc(2026, 3, 15, 4)},
+      // Midnight is skipped there, so the day begins at 1:00, and those behind it don't shift.
+      {"skipped", beirut, utc(2026, 3, 29, 12), 0, utc(2026, 3, 28, 22), utc(2026, 3, 29, 21)},
+      {"then", beirut, utc(2026, 3, 29, 12), 7, utc(2026, 4, 4, 21), utc(2026, 4, 5, 21)},
+      // It comes twice there, and the first counts.
+      {"twice", havana, utc(2026, 11, 1, 12), 0, utc(2026, 11, 1, 4), utc(2026, 11, 2, 5)},
   };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.name);
-    const auto day = Calendar(row.zone).day(row.date, row.daysLater);
+  for (const auto& [name, zone, date, daysLater, start, end] : rows) {
+    SCOPED_TRACE(name);
+    const auto day = Calendar(zone).day(date, daysLater);
     ASSERT_TRUE(day);
-    EXPECT_EQ(day->start, row.start);
-    EXPECT_EQ(day->end, row.end);
+    EXPECT_EQ(day->start, start);
+    EXPECT_EQ(day->end, end);
   }
 }
 

@@ -1,25 +1,15 @@
-#include "Platform/Files/Descriptors/FileDescriptor.h"
 #include "Platform/Logger.h"
 #include "support/Testing.h"
 
 namespace tidemar::testing {
 namespace {
 
-constexpr auto least = std::numeric_limits<std::int64_t>::min();
-constexpr auto shown = PrivateValues::shown;
-
 TEST(LogMessage, isOneLineWhateverItsValuesHold) {
-  const struct {
-    std::string_view format;
-    std::vector<LogArgument> arguments;
-    const char* message;
-    PrivateValues privateValues = PrivateValues::hidden;
-  } rows[] = {
+  const std::tuple<std::string_view, std::vector<LogArgument>, const char*> rows[] = {
       {"Removed %ld items, %lld failed",
-       {3, least},
+       {3, INT64_MIN},
        "Removed 3 items, -9223372036854775808 failed"},
       {"Can't %{private}s: %{public}s", {"/home/a", "busy"}, "Can't <private>: busy"},
-      {"Can't %{private}s: %{public}s", {"/home/a", "busy"}, "Can't /home/a: busy", shown},
       {"%{public}s: %{private}s", {"%{public}s%ld", "b"}, "%{public}s%ld: <private>"},
       {"100% %d %{secret}s %%ld%", {1}, "100% %d %{secret}s %1%"},
       {"%{public}s!", {"a\nfault: b\r\t\x1b[2J\x7f"}, "a\\nfault: b\\x0d\\x09\\x1b[2J\\x7f!"},
@@ -29,8 +19,10 @@ TEST(LogMessage, isOneLineWhateverItsValuesHold) {
       {"%{public}s %ld %{private}s", {"a"}, "a <missing> <private>"},
       {"%ld %{public}s", {"a", 1}, "a 1"},
   };
-  for (const auto& row : rows)
-    EXPECT_EQ(logMessage(row.format, row.arguments, row.privateValues), row.message);
+  for (const auto& [format, arguments, message] : rows)
+    EXPECT_EQ(logMessage(format, arguments, PrivateValues::hidden), message);
+  const std::vector<LogArgument> home = {"/home/a"};
+  EXPECT_EQ(logMessage("Can't %{private}s", home, PrivateValues::shown), "Can't /home/a");
 }
 
 TEST(Logger, writesWholeLinesAndNothingPrivateWhereNoTerminalReadsThem) {
@@ -38,15 +30,13 @@ TEST(Logger, writesWholeLinesAndNothingPrivateWhereNoTerminalReadsThem) {
     GTEST_SKIP() << "this machine has a journal, which takes the lines";
   }
   const Logger logger("app.quernly.tidemar", "engine");
-  constexpr int threadCount = 4;
-  constexpr int linesPerThread = 25;
   ::testing::internal::CaptureStderr();
   {
     std::vector<std::jthread> threads;
-    for (int thread = 0; thread < threadCount; ++thread) {
+    for (int thread = 0; thread < 4; ++thread) {
       threads.emplace_back([&] {
         const std::string path = "/home/canary\n";
-        for (unsigned i = 0; i < linesPerThread; ++i)
+        for (int i = 0; i < 25; ++i)
           logger.log(LogLevel::error, "Couldn't remove %{private}s: %{public}s (%lld)", path,
                      "busy\n", std::size_t{7});
       });
@@ -54,7 +44,7 @@ TEST(Logger, writesWholeLinesAndNothingPrivateWhereNoTerminalReadsThem) {
   }
   const std::string written = ::testing::internal::GetCapturedStderr();
   std::string expected;
-  for (int i = 0; i < threadCount * linesPerThread; ++i)
+  for (int i = 0; i < 4 * 25; ++i)
     expected += "app.quernly.tidemar engine error: Couldn't remove <private>: busy\\n (7)\n";
   EXPECT_EQ(written, expected);
 }

@@ -9,6 +9,8 @@
 namespace tidemar::testing {
 namespace {
 
+using namespace std::string_literals;
+
 class KeptBootTime : public ::testing::Test {
  protected:
   TemporaryDirectory _directory;
@@ -23,19 +25,12 @@ TEST_F(KeptBootTime, IsTakenOnlyFromAWholeAndPossibleRecord) {
   writeFile(_file, _bootID + "\n1000\n");
   EXPECT_EQ(readBootTime(), Date{1000});
   const std::string later = std::to_string(std::int64_t(_real.secondsSince1970) + 1);
-  const std::string damaged[] = {
-      "",
-      _bootID + "\n\n",
-      "\n1000\n",
-      _bootID + "\n1000",
-      _bootID + "\n-1000\n",
-      _bootID + "\n" + later + "\n",
-      _bootID + "\n1000\n1000\n",
-      "another boot\n1000\n",
-      _bootID + "\n99999999999999999999\n",
-      _bootID + "\n" + std::string(200, '0') + "1000\n",
-  };
-  for (const std::string& record : damaged) {
+  // An @ stands for the id of this boot.
+  for (std::string record :
+       {""s, "@\n\n"s, "\n1000\n"s, "@\n1000"s, "@\n-1000\n"s, "@\n" + later + "\n",
+        "@\n1000\n1000\n"s, "another boot\n1000\n"s, "@\n99999999999999999999\n"s,
+        "@\n" + std::string(200, '0') + "1000\n"}) {
+    if (record.starts_with('@')) record.replace(0, 1, _bootID);
     writeFile(_file, record);
     EXPECT_EQ(readBootTime(), _real) << record;
     EXPECT_EQ(readFile(_file), _record) << record;
@@ -76,15 +71,10 @@ TEST(Packages, AreToldByTheEndingOfADirectorysName) {
   for (const char* name : {".appdir", "appdir", "x.appdirs", "x.appdir.bak", "xappdir", "",
                            "site.app", "x.framework", "x.bundle"})
     EXPECT_FALSE(isPackageName(name)) << name;
-
   TemporaryDirectory directory;
   makeTree(directory.url(), "a.AppDir/\nb.AppDir\nc.AppDir -> a.AppDir");
-  const auto isPackage = [&](const char* name) {
-    return readResourceValues(directory.url(name)).isPackage;
-  };
-  EXPECT_EQ(isPackage("a.AppDir"), true);
-  EXPECT_EQ(isPackage("b.AppDir"), false) << "a plain file";
-  EXPECT_EQ(isPackage("c.AppDir"), false) << "a link";
+  for (const char* name : {"a.AppDir", "b.AppDir", "c.AppDir"})
+    EXPECT_EQ(readResourceValues(directory.url(name)).isPackage, *name == 'a') << name;
 }
 
 TEST(FixedPlaces, HoldTheUsersAndTheProgramsOwnPlacesByTheirOwnNames) {
@@ -105,48 +95,37 @@ TEST(FixedPlaces, HoldTheUsersAndTheProgramsOwnPlacesByTheirOwnNames) {
 }
 
 TEST(UserDirectories, AreReadFromTheLinesThatAShellWouldRead) {
-  const struct {
-    std::string line;
-    const char* name = nullptr;  ///< Null where the line names no directory.
-    const char* path = nullptr;
-  } rows[] = {
+  const auto parse = [](const std::string& line) {
+    return parseUserDirectories("\n" + line + "\n", FileURL("/home/u"));
+  };
+  const std::tuple<const char*, const char*, const char*> rows[] = {
       {R"(XDG_DESKTOP_DIR="$HOME/Schreibtisch")", "DESKTOP", "/home/u/Schreibtisch"},
       {R"(  XDG_MUSIC_DIR =  "/m"  )", "MUSIC", "/m"},
       {R"(XDG_MUSIC_DIR="/a\"b\\c")", "MUSIC", "/a\"b\\c"},
-      {R"(XDG_TEMPLATES_DIR="$HOME/")"},  // Switched off.
-      {R"(# XDG_MUSIC_DIR="/m")"},
-      {R"(XDG_MUSIC_DIR="$HOMEWORK/m")"},
-      {std::string("XDG_MUSIC_DIR=\"/m\0n\"", 20)},
-      {R"(XDG_MUSIC_DIR="m")"},
-      {R"(XDG_MUSIC_DIR=/m)"},
-      {R"(XDG_MUSIC_DIR="/m)"},
-      {R"(XDG_DIR="/m")"},
-      {""},
   };
-  for (const auto& row : rows) {
-    std::vector<UserDirectory> expected;
-    if (row.name != nullptr) expected.push_back({row.name, FileURL(row.path)});
-    EXPECT_EQ(parseUserDirectories("\n" + row.line + "\n", FileURL("/home/u")), expected)
-        << row.line;
-  }
+  for (const auto& [line, name, path] : rows)
+    EXPECT_EQ(parse(line), (std::vector{UserDirectory{name, FileURL(path)}})) << line;
+  // The first one is switched off by this.
+  for (const std::string& line :
+       {R"(XDG_TEMPLATES_DIR="$HOME/")"s, R"(# XDG_MUSIC_DIR="/m")"s,
+        R"(XDG_MUSIC_DIR="$HOMEWORK/m")"s, "XDG_MUSIC_DIR=\"/m\0n\""s, R"(XDG_MUSIC_DIR="m")"s,
+        R"(XDG_MUSIC_DIR=/m)"s, R"(XDG_MUSIC_DIR="/m)"s, R"(XDG_DIR="/m")"s, ""s})
+    EXPECT_TRUE(parse(line).empty()) << line;
 }
 
-/// What was read of a table: a line each with id, place, part, type and source, and "volume" behind
-/// one that is a volume.
+/// What was read of a table: id, place, part, type and source of each, and "volume" behind one that
+/// is a volume.
 std::string text(const std::vector<Mount>& mounts) {
   std::string result;
   for (const Mount& mount : mounts) {
     result += std::to_string(mount.id) + "|" + mount.mountPoint + "|" + mount.root + "|" +
-              mount.fileSystemType + "|" + mount.source + (mount.isVolume ? "|volume" : "") + "\n";
+              mount.fileSystemType + "|" + mount.source + (mount.isVolume ? "|volume" : "");
   }
   return result;
 }
 
 TEST(MountTable, ReadsEveryFormOfLine) {
-  const struct {
-    const char* line;
-    std::string text;
-  } rows[] = {
+  const std::pair<std::string, const char*> rows[] = {
       {"22 1 8:1 / / rw,relatime - ext4 /dev/sda1 rw", "22|/|/|ext4|/dev/sda1|volume"},
       {"36 35 98:0 /m /mnt rw shared:1 master:2 - xfs /dev/sdb rw", "36|/mnt|/m|xfs|/dev/sdb"},
       {R"(7 1 0:5 /r\040s /a\040b\012c\134d rw - tmpfs none rw)", "7|/a b\nc\\d|/r s|tmpfs|none"},
@@ -177,10 +156,9 @@ TEST(MountTable, ReadsEveryFormOfLine) {
       {"7 1 0:5 / a rw - tmpfs none rw", ""},
       {R"(7 1 0:5 / /a\000b rw - tmpfs none rw)", ""},
   };
-  for (const auto& row : rows) {
-    const std::string expected = row.text.empty() ? "" : row.text + "\n";
-    EXPECT_EQ(text(parseMountTable(row.line)), expected);
-    EXPECT_EQ(text(parseMountTable(std::string(row.line) + "\n")), expected);
+  for (const auto& [line, expected] : rows) {
+    for (const char* end : {"", "\n"})
+      EXPECT_EQ(text(parseMountTable(line + end)), expected) << line;
   }
 }
 
@@ -212,20 +190,17 @@ TEST(Volumes, AreWholeFileSystemsAndSubvolumes) {
   EXPECT_FALSE(volumePaths().contains("/proc"));
 }
 
-TEST(Volumes, AreToldWithoutAskingThem) {
-  const TemporaryDirectory place;
-  const SilentMount mount(place.url());
-  if (!mount.isMounted()) GTEST_SKIP() << mount.reason();
-  EXPECT_TRUE(volumePaths().contains(place.path()));
-  EXPECT_FALSE(mount.wasTouched());
-}
-
-TEST(Volumes, HaveACapacityUnlessTheyReportNone) {
+TEST(Volumes, AreToldWithoutAskingThemAndHaveACapacityUnlessTheyReportNone) {
   const VolumeCapacity capacity = DiskFileManager().volumeCapacity(FileURL("/"));
   EXPECT_GT(*capacity.total, 0);
   EXPECT_LE(*capacity.available, *capacity.total);
   EXPECT_EQ(DiskFileManager().volumeCapacity(FileURL("/proc")).total, std::nullopt)
       << "a volume of size 0 has no capacity that a rule could work with";
+  const TemporaryDirectory place;
+  const SilentMount mount(place.url());
+  if (!mount.isMounted()) GTEST_SKIP() << mount.reason();
+  EXPECT_TRUE(volumePaths().contains(place.path()));
+  EXPECT_FALSE(mount.wasTouched());
 }
 
 TEST(MountTableReader, ReadsAgainOnlyWhenTheMountsHaveChanged) {

@@ -1,6 +1,7 @@
+#include <sys/file.h>
 #include <sys/xattr.h>
 
-#include "Platform/Files/Descriptors/FileDescriptor.h"
+#include "Platform/Files/Changes/LeftCopy.h"
 #include "Platform/FolderAndBin.h"
 
 namespace tidemar::testing {
@@ -159,11 +160,11 @@ TEST_F(PutBackByCopy, TakesNothingOutOfTheBinThatIsNotWholeInTheFolder) {
         runCommand("O='" + place.path() + "'; D='" + drive("").path() +
                    "'; F=$D/folder; C=$(echo $F/.tidemar-copy-*)/0/item; " + row.command);
       }
-      left = exists(file) ? readFile(file) : "nothing";
+      left = contentOf(file);
     };
     withActionBefore(row.step.first, act, [&] { code = putBack(place); });
     EXPECT_EQ(code, row.code);
-    EXPECT_EQ(exists(file) ? readFile(file) : "nothing", left);
+    EXPECT_EQ(contentOf(file), left);
     EXPECT_TRUE(exists(bin("info/item.trashinfo")));
     const FileURL present = exists(folder("")) ? folder("") : folderInBin;
     EXPECT_EQ(namesIn(present).size(), row.then == Folder::empty ? 0U : 1U);
@@ -191,6 +192,93 @@ TEST_F(PutBackByCopy, TakesNothingOutOfTheBinThatIsNotWholeInTheFolder) {
     EXPECT_EQ(readFile(place), "xxxxx");
     EXPECT_EQ(namesIn(folder("")).size(), call == SYS_fsync ? 1U : 0U);
   }
+}
+
+const std::string left = ".tidemar-copy-0123456789abcdef";
+
+/// A folder with a directory in it that a dead put-back has left, and what it must not touch.
+class LeftCopy : public FolderAndBin {
+ protected:
+  void layCopy() {
+    makeTree(home(""), "kept/\n  precious");
+    makeTree(folder(""), R"(
+      copy/
+        tidemar
+        0/
+          item/
+            a/
+              b/
+                file 3
+            link -> ../../../../kept
+            pipe |)");
+    setMode(folder("copy"), 0700);
+    move(folder("copy"), folder(left));
+  }
+
+  void sweep(const std::string& entry) const {
+    const FileDescriptor opened(::open(folder("").path().c_str(), O_RDONLY | O_CLOEXEC));
+    sweepLeftCopy(opened.get(), entry);
+  }
+};
+
+TEST_F(LeftCopy, IsDeletedIfItIsSurelyOne) {
+  if (geteuid() != 0) GTEST_SKIP() << "needs to be root";
+  // A command of the shell in the folder, where $L is the directory, whether it goes, by this name.
+  const std::tuple<std::string, bool, std::string> rows[] = {
+      {"true", true, left},
+      {"rm -r $L/0", true, left},
+      {"rm -r $L/0 $L/tidemar", true, left},
+      {"rm $L/tidemar", false, left},
+      {"chmod 750 $L", false, left},
+      {"chown 77:77 $L", false, left},
+      {"touch $L/0/more", false, left},
+      {"touch $L/more", false, left},
+      {"mkdir $L/1; touch $L/1/more", false, left},
+      {"mv $L copy; ln -s copy $L", false, left},
+      {"mv $L copy", false, "copy"},
+      {"mv $L ${L}0", false, left + "0"},
+      {"mv $L .tidemar-taken-0123456789abcdef", false, ".tidemar-taken-0123456789abcdef"},
+  };
+  for (const auto& [command, goes, swept] : rows) {
+    SCOPED_TRACE(command);
+    layCopy();
+    runIn(folder(""), "L=" + left + "; " + command);
+    const std::string all = "find . ! -name tidemar | sort";  // The mark alone is nobody's loss.
+    const std::string before = runIn(folder(""), all);
+    sweep(swept);
+    EXPECT_EQ(runIn(folder(""), all), goes ? ".\n" : before);
+    EXPECT_TRUE(exists(home("kept/precious")));
+    runIn(home(""), "rm -r kept folder; mkdir folder");
+  }
+  layCopy();
+  {
+    const BindMount mount(home("kept"), folder(left + "/0/item/a/b"));
+    ASSERT_TRUE(mount.isMounted()) << mount.reason();
+    sweep(left);
+  }
+  EXPECT_TRUE(exists(folder(left + "/0/item/a/b/file")) && exists(home("kept/precious")));
+  const FileDescriptor lock(::open(folder(left).path().c_str(), O_RDONLY | O_CLOEXEC));
+  ASSERT_EQ(flock(lock.get(), LOCK_EX), 0);
+  sweep(left);
+  EXPECT_TRUE(exists(folder(left + "/0/item/a/b/file"))) << "in use";
+}
+
+TEST_F(LeftCopy, GoesWhateverItsModes) {
+  layCopy();
+  for (const char* path : {"/0/item/a/b/file", "/0/item/a/b", "/0/item/a", "/0/item"})
+    setMode(folder(left + path), 0);
+  asOrdinaryUser(home(""), [&] { sweep(left); });
+  EXPECT_TRUE(namesIn(folder("")).empty());
+}
+
+TEST_F(LeftCopy, GoesHoweverDeepItIs) {
+  layCopy();
+  std::string below = "d";
+  for (int depth = 1; depth < 300; ++depth)
+    below += "/d";
+  std::filesystem::create_directories(folder(left + "/0/item/" + below).path());
+  withSmallThread([&] { sweep(left); });
+  EXPECT_TRUE(namesIn(folder("")).empty());
 }
 
 }  // namespace

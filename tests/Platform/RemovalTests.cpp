@@ -1,9 +1,7 @@
 #include <linux/fs.h>
 #include <sys/ioctl.h>
 
-#include "Platform/Files/Descriptors/FileDescriptor.h"
-#include "Platform/Files/DiskFileManager.h"
-#include "support/Testing.h"
+#include "Platform/FolderAndBin.h"
 
 namespace tidemar::testing {
 namespace {
@@ -20,23 +18,21 @@ int codeOfBothWays(const FileURL& url) {
   return code;
 }
 
-/// A directory with an item in it that most of these tests must leave whole.
-class Removal : public ::testing::Test {
+/// A folder with an item in it that most of these tests must leave whole.
+class Removal : public FolderAndBin {
  protected:
-  Removal() { makeTree(_directory.url(), "item/\n  file\n  sub/\n    deep/\n      leaf"); }
+  Removal() { makeTree(folder(""), "item/\n  file\n  sub/\n    deep/\n      leaf"); }
 
-  FileURL url(std::string_view relative) const { return _directory.url(relative); }
-  std::string path(std::string_view relative) const { return _directory.path(relative); }
-  bool isWhole() const { return exists(url("item/file")) && exists(url("item/sub/deep/leaf")); }
-
-  TemporaryDirectory _directory;
-  TemporaryDirectory _elsewhere;
+  std::string path(const std::string& inFolder) const { return folder(inFolder).path(); }
+  bool isWhole() const {
+    return exists(folder("item/file")) && exists(folder("item/sub/deep/leaf"));
+  }
 };
 
 TEST_F(Removal, RefusesWhatIsNoEntry) {
   using namespace std::string_literals;
   for (const std::string& name : {"item/.."s, "item/."s, "missing"s, "item\0/x"s})
-    EXPECT_NE(codeOfBothWays(url(name)), 0) << name;
+    EXPECT_NE(codeOfBothWays(folder(name)), 0) << name;
   EXPECT_NE(codeOfBothWays(FileURL("/")), 0);
   EXPECT_NE(codeOfBothWays(FileURL()), 0);
   EXPECT_TRUE(isWhole());
@@ -44,99 +40,93 @@ TEST_F(Removal, RefusesWhatIsNoEntry) {
 
 TEST_F(Removal, LeavesWhatCouldNotGoWhole) {
   const auto expectStays = [&](const std::string& obstacle, mode_t mode) {
-    asOrdinaryUser(_directory.url(), [&] {
-      chmod(path(obstacle).c_str(), mode);
-      EXPECT_EQ(removalCode(url("item")), EACCES) << obstacle << " " << mode;
-      chmod(path(obstacle).c_str(), 0700);
+    asOrdinaryUser(home(""), [&] {
+      setMode(folder(obstacle), mode);
+      EXPECT_EQ(removalCode(folder("item")), EACCES) << obstacle << " " << mode;
+      setMode(folder(obstacle), 0700);
     });
   };
   expectStays("item/sub/deep", 0);
   expectStays("item/sub/deep", 0500);
   expectStays("", 0500);
-  withFailingSystemCall(SYS_unlinkat, ENOENT, [&] { EXPECT_EQ(removalCode(url("item")), ENOENT); });
+  withFailingSystemCall(SYS_unlinkat, ENOENT,
+                        [&] { EXPECT_EQ(removalCode(folder("item")), ENOENT); });
   EXPECT_TRUE(isWhole());
 
-  const FileDescriptor leaf(open(path("item/sub/deep/leaf").c_str(), O_RDONLY));
+  const FileDescriptor leaf(::open(path("item/sub/deep/leaf").c_str(), O_RDONLY));
   int flags = FS_IMMUTABLE_FL;
   if (ioctl(leaf.get(), FS_IOC_SETFLAGS, &flags) == 0) {
-    EXPECT_EQ(removalCode(url("item")), EPERM);
+    EXPECT_EQ(removalCode(folder("item")), EPERM);
     EXPECT_TRUE(isWhole());
     flags = 0;
     ioctl(leaf.get(), FS_IOC_SETFLAGS, &flags);
   }
 
-  unlink(path("item/file").c_str());
+  erase(folder("item/file"));
   expectStays("item", 0500);
-  EXPECT_TRUE(exists(url("item/sub/deep/leaf"))) << "not even what lies deeper goes";
+  EXPECT_TRUE(exists(folder("item/sub/deep/leaf"))) << "not even what lies deeper goes";
 }
 
 TEST_F(Removal, AFileOfAnotherUserInAStickyDirectoryKeepsTheWholeItem) {
   if (geteuid() != 0) GTEST_SKIP() << "only root can give files away";
-  runCommand("cd '" + path("item") + "' && mkdir a z && touch a/leaf z/leaf && chmod 1777 sub");
-  runCommand("cd '" + path("") + "' && chown nobody . item item/a item/a/leaf item/z item/z/leaf");
-  asOrdinaryUser(url("item/a"), [&] {
-    EXPECT_EQ(removalCode(url("item")), EPERM);
-    makeTree(url("item/a"), "ok/\n  empty/");
-    chmod(path("item/a/ok/empty").c_str(), 0500);
-    EXPECT_EQ(removalCode(url("item/a/ok")), 0) << "nothing lies in what is locked";
+  runIn(folder("item"), "mkdir a z; touch a/leaf z/leaf; chmod 1777 sub");
+  runIn(folder("item"), "chown nobody ../.. .. . a a/leaf z z/leaf");
+  asOrdinaryUser(folder("item/a"), [&] {
+    EXPECT_EQ(removalCode(folder("item")), EPERM);
+    makeTree(folder("item/a"), "ok/\n  empty/");
+    setMode(folder("item/a/ok/empty"), 0500);
+    EXPECT_EQ(removalCode(folder("item/a/ok")), 0) << "nothing lies in what is locked";
   });
   EXPECT_TRUE(isWhole());
-  EXPECT_TRUE(exists(url("item/a/leaf")) && exists(url("item/z/leaf")));
+  EXPECT_TRUE(exists(folder("item/a/leaf")) && exists(folder("item/z/leaf")));
 }
 
 TEST_F(Removal, TakesNoFolderThatIsNeverClearedWithAnItem) {
-  makeTree(_directory.url(), "home -> item/sub/deep\nsub -> item\nother/");
+  makeTree(folder(""), "home -> item/sub/deep\nsub -> item\nother/");
   for (const char* home : {"item/sub/deep", "item", "home"}) {
     const ScopedEnvironment environment("HOME", path(home));
-    EXPECT_EQ(codeOfBothWays(url("item")), EBUSY) << home;
+    EXPECT_EQ(codeOfBothWays(folder("item")), EBUSY) << home;
   }
   EXPECT_TRUE(isWhole());
   const ScopedEnvironment home("HOME", path("other"));
   const ScopedEnvironment data("XDG_DATA_HOME", path("item/sub"));
-  EXPECT_EQ(removalCode(url("item")), EBUSY) << "the program's own data";
-  EXPECT_EQ(removalCode(url("sub")), 0) << "a link to it takes nothing along";
-  EXPECT_EQ(removalCode(url("item/sub/deep")), 0) << "what lies inside may go";
+  EXPECT_EQ(removalCode(folder("item")), EBUSY) << "the program's own data";
+  EXPECT_EQ(removalCode(folder("sub")), 0) << "a link to it takes nothing along";
+  EXPECT_EQ(removalCode(folder("item/sub/deep")), 0) << "what lies inside may go";
   for (const std::string& bin : {std::string(".Trash"), ".Trash-" + std::to_string(geteuid())}) {
-    makeTree(_directory.url(), bin + "/\n" + "drive/\n  " + bin + "/");
-    EXPECT_EQ(codeOfBothWays(url("drive")), EBUSY) << "it holds a Bin";
-    EXPECT_EQ(codeOfBothWays(url(bin)), EBUSY);
-    std::filesystem::remove_all(path("drive"));
+    makeTree(folder(""), bin + "/\n" + "drive/\n  " + bin + "/");
+    EXPECT_EQ(codeOfBothWays(folder("drive")), EBUSY) << "it holds a Bin";
+    EXPECT_EQ(codeOfBothWays(folder(bin)), EBUSY);
+    erase(folder("drive"));
   }
 }
 
 TEST_F(Removal, AMountInsideAnItemKeepsItWholeAndWithoutADate) {
-  makeTree(_elsewhere.url(), "precious");
-  makeTree(_directory.url(), "mounted");
-  const BindMount mount(_elsewhere.url(), url("item/sub/deep"));
-  const BindMount file(_elsewhere.url("precious"), url("mounted"));
+  makeTree(home(""), "elsewhere/\n  precious");
+  makeTree(folder(""), "mounted");
+  const BindMount mount(home("elsewhere"), folder("item/sub/deep"));
+  const BindMount file(home("elsewhere/precious"), folder("mounted"));
   if (!mount.isMounted()) GTEST_SKIP() << mount.reason();
-  for (const ListedEntry& entry : listDirectory(_directory.url()))
-    EXPECT_EQ(entry.values.addedToDirectoryDate.has_value(), entry.url != url("mounted"));
-  EXPECT_EQ(codeOfBothWays(url("mounted")), EXDEV);
-  EXPECT_EQ(codeOfBothWays(url("item")), EXDEV);
-  EXPECT_EQ(codeOfBothWays(url("item/sub/deep")), EXDEV);
-  EXPECT_TRUE(exists(url("item/file")));
-  EXPECT_TRUE(exists(_elsewhere.url("precious")));
+  for (const ListedEntry& entry : listDirectory(folder("")))
+    EXPECT_EQ(entry.values.addedToDirectoryDate.has_value(), entry.url != folder("mounted"));
+  EXPECT_EQ(codeOfBothWays(folder("mounted")), EXDEV);
+  EXPECT_EQ(codeOfBothWays(folder("item")), EXDEV);
+  EXPECT_EQ(codeOfBothWays(folder("item/sub/deep")), EXDEV);
+  EXPECT_TRUE(exists(folder("item/file")));
+  EXPECT_TRUE(exists(home("elsewhere/precious")));
 
-  struct Visitor : TreeVisitor {
-    void visit(const TreeElement& element) override { names += std::string(element.name) + " "; }
-    void failed(int code) override { failures.push_back(code); }
-    void restart() override {}
-    void knownFolder(std::span<const std::string>) override {}
-    std::string names;
-    std::vector<int> failures;
-  } visitor;
-  DiskFileManager().openFolder(_directory.url())->look("item", Disposal::bin, visitor);
-  EXPECT_EQ(visitor.names, "item file sub ");
-  EXPECT_EQ(visitor.failures, std::vector{EXDEV});
-  const ResourceValues values = readResourceValues(url("item/sub/deep"));
+  TreeRecorder recorder;
+  open()->look("item", Disposal::bin, recorder);
+  EXPECT_EQ(recorder.names, "item file sub ");
+  EXPECT_EQ(recorder.failures, std::vector{EXDEV});
+  const ResourceValues values = readResourceValues(folder("item/sub/deep"));
   EXPECT_EQ(values.isDirectory, true);
   EXPECT_EQ(values.addedToDirectoryDate, std::nullopt);
   EXPECT_EQ(values.contentModificationDate, std::nullopt);
 
-  chmod(path("item/sub").c_str(), 0);
-  EXPECT_EQ(codeOfBothWays(url("item")), EXDEV) << "in a part that can't be read";
-  chmod(path("item/sub").c_str(), 0700);
+  setMode(folder("item/sub"), 0);
+  EXPECT_EQ(codeOfBothWays(folder("item")), EXDEV) << "in a part that can't be read";
+  setMode(folder("item/sub"), 0700);
 }
 
 TEST_F(Removal, ASubvolumeInsideAnItemKeepsItWholeAndWithoutADate) {

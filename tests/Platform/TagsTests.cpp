@@ -20,24 +20,19 @@ std::string attributeOf(const FileURL& url) {
 }
 
 TEST(Tags, AreThePartsBetweenTheCommasByteForByte) {
-  const struct {
-    std::string value;
-    std::vector<std::string> tags;
-  } rows[] = {
+  const std::pair<std::string, std::vector<std::string>> rows[] = {
       {"Tidemar: Temporary", {"Tidemar: Temporary"}},
-      {"Work, Red ,Projects/Tide", {"Work", " Red ", "Projects/Tide"}},
-      {",a,,b,", {"", "a", "", "b", ""}},
-      {"a\xFF,\xC3", {"a\xFF", "\xC3"}},
+      {", Red ,,a\xFF/b,", {"", " Red ", "", "a\xFF/b", ""}},
       {std::string("a\0b,c", 5), {std::string("a\0b", 3), "c"}},
       {std::string(2000, 'x') + ",y", {std::string(2000, 'x'), "y"}},
   };
   const TemporaryDirectory directory;
-  for (const auto& row : rows) {
-    setAttribute(directory.url(), row.value);
-    EXPECT_EQ(readTagNames(directory.url()), row.tags);
+  for (const auto& [value, tags] : rows) {
+    setAttribute(directory.url(), value);
+    EXPECT_EQ(readTagNames(directory.url()), tags);
     setAttribute(directory.url(), "other");
-    writeTagNames(directory.url(), row.tags);
-    EXPECT_EQ(attributeOf(directory.url()), row.value);
+    writeTagNames(directory.url(), tags);
+    EXPECT_EQ(attributeOf(directory.url()), value);
   }
 }
 

@@ -8,7 +8,7 @@
 namespace tidemar::testing {
 namespace {
 
-using Path = std::optional<std::string>;
+using namespace std::string_literals;
 
 class TrashTest : public FolderAndBin {
  protected:
@@ -17,15 +17,8 @@ class TrashTest : public FolderAndBin {
     return codeOf([&] { trashItem(item); });
   }
 
-  static unsigned modeOf(const FileURL& url) {
-    struct stat values {};
-    EXPECT_EQ(lstat(url.path().c_str(), &values), 0) << url.path();
-    return values.st_mode & 07777U;
-  }
-
   void expectEmptyTrash() const {
-    EXPECT_TRUE(namesIn(bin("files")).empty());
-    EXPECT_TRUE(namesIn(bin("info")).empty());
+    EXPECT_TRUE(namesIn(bin("files")).empty() && namesIn(bin("info")).empty());
   }
 };
 
@@ -45,7 +38,7 @@ TEST_F(TrashTest, TakesAnItemWithARecordThatLeadsBack) {
     EXPECT_FALSE(exists(folder(name)));
 
     const FileURL record = bin("info/" + name + ".trashinfo");
-    EXPECT_EQ(modeOf(record), 0600U);
+    EXPECT_EQ(permissionsOf(record), Permissions(0600));
     const std::string text = readFile(record);
     const std::string start =
         "[Trash Info]\nPath=" + _folder.path() + "/" + encoded + "\nDeletionDate=";
@@ -69,7 +62,7 @@ TEST_F(TrashTest, TakesLinksAndTreesAsTheyAreIntoDirectoriesForTheUserAlone) {
   EXPECT_EQ(readFile(bin("files/tree/a/b")), "xxx");
   EXPECT_TRUE(exists(folder("kept/file")));
   for (const char* name : {"", "files", "info"})
-    EXPECT_EQ(modeOf(bin(name)), 0700U) << name;
+    EXPECT_EQ(permissionsOf(bin(name)), Permissions(0700)) << name;
 
   trashItem(home("way/item"));
   EXPECT_EQ(pathIn(bin("info/item.trashinfo")), folder("item").path());
@@ -114,11 +107,7 @@ TEST_F(TrashTest, FindsANameForTheHundredthOfOneName) {
 
 TEST(TrashName, KeepsEndingsAndWholeCharacters) {
   const std::string sixty(60, 'a');
-  const struct {
-    std::string name;
-    unsigned attempt;
-    std::string expected;
-  } rows[] = {
+  const std::tuple<std::string, unsigned, std::string> rows[] = {
       {"a.txt", 0, "a.txt"},
       {"a.tar.gz", 1, "a.tar.2.gz"},
       {"a", 1, "a.2"},
@@ -130,8 +119,8 @@ TEST(TrashName, KeepsEndingsAndWholeCharacters) {
       {sixty + "aa\xC3\xA9z", 0, sixty + "aa\xC3\xA9"},
       {std::string(80, '\x80'), 0, std::string(64, '\x80')},
   };
-  for (const auto& row : rows)
-    EXPECT_EQ(trashName(row.name, row.attempt, 64), row.expected);
+  for (const auto& [name, attempt, expected] : rows)
+    EXPECT_EQ(trashName(name, attempt, 64), expected);
 }
 
 TEST_F(TrashTest, RefusesATrashThatIsNotTheUsersOwn) {
@@ -150,7 +139,7 @@ TEST_F(TrashTest, RefusesATrashThatIsNotTheUsersOwn) {
   for (const auto& [command, code] : rows) {
     SCOPED_TRACE(command);
     erase(bin(""));
-    runCommand("cd '" + home(".local/share").path() + "' && { " + command + "; }");
+    runIn(home(".local/share"), command);
     EXPECT_EQ(trashCode(folder("item")), code);
     EXPECT_EQ(readFile(folder("item")), "xxx");
     EXPECT_TRUE(namesIn(home(".local/share/elsewhere")).empty());
@@ -203,35 +192,32 @@ TEST_F(TrashTest, OfADriveLiesAtItsTopWithPathsFromThereAndInNobodyElsesHands) {
   const std::string own = ".Trash-" + user;
   const std::string shared = ".Trash/" + user;
   const std::string sticky = "mkdir .Trash; chmod 1777 .Trash";
-  const struct {
-    std::string command;
-    std::string trash;  ///< The one that is used, if any.
-    int code = 0;
-  } rows[] = {
-      {"true", own},
-      {sticky, shared},
-      {"mkdir .Trash; chmod 777 .Trash", own},
-      {"chmod 1777 other; ln -s other .Trash", own},
-      {sticky + "; ln -s ../other " + shared, own},
-      {sticky + "; mkdir " + shared + "; chown 12345 " + shared, own},
+  // A command of the shell, the Trash that is used then, if any, and the code of the error.
+  const std::tuple<std::string, std::string, int> rows[] = {
+      {"true", own, 0},
+      {sticky, shared, 0},
+      {"mkdir .Trash; chmod 777 .Trash", own, 0},
+      {"chmod 1777 other; ln -s other .Trash", own, 0},
+      {sticky + "; ln -s ../other " + shared, own, 0},
+      {sticky + "; mkdir " + shared + "; chown 12345 " + shared, own, 0},
       {"ln -s other " + own, "", ELOOP},
       {"mkdir " + own + "; chown 12345 " + own, "", EPERM},
   };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.command);
+  for (const auto& [command, trash, code] : rows) {
+    SCOPED_TRACE(command);
     for (const std::string& name : namesIn(drive("")))
       erase(drive(name));
     makeTree(drive(""), "folder/\nother/");
-    runCommand("cd '" + drive("").path() + "' && { " + row.command + "; }");
+    runIn(drive(""), command);
     makeTree(folder(""), "\"a b\" 3");
-    EXPECT_EQ(trashCode(folder("a b")), row.code);
-    if (row.trash.empty()) {
+    EXPECT_EQ(trashCode(folder("a b")), code);
+    if (trash.empty()) {
       EXPECT_EQ(readFile(folder("a b")), "xxx");
       EXPECT_TRUE(namesIn(drive(own)).empty());
     } else {
-      EXPECT_EQ(readFile(drive(row.trash + "/files/a b")), "xxx");
-      EXPECT_EQ(pathIn(drive(row.trash + "/info/a b.trashinfo")), "folder/a%20b");
-      EXPECT_EQ(modeOf(drive(row.trash)), 0700U);
+      EXPECT_EQ(readFile(drive(trash + "/files/a b")), "xxx");
+      EXPECT_EQ(pathIn(drive(trash + "/info/a b.trashinfo")), "folder/a%20b");
+      EXPECT_EQ(permissionsOf(drive(trash)), Permissions(0700));
     }
     EXPECT_TRUE(namesIn(drive("other")).empty());
     EXPECT_FALSE(exists(home(".local"))) << "the home Trash has no part in this";
@@ -248,34 +234,31 @@ TEST_F(TrashTest, UsesTheMountsOwnTrashWhereTheHomesIsOnTheSameDeviceButOutOfRea
 
 TEST(TrashRecord, HoldsAPathAloneWhereItIsWellFormed) {
   const std::string date = "DeletionDate=2025-11-21T22:11:35\n";
-  const struct {
-    std::string text;
-    Path path = {};
-  } rows[] = {
+  const std::pair<std::string, const char*> rows[] = {
       {"[Trash Info]\n" + date + "Path=/a\n", "/a"},
       {"[Trash Info]\nPath=/a\nPath=/b\n" + date, "/a"},
       {"[Trash Info]\n# Path\nXPath=/b\n\n Path=/c\nPath=/a\n" + date + "[Next]\nPath=/b\n", "/a"},
       {"[Trash Info]\nPath=/%c3%a9\n" + date, "/\xC3\xA9"},
       {"[Trash Info]\nPath=/a!$&'()*+,:;=@\n" + date, "/a!$&'()*+,:;=@"},
-      {""},
-      {"[Other]\n[Trash Info]\nPath=/a\n" + date},
-      {"[Trash Info] \nPath=/a\n" + date},
-      {"[Trash Info]\r\nPath=/a\r\n" + date},
-      {"[Trash Info]\n" + date + "[Next]\nPath=/a\n"},
-      {"[Trash Info]\nPath=/a\n[Next]\n" + date},
-      {"[Trash Info]\nPath=/a\n"},
-      {"[Trash Info]\nPath=/a\nDeletionDate=2025-11-21\n"},
-      {"[Trash Info]\nPath=/a\nDeletionDate=2025-11-2xT22:11:35\n"},
-      {"[Trash Info]\nPath=\n" + date},
-      {"[Trash Info]\nPath=/a%2\n" + date},
-      {"[Trash Info]\nPath=/a b\n" + date},
-      {"[Trash Info]\nPath=/caf\xE9\n" + date},
-      {"[Trash Info]\nPath=/a%00b\n" + date},
-      {"[Trash Info]\nPath=a/../../b\n" + date},
-      {"[Trash Info]\nPath=/a/%2E%2e\n" + date},
   };
-  for (const auto& row : rows)
-    EXPECT_EQ(pathInTrashRecord(row.text), row.path) << row.text;
+  for (const auto& [text, path] : rows)
+    EXPECT_EQ(pathInTrashRecord(text), path) << text;
+  for (const char* path : {"", "/a%2", "/a b", "/caf\xE9", "/a%00b", "a/../../b", "/a/%2E%2e"})
+    EXPECT_EQ(pathInTrashRecord("[Trash Info]\nPath=" + std::string(path) + "\n" + date),
+              std::nullopt)
+        << path;
+  for (const std::string& text : {
+           std::string(),
+           "[Other]\n[Trash Info]\nPath=/a\n" + date,
+           "[Trash Info] \nPath=/a\n" + date,
+           "[Trash Info]\r\nPath=/a\r\n" + date,
+           "[Trash Info]\n" + date + "[Next]\nPath=/a\n",
+           "[Trash Info]\nPath=/a\n[Next]\n" + date,
+           "[Trash Info]\nPath=/a\n"s,
+           "[Trash Info]\nPath=/a\nDeletionDate=2025-11-21\n"s,
+           "[Trash Info]\nPath=/a\nDeletionDate=2025-11-2xT22:11:35\n"s,
+       })
+    EXPECT_EQ(pathInTrashRecord(text), std::nullopt) << text;
 }
 
 }  // namespace

@@ -8,8 +8,6 @@ using Strings = std::vector<std::string>;
 
 class UserDefaultsOnFile : public ::testing::Test {
  protected:
-  std::set<std::string> filesBeside() const { return namesIn(directory.url()); }
-
   TemporaryDirectory directory;
   FileURL file = directory.url("suite.json");
   UserDefaults defaults{file};
@@ -29,7 +27,7 @@ TEST_F(UserDefaultsOnFile, valuesAreThereForAnotherReaderAtOnce) {
   EXPECT_EQ(other.boolean("flag"), false);
   EXPECT_EQ(other.stringArray("list"), (Strings{"/b", "/a", "/b"}));
   EXPECT_EQ(other.stringArray("none"), Strings{});
-  EXPECT_EQ(filesBeside(), std::set<std::string>{"suite.json"});
+  EXPECT_EQ(namesIn(directory.url()), std::set<std::string>{"suite.json"});
 
   defaults.remove("text");
   EXPECT_EQ(other.string("text"), std::nullopt);
@@ -97,20 +95,15 @@ TEST_F(UserDefaultsOnFile, aDamagedFileReadsAsEmptyAndIsKeptBesideByTheNextWrite
   }
 }
 
-TEST_F(UserDefaultsOnFile, theFolderIsMadeAndAllIsForItsOwnerAlone) {
+TEST_F(UserDefaultsOnFile, theFolderIsMadeForItsOwnerAloneAndALinkStaysALink) {
   const mode_t umaskBefore = umask(0);
-  UserDefaults deep(directory.url("a/b/suite.json"));
-  deep.setBoolean("flag", true);
+  UserDefaults(directory.url("a/b/suite.json")).setBoolean("flag", true);
   umask(umaskBefore);
-  for (const auto& [path, mode] :
-       {std::pair{"a", 0700U}, {"a/b", 0700U}, {"a/b/suite.json", 0600U}}) {
-    struct stat values {};
-    ASSERT_EQ(stat(directory.path(path).c_str(), &values), 0);
-    EXPECT_EQ(values.st_mode & 07777, mode) << path;
+  for (const auto& [path, mode] : {std::pair{"a", 0700}, {"a/b", 0700}, {"a/b/suite.json", 0600}}) {
+    const auto status = std::filesystem::status(directory.path(path));
+    EXPECT_EQ(status.permissions(), std::filesystem::perms(mode)) << path;
   }
-}
 
-TEST_F(UserDefaultsOnFile, aLinkToTheFileStaysALink) {
   makeTree(directory.url(), "dotfiles/\nsuite.json -> dotfiles/real.json");
   writeFile(directory.url("dotfiles/real.json"), "{}");
   defaults.setBoolean("flag", true);
@@ -126,13 +119,13 @@ TEST_F(UserDefaultsOnFile, aFailedWriteLeavesTheOldFileAndNothingElse) {
   EXPECT_EQ(readFile(file), before);
   EXPECT_THROW(UserDefaults(directory.url("suite.json/other")).setBoolean("flag", true),
                PlatformError);
-  EXPECT_EQ(filesBeside(), std::set<std::string>{"suite.json"});
+  EXPECT_EQ(namesIn(directory.url()), std::set<std::string>{"suite.json"});
 
   makeTree(directory.url(), "folder/");
-  const UserDefaults inFolder(directory.url("folder"));
+  UserDefaults inFolder(directory.url("folder"));
   EXPECT_EQ(inFolder.boolean("flag"), std::nullopt);
-  EXPECT_THROW(UserDefaults(directory.url("folder")).setBoolean("flag", true), PlatformError);
-  EXPECT_EQ(filesBeside(), (std::set<std::string>{"folder", "suite.json"}));
+  EXPECT_THROW(inFolder.setBoolean("flag", true), PlatformError);
+  EXPECT_EQ(namesIn(directory.url()), (std::set<std::string>{"folder", "suite.json"}));
 }
 
 }  // namespace

@@ -74,10 +74,7 @@ TEST(NameOrder, holdsForManyItemsHoweverTheirDatesAreSpread) {
   // The numbers are taken in an order without a pattern; names of many items begin alike.
   constexpr int count = 3000;
   const auto shuffled = [](int i) { return i * 7919 % count; };
-  const struct {
-    const char* name;
-    std::function<double(int)> date;
-  } rows[] = {
+  const std::pair<const char*, std::function<double(int)>> rows[] = {
       {"spread evenly", [](int i) { return 1.7e9 + i * 0.001; }},
       {"few dates", [](int i) { return 1.7e9 + i % 7; }},
       {"one date", [](int) { return 1.7e9; }},
@@ -86,20 +83,20 @@ TEST(NameOrder, holdsForManyItemsHoweverTheirDatesAreSpread) {
       {"farther apart than a number can say", [](int i) { return (i % 3 - 1) * 1.5e308; }},
       {"hardly apart", [](int i) { return i % 3 * 5e-324; }},
   };
-  for (const auto& row : rows) {
+  for (const auto& [name, date] : rows) {
     std::vector<Item> items;
     for (int i = 0; i < count; ++i)
       items.push_back(item("some name " + std::to_string(shuffled(i)), 0));
     std::vector<Element> elements;
     for (int i = 0; i < count; ++i)
-      elements.push_back({&items[static_cast<std::size_t>(i)], {row.date(shuffled(i))}});
+      elements.push_back({&items[static_cast<std::size_t>(i)], {date(shuffled(i))}});
     const auto key = [](const Element& element) {
       return std::pair(element.date, element.item->url.lastPathComponent());
     };
     std::vector<Element> expected = elements;
     std::ranges::sort(expected, {}, key);
     sortByDateThenName(elements, &Element::date);
-    EXPECT_TRUE(std::ranges::equal(elements, expected, {}, key, key)) << row.name;
+    EXPECT_TRUE(std::ranges::equal(elements, expected, {}, key, key)) << name;
   }
 }
 

@@ -1,5 +1,3 @@
-#include "TidemarCore/FileURL.h"
-#include "TidemarCore/Item.h"
 #include "TidemarCore/ProtectedRoots.h"
 #include "TidemarCore/SaturatingArithmetic.h"
 #include "support/Testing.h"
@@ -21,19 +19,17 @@ TEST(SaturatingArithmetic, staysAtTheEndOfTheRange) {
 }
 
 TEST(FileURL, takesAPathApart) {
-  struct Case {
-    const char* path;
-    const char* normalPath;
-    const char* lastPathComponent;
-    const char* parent;
+  // A path, as it is kept, its last component, the path above it.
+  const std::array<const char*, 4> rows[] = {
+      {"/f/a", "/f/a", "a", "/f"}, {"/f/a//", "/f/a", "a", "/f"}, {"/a", "/a", "a", "/"},
+      {"/", "/", "/", "/"},        {"//", "/", "/", "/"},         {"", "", "", ""},
+      {"a", "a", "a", ""},
   };
-  for (const Case& c : {Case{"/f/a", "/f/a", "a", "/f"}, Case{"/f/a//", "/f/a", "a", "/f"},
-                        Case{"/a", "/a", "a", "/"}, Case{"/", "/", "/", "/"},
-                        Case{"//", "/", "/", "/"}, Case{"", "", "", ""}, Case{"a", "a", "a", ""}}) {
-    const FileURL url(c.path);
-    EXPECT_EQ(url.path(), c.normalPath) << c.path;
-    EXPECT_EQ(url.lastPathComponent(), c.lastPathComponent) << c.path;
-    EXPECT_EQ(url.deletingLastPathComponent().path(), c.parent) << c.path;
+  for (const auto& [path, normalPath, lastPathComponent, parent] : rows) {
+    const FileURL url(path);
+    EXPECT_EQ(url.path(), normalPath) << path;
+    EXPECT_EQ(url.lastPathComponent(), lastPathComponent) << path;
+    EXPECT_EQ(url.deletingLastPathComponent().path(), parent) << path;
   }
   EXPECT_EQ(FileURL("/").appendingPathComponent("a").path(), "/a");
   EXPECT_EQ(FileURL("/f").appendingPathComponent("\xff b").path(), "/f/\xff b");

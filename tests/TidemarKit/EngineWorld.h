@@ -1,6 +1,7 @@
 #pragma once
 
 #include "TidemarKit/Engine/Engine.h"
+#include "TidemarKit/Store/DatabaseError.h"
 #include "TidemarKit/TemporaryTag.h"
 #include "support/FakeFileManager.h"
 #include "support/Testing.h"

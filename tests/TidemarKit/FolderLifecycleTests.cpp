@@ -19,8 +19,7 @@ TEST_F(FolderLifecycle, anAddedFolderIsKnownOnceByWhateverPathAndNothingElseHapp
   EXPECT_EQ(folder.createdAt, added);
   EXPECT_EQ(folder.lastRunAt, added);
   EXPECT_EQ(row(folder), folder);
-  EXPECT_EQ(engine.resolve(folder).place->url(), FileURL("/f"))
-      << "its bookmark is that of the folder";
+  EXPECT_EQ(engine.resolve(folder).place->url(), FileURL("/f")) << "by its bookmark";
 
   folder.settings = rules;
   engine.store().update(folder);
@@ -121,18 +120,15 @@ TEST_F(FolderLifecycle, rulesThatAreChangedWhileAFolderIsSoughtOrTaggedStay) {
   EXPECT_EQ(row(folder).settings, noRules);
 }
 
-TEST_F(FolderLifecycle, aLostFolderKeepsItsRowAndComesBackByItself) {
-  const Folder folder = temporaryFolder("/f", rules);
-  files.rename("/f", std::string(files.binPath) + "/f");
-  EXPECT_THROW(engine.resolvedFolder(*folder.id), PlatformError);
-  EXPECT_THROW(engine.setTemporary(folder, true, now), PlatformError);
-  EXPECT_EQ(row(folder), folder);
-  files.rename(std::string(files.binPath) + "/f", "/f");
-  EXPECT_EQ(engine.resolvedFolder(*folder.id).folder, folder);
-}
-
-TEST_F(FolderLifecycle, aLostFolderLeavesItsPlaceToTheKnownFolderThatTookIt) {
+TEST_F(FolderLifecycle, aLostFolderComesBackByItselfUnlessAKnownFolderHasTakenItsPlace) {
   const Folder lost = temporaryFolder("/f", rules);
+  files.rename("/f", std::string(files.binPath) + "/f");
+  EXPECT_THROW(engine.resolvedFolder(*lost.id), PlatformError);
+  EXPECT_THROW(engine.setTemporary(lost, true, now), PlatformError);
+  EXPECT_EQ(row(lost), lost);
+  files.rename(std::string(files.binPath) + "/f", "/f");
+  EXPECT_EQ(engine.resolvedFolder(*lost.id).folder, lost);
+
   const Folder other = temporaryFolder("/g", {});
   files.erase("/f");
   files.rename("/g", "/f");
@@ -160,7 +156,6 @@ TEST_F(FolderLifecycle, turningTemporaryStartsTheRestartRuleAnewAndTurningPlainD
   const Folder turned = row(folder);
   EXPECT_EQ(turned.path, "/new") << "it was followed";
   EXPECT_EQ(turned.lastRunAt, now);
-
   engine.setTemporary(turned, false, now + 100);
   EXPECT_EQ(files.tags("/new"), Lines{"Work"});
   EXPECT_EQ(row(folder), turned);

@@ -21,13 +21,7 @@ std::optional<Item> itemNamed(std::string_view name, OpenFolder& folder) {
   return Inventory::item(folder, name, Disposal::bin).item;
 }
 
-struct Case {
-  const char* name;
-  const char* drawing;
-  const char* expected;
-};
-
-const Case cases[] = {
+const std::tuple<const char*, const char*, const char*> cases[] = {
     {"entries stand in the order of the listing, with the later of their two dates, if any, and "
      "hidden ones don't",
      R"(
@@ -137,20 +131,20 @@ const Case cases[] = {
 };
 
 TEST(Inventory, turnsEntriesIntoItems) {
-  for (const Case& c : cases) {
-    SCOPED_TRACE(c.name);
+  for (const auto& [name, drawing, expected] : cases) {
+    SCOPED_TRACE(name);
     FakeFileManager files;
-    files.draw(c.drawing);
+    files.draw(drawing);
     const auto folder = files.openFolder(FileURL("/f"));
     const std::vector<Item> items = Inventory::items(*folder);
-    EXPECT_EQ(text(items), c.expected);
+    EXPECT_EQ(text(items), expected);
     for (const Item& item : items) {
       EXPECT_EQ(item.url, FileURL("/f").appendingPathComponent(item.url.lastPathComponent()));
       EXPECT_EQ(itemNamed(item.url.lastPathComponent(), *folder), item);
     }
-    for (const char* name : {".hidden", "flagged", ".config"}) {
-      if (files.exists(std::string("/f/") + name)) {
-        EXPECT_EQ(itemNamed(name, *folder), std::nullopt) << name;
+    for (const std::string hidden : {".hidden", "flagged", ".config"}) {
+      if (files.exists("/f/" + hidden)) {
+        EXPECT_EQ(itemNamed(hidden, *folder), std::nullopt) << hidden;
       }
     }
   }
@@ -169,29 +163,25 @@ TEST(Inventory, treatsMissingValuesAsAPlainFileAndThrowsWhereTheTopLevelCannotBe
 }
 
 TEST(Inventory, givesNoDateToWhatIsOrHoldsAnotherTemporaryFolder) {
-  struct Row {
+  const struct {
     const char* known;
-    bool isTagged;
-    bool isFound;  // By its bookmark; else by its path alone.
     const char* expected;
+    bool isTagged = true;
+    bool isFound = true;  // By its bookmark; else by its path alone.
+  } rows[] = {
+      {"/f/d", "d 4 undated, p 10 @5"},
+      {"/f/d/e", "d 4 undated, p 10 @5"},
+      {"/f/d/.h/e", "d 4 undated, p 10 @5"},
+      {"/f/p/e", "d 4 @5, p 10 undated"},
+      {"/f/d/e", "d 4 undated, p 10 @5", true, false},
+      {"/f/d/e", "d 4 @5, p 10 @5", false},
+      {"/g", "d 4 @5, p 10 @5"},
   };
-  for (const Row& row :
-       {Row{"/f/d", true, true, "d 4 undated, p 10 @5"},
-        Row{"/f/d/e", true, true, "d 4 undated, p 10 @5"},
-        Row{"/f/d/.h/e", true, true, "d 4 undated, p 10 @5"},
-        Row{"/f/p/e", true, true, "d 4 @5, p 10 undated"},
-        Row{"/f/d/e", true, false, "d 4 undated, p 10 @5"},
-        Row{"/f/d/e", false, true, "d 4 @5, p 10 @5"}, Row{"/g", true, true, "d 4 @5, p 10 @5"}}) {
+  for (const auto& row : rows) {
     FakeFileManager files;
-    files.draw(R"(
-      /g/
-      /f/
-        d/ 4 @5
-          e/ @5
-          .h/ @9
-            e/ @9
-        p/ package 10 @5
-          e/ @5)");
+    files.draw(
+        "/g/\n/f/\n  d/ 4 @5\n    e/ @5\n    .h/ @9\n      e/ @9\n"
+        "  p/ package 10 @5\n    e/ @5");
     if (row.isTagged) files.tags(row.known) = {std::string(TemporaryTag::name)};
     const auto folder = files.openFolder(FileURL("/f"));
     const std::string bookmark = files.openFolder(FileURL(row.known))->bookmarkData();

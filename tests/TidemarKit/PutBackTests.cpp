@@ -1,5 +1,4 @@
 #include "TidemarKit/EngineWorld.h"
-#include "TidemarKit/Store/DatabaseError.h"
 
 namespace tidemar::testing {
 namespace {

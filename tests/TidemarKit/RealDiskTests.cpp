@@ -20,13 +20,8 @@ struct RealWorld {
 
 TEST(RealDisk, AStatusAsksNothingOfAMountThatMayNeverAnswer) {
   RealWorld world;
-  makeTree(world.home.url(), R"(
-    net/
-    folder/
-      item/
-        net/
-      net/
-    Documents -> net/Documents)");
+  makeTree(world.home.url(),
+           "net/\nfolder/\n  item/\n    net/\n  net/\nDocuments -> net/Documents");
   const SilentMount beside(world.home.url("net"));
   const SilentMount inItem(world.home.url("folder/item/net"));
   const SilentMount inFolder(world.home.url("folder/net"));
@@ -44,13 +39,9 @@ TEST(RealDisk, ProtectedRootsAreTheHomeTheMountsAndWhatLinksLeadTo) {
   // The first one takes this process into mounts of its own, and an open table stays with the old.
   const TestFileSystem volume(TestFileSystem::Type::tmpfs);
   RealWorld world;
-  makeTree(world.home.url(), R"(
-    Documents/
-      Old/
-    Downloads/
-    link -> linkToLink
-    linkToLink -> Documents
-    linkToHome -> .)");
+  makeTree(world.home.url(),
+           "Documents/\n  Old/\nDownloads/\n"
+           "link -> linkToLink\nlinkToLink -> Documents\nlinkToHome -> .");
   const auto isProtected = [&](const FileURL& url) {
     return world.status(world.engine.addFolder(url, Date{0})).isProtectedRoot;
   };

@@ -1,5 +1,4 @@
 #include "TidemarKit/EngineWorld.h"
-#include "TidemarKit/Store/DatabaseError.h"
 #include "TidemarKit/System.h"
 
 namespace tidemar::testing {
@@ -74,10 +73,7 @@ TEST_F(Runs, aStatusReadsInItsOrderAndChangesNothing) {
 }
 
 TEST_F(Runs, theNextReadingSeesWhatBecameKnownOrWasForgotten) {
-  files.draw(R"(
-    /g/
-      item/ @103
-        inner/ @103)");
+  files.draw("/g/\n  item/ @103\n    inner/ @103");
   const Folder outer = temporaryFolder("/g", toBin);
   const auto due = [&] { return namesOf(engine.status(*outer.id, now).dueNow); };
   EXPECT_EQ(due(), "item");
@@ -91,7 +87,6 @@ TEST_F(Runs, theFactsOfTheMomentReachThePlan) {
   useSettings({std::nullopt, std::nullopt, true, false, Disposal::delete_});
   files.capacity = {97, 1000};
   EXPECT_EQ(namesOf(engine.status(*folder.id, now).dueNow), "a b");
-
   useSettings({std::nullopt, std::nullopt, false, true, Disposal::bin});
   files.boot = Date{103};
   EXPECT_EQ(namesOf(engine.status(*folder.id, now).dueNow), "") << "it ran after the start";
@@ -137,25 +132,21 @@ TEST(RunsWithNothingToDo, areStillRuns) {
   const auto set = [](const TemporarySettings& settings) -> Change {
     return [=](FiveItems& w) { w.useSettings(settings); };
   };
-  const struct {
-    const char* name;
-    Change arrange;
-    const char* upcoming = "";
-  } rows[] = {
+  const std::tuple<const char*, Change, const char*> rows[] = {
       {"nothing is due", set({90, std::nullopt, true, true, Disposal::bin}), "a b c d e"},
-      {"no rule is on", set({std::nullopt, std::nullopt, false, false, Disposal::bin})},
-      {"the tag is gone", [](auto& w) { w.files.tags("/f") = {"tidemar: temporary"}; }},
-      {"a volume's root", [](auto& w) { w.files.volumes = {FileURL("/f")}; }},
-      {"a fixed place", [](auto& w) { w.files.systemDirectories = {FileURL("/f")}; }},
-      {"the home folder", [](auto& w) { w.files.home = FileURL("/f"); }},
+      {"no rule is on", set({std::nullopt, std::nullopt, false, false, Disposal::bin}), ""},
+      {"the tag is gone", [](auto& w) { w.files.tags("/f") = {"tidemar: temporary"}; }, ""},
+      {"a volume's root", [](auto& w) { w.files.volumes = {FileURL("/f")}; }, ""},
+      {"a fixed place", [](auto& w) { w.files.systemDirectories = {FileURL("/f")}; }, ""},
+      {"the home folder", [](auto& w) { w.files.home = FileURL("/f"); }, ""},
   };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.name);
+  for (const auto& [name, arrange, upcoming] : rows) {
+    SCOPED_TRACE(name);
     FiveItems world;
-    row.arrange(world);
+    arrange(world);
     const FolderStatus status = world.engine.status(*world.folder.id, world.now);
     EXPECT_EQ(namesOf(status.dueNow), "");
-    EXPECT_EQ(namesOf(status.upcoming), row.upcoming);
+    EXPECT_EQ(namesOf(status.upcoming), upcoming);
     const RunResult result = world.run();
     EXPECT_TRUE(result.journal.empty() && result.failures.empty());
     EXPECT_EQ(world.files.changes(), Lines{});
@@ -181,24 +172,20 @@ TEST(RunsOfAnUnreadableFolder, leaveItAlone) {
 }
 
 TEST(RunsThatMayNotGoOn, endAtTheNextItem) {
-  const struct {
-    const char* name;
-    Change disturb;
-    bool isCutShort = false;
-  } rows[] = {
-      {"the tag was taken off", [](auto& w) { w.files.tags("/f").clear(); }},
-      {"the tags can't be read", [](auto& w) { w.files.fail("tags /f", EIO); }},
+  const std::tuple<const char*, Change, bool> rows[] = {
+      {"the tag was taken off", [](auto& w) { w.files.tags("/f").clear(); }, false},
+      {"the tags can't be read", [](auto& w) { w.files.fail("tags /f", EIO); }, false},
       {"the gate was closed", [](auto& w) { w.gate.close(); }, true},
   };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.name);
+  for (const auto& [name, disturb, isCutShort] : rows) {
+    SCOPED_TRACE(name);
     FiveItems world;
-    world.files.before("trash /f/b", [&] { row.disturb(world); });
+    world.files.before("trash /f/b", [&] { disturb(world); });
     const RunResult result = world.run();
     EXPECT_EQ(names(result.journal), "a b");
     EXPECT_TRUE(result.failures.empty());
     EXPECT_EQ(world.files.names("/f"), "e d c");
-    if (row.isCutShort) {
+    if (isCutShort) {
       EXPECT_EQ(world.row(world.folder).lastRunAt, world.added) << "the restart rule isn't done";
     } else {
       world.expectEnded(result);
@@ -276,14 +263,11 @@ TEST_F(Runs, whatTheUserChangesMeanwhileIsNotPutBack) {
   EXPECT_EQ(result.journal[1].size, 2) << "one that only grew goes and is journaled as planned";
   EXPECT_EQ(row(folder).settings.maxAgeDays, 30);
   EXPECT_EQ(row(folder).lastRunAt, now);
-
   files.before("bootTime", [&] { engine.store().deleteFolder(*folder.id); });
   EXPECT_THROW(run(), RecordNotFound) << "it was forgotten";
 }
 
-using RunsOverAFailingDatabase = Runs;
-
-TEST_F(RunsOverAFailingDatabase, waitForItOnce) {
+TEST_F(Runs, waitForAFailingDatabaseOnce) {
   std::optional<OtherProgram> other;
   files.before("values /f/b", [&] { other.emplace(database).run("BEGIN EXCLUSIVE"); });
   EXPECT_THROW(run(), DatabaseError);
@@ -291,7 +275,7 @@ TEST_F(RunsOverAFailingDatabase, waitForItOnce) {
   EXPECT_EQ(std::ranges::count(files.operations(), "values /f/c"), 0);
 }
 
-TEST_F(RunsOverAFailingDatabase, writeTheRowOfTheItemInHandLaterAndTakeNothingElseUntilThen) {
+TEST_F(Runs, writeTheRowOfTheItemInHandLaterAndTakeNothingElseUntilThen) {
   files.before("trash /f/b", [&] { alter("ALTER TABLE journalEntry RENAME TO hidden"); });
   EXPECT_EQ(names(run().journal), "a");
   EXPECT_EQ(files.names("/f"), "e d c");

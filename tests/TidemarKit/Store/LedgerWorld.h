@@ -1,5 +1,7 @@
 #pragma once
 
+#include <sqlite3.h>
+
 #include "TidemarKit/Store/DatabaseError.h"
 #include "TidemarKit/Store/RemovalLedger.h"
 #include "TidemarKit/Store/Store.h"
@@ -31,11 +33,17 @@ inline std::optional<int> databaseCodeOf(const std::function<void()>& call) {
   }
 }
 
-/// A ledger over a store in a file in a directory of its own.
+/// A ledger over a store in a file in a directory of its own, under $TMPDIR or at the top of a
+/// disk.
 struct LedgerWorld {
-  explicit LedgerWorld(std::chrono::milliseconds patience = {}) : store(path, patience) {}
+  explicit LedgerWorld(std::chrono::milliseconds patience = {}, const std::string& disk = {})
+      : parent(disk), store(path, patience) {}
 
-  JournalEntry row(const std::string& name) const { return entryOf(folder, name); }
+  JournalEntry row(const std::string& name, Disposal disposal = Disposal::bin) const {
+    JournalEntry entry = entryOf(folder, name);
+    entry.disposal = disposal;
+    return entry;
+  }
   Rows names() const { return runSQL(path, "SELECT name FROM journalEntry ORDER BY id"); }
 
   TemporaryDirectory parent;

@@ -1,12 +1,13 @@
 #include <linux/fs.h>
-#include <sqlite3.h>
 #include <sys/ioctl.h>
 
-#include "Platform/Files/Descriptors/FileDescriptor.h"
 #include "TidemarKit/Store/LedgerWorld.h"
+#include "TidemarKit/Store/SpaceReserve.h"
 
 namespace tidemar::testing {
 namespace {
+
+using Type = TestFileSystem::Type;
 
 enum class By { sql, lock, shell };
 
@@ -154,17 +155,16 @@ TEST(RemovalLedger, dropsTheRowOfAForgottenFolderAndWritesTheOthers) {
     EXPECT_EQ(databaseCodeOf([&] { world.ledger.record(row); }), SQLITE_BUSY);
   world.other.reset();
   world.store.deleteFolder(*forgotten.id);
-  EXPECT_EQ(databaseCodeOf([&] { world.ledger.prepare(entryOf(forgotten, "d")); }),
-            SQLITE_CONSTRAINT);
-  EXPECT_EQ(databaseCodeOf([&] { world.ledger.record(entryOf(forgotten, "d")); }),
-            SQLITE_CONSTRAINT);
+  const JournalEntry d = entryOf(forgotten, "d");
+  EXPECT_EQ(databaseCodeOf([&] { world.ledger.prepare(d); }), SQLITE_CONSTRAINT);
+  EXPECT_EQ(databaseCodeOf([&] { world.ledger.record(d); }), SQLITE_CONSTRAINT);
   EXPECT_TRUE(world.ledger.isSettled());
   EXPECT_EQ(world.names(), (Rows{"a", "c"}));
 }
 
 TEST(RemovalLedger, losesNoRowOfSeveralThreadsWhileOtherProgramsReadAndWrite) {
-  constexpr int threadCount = 3;
   constexpr int rowsPerThread = 8;
+  constexpr int rowCount = 3 * rowsPerThread;
   LedgerWorld world(std::chrono::seconds(30));
   std::atomic<bool> isOver = false;
   const auto keepDoing = [&](const char* sql) {
@@ -193,16 +193,120 @@ TEST(RemovalLedger, losesNoRowOfSeveralThreadsWhileOtherProgramsReadAndWrite) {
       }
     };
     {
-      const std::jthread threads[threadCount] = {std::jthread(record), std::jthread(record),
-                                                 std::jthread(record)};
+      const std::jthread threads[] = {std::jthread(record), std::jthread(record),
+                                      std::jthread(record)};
     }
     isOver = true;
   }
   EXPECT_TRUE(world.ledger.isSettled());
-  EXPECT_EQ(world.names().size(), std::size_t{threadCount * rowsPerThread});
-  EXPECT_EQ(world.store.folders()[0].lastRunAt,
-            world.folder.lastRunAt + threadCount * rowsPerThread);
+  EXPECT_EQ(world.names().size(), std::size_t{rowCount});
+  EXPECT_EQ(world.store.folders()[0].lastRunAt, world.folder.lastRunAt + rowCount);
 }
+
+/// Whether this many bytes could be added to a file and reached the disk.
+bool append(const FileURL& url, std::size_t count) {
+  const FileDescriptor file(
+      open(url.path().c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600));
+  const std::string bytes(count, 'x');
+  return write(file.get(), bytes.data(), count) == static_cast<ssize_t>(count) &&
+         fsync(file.get()) == 0;
+}
+
+/// A database on a small disk that can be filled to the last byte.
+class FullDisk : public ::testing::TestWithParam<Type> {
+ protected:
+  void SetUp() override {
+    if (!disk.isMounted()) GTEST_SKIP() << disk.reason();
+    world.emplace(std::chrono::milliseconds(), disk.url().path());
+    world->ledger.settle();
+    ASSERT_TRUE(hasReserve());
+    ASSERT_TRUE(append(disk.url("item"), std::size_t{36} << 20U));
+  }
+
+  bool hasReserve() const { return exists(FileURL(world->directory + "/tidemar.reserve")); }
+  void prepare(const char* name, Disposal disposal) {
+    world->ledger.prepare(world->row(name, disposal));
+  }
+
+  void fill() const {
+    for (std::size_t count = std::size_t{1} << 20U; count > 0; count /= 4)
+      while (append(disk.url("other"), count)) {
+      }
+  }
+
+  void freeSpace() const {
+    unlink(disk.url("item").path().c_str());
+    sync();
+  }
+
+  TestFileSystem disk{GetParam(), GetParam() == Type::tmpfs ? "size=64m" : ""};
+  std::optional<LedgerWorld> world;
+};
+
+TEST_P(FullDisk, aDeletionHasRoomForItsRowAndTheBinWhichFreesNoneDoesNotTakeIt) {
+  fill();
+  EXPECT_THROW(prepare("binned", Disposal::bin), DatabaseError);
+  EXPECT_TRUE(hasReserve());
+  prepare("deleted", Disposal::delete_);
+  EXPECT_FALSE(hasReserve());
+  world->ledger.record(world->row("deleted", Disposal::delete_));
+  EXPECT_EQ(world->names(), Rows{"deleted"});
+
+  fill();
+  EXPECT_THROW(prepare("next", Disposal::delete_), DatabaseError);
+  world->ledger.settle();
+  EXPECT_FALSE(hasReserve()) << "the last of the disk is not for us";
+  freeSpace();
+  prepare("next", Disposal::delete_);
+  EXPECT_TRUE(hasReserve());
+}
+
+TEST_P(FullDisk, whatWentBeforeTheDiskWasFullGetsItsRowToo) {
+  fill();
+  world->ledger.record(world->row("a"));
+  EXPECT_FALSE(hasReserve());
+  fill();
+  EXPECT_THROW(world->ledger.record(world->row("b")), DatabaseError);
+  EXPECT_FALSE(world->ledger.isSettled());
+  freeSpace();
+  world->ledger.settle();
+  EXPECT_EQ(world->names(), (Rows{"a", "b"}));
+  EXPECT_EQ(runSQL(world->path, "PRAGMA integrity_check"), Rows{"ok"});
+  EXPECT_TRUE(hasReserve());
+}
+
+TEST(SpaceReserve, aDiskThatTakesNoMoreFilesIsFullToo) {
+  const TestFileSystem disk(Type::tmpfs, "size=64m,nr_inodes=10");
+  if (!disk.isMounted()) GTEST_SKIP() << disk.reason();
+  LedgerWorld world({}, disk.url().path());
+  world.ledger.settle();
+  for (int i = 0; append(disk.url(std::to_string(i)), 1); ++i) {
+  }
+  world.ledger.prepare(world.row("a", Disposal::delete_));
+  world.ledger.record(world.row("a", Disposal::delete_));
+  EXPECT_FALSE(exists(FileURL(world.directory + "/tidemar.reserve")));
+}
+
+TEST(SpaceReserve, whatIsNotOursIsNeitherReplacedNorGivenUp) {
+  const TemporaryDirectory directory;
+  const FileURL file = directory.url("tidemar.reserve");
+  const std::string content(SpaceReserve::size, 'x');
+  writeFile(directory.url("precious"), content);
+  // A link, and a second name of a file.
+  for (const auto plant : {symlink, link}) {
+    ASSERT_EQ(plant(directory.path("precious").c_str(), file.path().c_str()), 0);
+    SpaceReserve reserve(directory.url());
+    reserve.keep();
+    EXPECT_FALSE(reserve.giveUp());
+    EXPECT_TRUE(exists(file));
+    EXPECT_EQ(readFile(directory.url("precious")), content);
+    unlink(file.path().c_str());
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(SpaceReserve, FullDisk,
+                         ::testing::Values(Type::ext4, Type::xfs, Type::btrfs, Type::tmpfs),
+                         [](const auto& type) { return nameOf(type.param); });
 
 }  // namespace
 }  // namespace tidemar::testing

@@ -1,30 +1,24 @@
-#include <sqlite3.h>
-
-#include "TidemarKit/Store/DatabaseError.h"
 #include "TidemarKit/Store/LedgerWorld.h"
-#include "TidemarKit/Store/Store.h"
 
 namespace tidemar::testing {
 namespace {
-
-mode_t modeOf(const std::string& path) {
-  struct stat status {};
-  EXPECT_EQ(lstat(path.c_str(), &status), 0) << path;
-  return status.st_mode & 07777U;
-}
 
 /// The primary result code with which opening fails; none if it succeeds.
 std::optional<int> failureOfOpening(const std::string& path) {
   return databaseCodeOf([&] { const Store store(path); });
 }
 
-TEST(StoreFile, aFirstOpeningMakesTheWholeSchemaAndASecondOneChangesNothing) {
+class StoreFile : public ::testing::Test {
+ protected:
   const TemporaryDirectory directory;
   const std::string path = directory.path("tidemar.sqlite");
+};
+
+TEST_F(StoreFile, aFirstOpeningMakesTheWholeSchemaAndASecondOneChangesNothing) {
   const mode_t umaskBefore = umask(0);
   { Store(path).insert(Folder()); }
   umask(umaskBefore);
-  EXPECT_EQ(modeOf(path), 0600U);
+  EXPECT_EQ(std::filesystem::status(path).permissions(), std::filesystem::perms(0600));
   // Everything that other programs and later versions rely on.
   EXPECT_EQ(runSQL(path,
                    "SELECT type, name, tbl_name FROM sqlite_schema"
@@ -33,35 +27,31 @@ TEST(StoreFile, aFirstOpeningMakesTheWholeSchemaAndASecondOneChangesNothing) {
                   "index|index_journalEntry_on_folderID|journalEntry",
                   "index|index_journalEntry_on_performedAt|journalEntry",
                   "table|journalEntry|journalEntry"}));
-  const std::string columns =
-      "SELECT name, type, \"notnull\", dflt_value, pk FROM pragma_table_info('";
-  EXPECT_EQ(runSQL(path, columns + "folder')"),
+  const std::string about = "SELECT name, type, \"notnull\", dflt_value, pk FROM pragma_table_info";
+  EXPECT_EQ(runSQL(path, about + "('folder')"),
             (Rows{"id|INTEGER|0|NULL|1", "bookmark|BLOB|1|NULL|0", "path|TEXT|1|NULL|0",
                   "maxAgeDays|INTEGER|0|NULL|0", "sizeLimit|INTEGER|0|NULL|0",
                   "automatic|BOOLEAN|1|NULL|0", "emptyOnRestart|BOOLEAN|1|NULL|0",
                   "disposal|TEXT|1|NULL|0", "createdAt|DATETIME|1|NULL|0",
                   "lastRunAt|DATETIME|1|NULL|0"}));
-  EXPECT_EQ(runSQL(path, columns + "journalEntry')"),
+  EXPECT_EQ(runSQL(path, about + "('journalEntry')"),
             (Rows{"id|INTEGER|0|NULL|1", "folderID|INTEGER|1|NULL|0", "disposal|TEXT|1|NULL|0",
                   "name|TEXT|1|NULL|0", "binnedPath|TEXT|0|NULL|0", "size|INTEGER|1|NULL|0",
                   "reasons|TEXT|1|NULL|0", "performedAt|DATETIME|1|NULL|0",
                   "undoneAt|DATETIME|0|NULL|0"}));
-  EXPECT_EQ(runSQL(path, "SELECT identifier FROM grdb_migrations"),
-            (Rows{"temporary folders and journal"}));
-  EXPECT_EQ(runSQL(path, "PRAGMA journal_mode"), (Rows{"delete"}));
+  EXPECT_EQ(runSQL(path, "SELECT identifier FROM grdb_migrations; PRAGMA journal_mode"),
+            (Rows{"temporary folders and journal", "delete"}));
 
   const std::string content = readFile(FileURL(path));
   ASSERT_EQ(chmod(path.c_str(), 0640), 0);
   EXPECT_EQ(Store(path).folders().size(), 1U);
   EXPECT_EQ(readFile(FileURL(path)), content);
-  EXPECT_EQ(modeOf(path), 0640U);
+  EXPECT_EQ(std::filesystem::status(path).permissions(), std::filesystem::perms(0640));
 }
 
-TEST(StoreFile, anEmptyFileAndANameThatMeansMemoryToSQLiteBecomeDatabases) {
-  const TemporaryDirectory directory;
+TEST_F(StoreFile, anEmptyFileAndANameThatMeansMemoryToSQLiteBecomeDatabases) {
   writeFile(directory.url("empty"), "");
   EXPECT_EQ(failureOfOpening(directory.path("empty")), std::nullopt);
-
   const std::string before = std::filesystem::current_path().string();
   ASSERT_EQ(chdir(directory.path().c_str()), 0);
   { Store(std::string(":memory:")).insert(Folder()); }
@@ -70,11 +60,10 @@ TEST(StoreFile, anEmptyFileAndANameThatMeansMemoryToSQLiteBecomeDatabases) {
   EXPECT_TRUE(exists(directory.url(":memory:")));
 }
 
-TEST(StoreFile, aFileThatCannotBeUsedIsRefusedAndStaysAsItIs) {
-  const TemporaryDirectory directory;
+TEST_F(StoreFile, aFileThatCannotBeUsedIsRefusedAndStaysAsItIs) {
   makeTree(directory.url(), "directory/\ndangling -> nowhere/at/all");
-  { const Store store(directory.path("whole")); }
-  const std::string whole = readFile(directory.url("whole"));
+  { const Store store(path); }
+  const std::string whole = readFile(FileURL(path));
   std::string damaged = whole;
   damaged.replace(100, 400, 400, '\xff');
   const std::pair<std::string, int> contents[] = {
@@ -93,12 +82,7 @@ TEST(StoreFile, aFileThatCannotBeUsedIsRefusedAndStaysAsItIs) {
   EXPECT_EQ(failureOfOpening(""), SQLITE_CANTOPEN);
   EXPECT_EQ(failureOfOpening(directory.path("cut") + '\0' + "off"), SQLITE_CANTOPEN);
   EXPECT_FALSE(exists(directory.url("cut")));
-}
 
-TEST(StoreFile, aFileOrDirectoryThatCannotBeWrittenIsRefusedAtOnce) {
-  const TemporaryDirectory directory;
-  const std::string path = directory.path("tidemar.sqlite");
-  { const Store store(path); }
   asOrdinaryUser(directory.url(), [&] {
     ASSERT_EQ(chmod(path.c_str(), 0400), 0);
     EXPECT_EQ(failureOfOpening(path), SQLITE_READONLY);
@@ -111,36 +95,28 @@ TEST(StoreFile, aFileOrDirectoryThatCannotBeWrittenIsRefusedAtOnce) {
   });
 }
 
-TEST(StoreFile, theSystemsReasonIsToldOfARefusedFileOperationAlone) {
-  const TemporaryDirectory directory;
-  Store store(directory.path("tidemar.sqlite"));
-  const auto insert = [&] { store.insert(JournalEntry()); };
-  makeTree(directory.url(), "tidemar.sqlite-journal/");
-  EXPECT_TRUE(std::string(databaseErrorOf(insert).what()).ends_with(" (Is a directory)."));
-  rmdir(directory.path("tidemar.sqlite-journal").c_str());
-  EXPECT_TRUE(std::string(databaseErrorOf(insert).what()).ends_with("constraint failed."));
-}
-
-TEST(StoreFile, aLockOfAnotherProgramIsWaitedForAsLongAsTheStoreHasPatience) {
-  const TemporaryDirectory directory;
-  const std::string path = directory.path("tidemar.sqlite");
+TEST_F(StoreFile, aLockIsWaitedForWithPatienceAndOfARefusedFileOperationTheSystemsReasonIsTold) {
   constexpr auto patience = std::chrono::milliseconds(120);
   Store store(path, patience);
   OtherProgram other(path);
   other.run("BEGIN EXCLUSIVE");
   const auto begin = std::chrono::steady_clock::now();
-  const DatabaseError error = databaseErrorOf([&] { store.insert(Folder()); });
+  const auto insert = [&] { store.insert(JournalEntry()); };
+  const DatabaseError error = databaseErrorOf(insert);
   EXPECT_EQ(error.code(), SQLITE_BUSY);
   EXPECT_EQ(error.what(), "Couldn't write to the database “" + path + "”: database is locked.");
   EXPECT_GE(std::chrono::steady_clock::now() - begin, patience);
   EXPECT_THROW(store.folders(), DatabaseError);
   other.run("COMMIT");
   EXPECT_TRUE(store.folders().empty());
+
+  makeTree(directory.url(), "tidemar.sqlite-journal/");
+  EXPECT_TRUE(std::string(databaseErrorOf(insert).what()).ends_with(" (Is a directory)."));
+  rmdir(directory.path("tidemar.sqlite-journal").c_str());
+  EXPECT_TRUE(std::string(databaseErrorOf(insert).what()).ends_with("constraint failed."));
 }
 
-TEST(StoreFile, aFileOfALaterVersionIsUsedAsFarAsItsTablesTakeOurRows) {
-  const TemporaryDirectory directory;
-  const std::string path = directory.path("tidemar.sqlite");
+TEST_F(StoreFile, aFileOfALaterVersionIsUsedAsFarAsItsTablesTakeOurRows) {
   Folder folder = Store(path).insert(folderAt("/a"));
   runSQL(path,
          "INSERT INTO grdb_migrations VALUES ('colours'); ALTER TABLE folder ADD COLUMN colour;"
@@ -153,9 +129,8 @@ TEST(StoreFile, aFileOfALaterVersionIsUsedAsFarAsItsTablesTakeOurRows) {
             (Rows{"temporary folders and journal", "colours"}));
 }
 
-TEST(StoreFile, aDamagedOneIsReadOrRefusedAndNeverChanged) {
-  const TemporaryDirectory directory;
-  const FileURL file = directory.url("tidemar.sqlite");
+TEST_F(StoreFile, aDamagedOneIsReadOrRefusedAndNeverChanged) {
+  const FileURL file(path);
   Folder folder;
   {
     Store store(directory.path("whole"));

@@ -1,3 +1,4 @@
+#include "TidemarCore/Forecast.h"
 #include "TidemarCore/RemovalPlanning.h"
 #include "support/Testing.h"
 
@@ -118,6 +119,41 @@ TEST(RemovalPlanning, takesWhatTheRulesSayAndNothingOfAPlainFolderOrAProtectedRo
     const FolderSnapshot isProtected{true, true, snapshot.items};
     EXPECT_EQ(text(removalsDueNow(isProtected, rules(c.rules), conditions)), "");
   }
+}
+
+TEST(Forecast, givesEveryDatedItemTheLastInstantAtWhichItStays) {
+  const double freshness = 1'700'000'000.25;
+  const std::vector<Item> all = {item("new", freshness), item("undated", std::nullopt),
+                                 item("old", freshness - 100 * secondsPerDay)};
+  const FolderSnapshot snapshot{true, false, all};
+  const std::vector<Upcoming> upcoming = upcomingRemovals(snapshot, rules("age=30"));
+  ASSERT_EQ(namesOf(upcoming), "old new");
+  EXPECT_EQ(upcoming[0].date, Date{freshness - 70 * secondsPerDay});
+  EXPECT_EQ(upcoming[1].date, Date{freshness + 30 * secondsPerDay});
+  EXPECT_EQ(upcoming[1].item, &snapshot.items[0]);
+
+  RunConditions conditions{upcoming[1].date, 500, 1000, {}, {}};
+  EXPECT_EQ(namesOf(removalsDueNow(snapshot, rules("age=30"), conditions)), "old");
+  conditions.now = conditions.now + 0.001;
+  EXPECT_EQ(namesOf(removalsDueNow(snapshot, rules("age=30"), conditions)), "old new");
+
+  EXPECT_TRUE(upcomingRemovals(snapshot, rules("")).empty());
+  for (const FolderSnapshot& other :
+       {FolderSnapshot{true, true, all}, FolderSnapshot{false, false, all}})
+    EXPECT_TRUE(upcomingRemovals(other, rules("age=30")).empty());
+}
+
+TEST(Forecast, sortsItemsOfOneDateByNameAsPlanningDoes) {
+  const std::vector<Item> all = {item("b", 5), item("\u00e9", 5), item("e\u0301", 5), item("z", 4),
+                                 item("a", 5)};
+  const FolderSnapshot snapshot{true, false, all};
+  const RunConditions conditions{Date{1e9}, 500, 1000, {}, {}};
+  const std::vector<Upcoming> upcoming = upcomingRemovals(snapshot, rules("age=0"));
+  EXPECT_EQ(namesOf(upcoming), "z a b e\u0301 \u00e9");
+  EXPECT_EQ(namesOf(upcoming), namesOf(removalsDueNow(snapshot, rules("age=0"), conditions)));
+  // These two differ by less than a double can tell so far from zero.
+  const FolderSnapshot close{true, false, {{item("b", 1.0), item("a", 1.0000000000000002)}}};
+  EXPECT_EQ(namesOf(upcomingRemovals(close, rules("age=90"))), "a b");
 }
 
 }  // namespace
