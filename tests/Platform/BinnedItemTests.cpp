@@ -188,6 +188,7 @@ TEST_F(PutBackTest, NeverReplacesWhatLiesInTheFolder) {
         makeTree(folder(""), occupant);
         const auto before = std::filesystem::symlink_status(folder("item").path()).type();
         EXPECT_EQ(putBack(place), EEXIST);
+        EXPECT_NE(_reason.find("something else lies at"), std::string::npos) << _reason;
         EXPECT_EQ(std::filesystem::symlink_status(folder("item").path()).type(), before);
         if (occupant == "item 3") {
           EXPECT_EQ(readFile(folder("item")), "xxx");

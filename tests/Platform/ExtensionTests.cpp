@@ -72,6 +72,9 @@ TEST_F(MenuEntriesInAHome, eachFileManagerGetsOneFileWhichGoesAgainAlone) {
     EXPECT_EQ(codeOf([&] { command->install(); }), EEXIST);
     command->uninstall();
     EXPECT_EQ(files(), foreign) << "a foreign file in the place stays";
+    unlink(url.path().c_str());
+    mkdir(url.path().c_str(), 0700);
+    EXPECT_FALSE(command->isInstalled()) << "what can't be read";
   }
 }
 

@@ -66,6 +66,10 @@ TEST(Formats, FallsBackForALocaleThatIsNotKnown) {
     EXPECT_EQ(Formats(name, "Nowhere/Land").shortDate(date), "Wed, Nov 18") << name;
   EXPECT_EQ(Formats("de_ZZ.UTF-8@euro", "UTC").shortDate(date), "Mi., 18. Nov.");
   EXPECT_EQ(Formats("sr_RS.UTF-8@latin", "UTC").shortDate(date), "sre 18. nov");
+  EXPECT_EQ(Formats("ks_IN@devanagari", "UTC").shortDate(date),
+            Formats("ks_Deva_IN", "UTC").shortDate(date));
+  EXPECT_NE(Formats("ks_IN@devanagari", "UTC").shortDate(date),
+            Formats("ks_IN", "UTC").shortDate(date));
   EXPECT_EQ(Formats("sr_RS.UTF-8", "UTC").shortDate(date), "сре 18. нов");
   EXPECT_EQ(Formats("en_GB", "Asia/Tokyo").shortDate(date), "Thu, 19 Nov") << "its own zone";
   EXPECT_EQ(Formats("en_GB", "Asia/Tokyo").timeOfDay(date), "07:05");

@@ -240,7 +240,9 @@ TEST_P(Deleting, givesBackWhatAKilledRunHadTaken) {
     _opened->read(ignored);
     EXPECT_TRUE(exists(left)) << "a run is using it";
   }
-  _opened->read(ignored);
+  TreeRecorder read;
+  _opened->read(read);
+  EXPECT_NE(read.names.find("single (3)"), std::string::npos) << "it is read with what came back";
   for (const auto& [name, content] :
        {std::pair{"single", "xxx"}, {"single (2)", "x"}, {"single (3)", "xxxxx"}})
     EXPECT_EQ(readFile(folder(name)), content);

@@ -112,6 +112,8 @@ TEST(TrashName, KeepsEndingsAndWholeCharacters) {
       {"a.tar.gz", 1, "a.tar.2.gz"},
       {"a", 1, "a.2"},
       {".profile", 2, ".profile.3"},
+      {sixty + "." + sixty.substr(37), 0, sixty.substr(20) + "." + sixty.substr(37)},
+      {sixty + "." + sixty.substr(36), 0, sixty + "." + sixty.substr(57)},
       {sixty + "aaaaa.txt", 1, sixty.substr(2) + ".2.txt"},
       {sixty + "aaa\xC3\xA9", 0, sixty + "aaa"},
       {sixty + "aa\xE2\x82\xAC", 0, sixty + "aa"},

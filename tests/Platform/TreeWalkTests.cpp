@@ -106,7 +106,9 @@ TEST(TreeWalk, AHiddenFileBehindManyEntriesStillCounts) {
     writeFile(directory.url("some-longer-name-" + std::to_string(i)), "");
   writeFile(directory.url(".hidden"), "some-longer-name-1234\n");
   Paths hidden;
-  for (const ListedEntry& entry : listDirectory(directory.url())) {
+  const auto entries = listDirectory(directory.url());
+  EXPECT_EQ(entries.size(), 3001U);
+  for (const ListedEntry& entry : entries) {
     if (*entry.values.isHidden) hidden.emplace(entry.url.lastPathComponent());
   }
   EXPECT_EQ(hidden, (Paths{".hidden", "some-longer-name-1234"}));

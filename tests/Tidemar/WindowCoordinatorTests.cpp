@@ -145,6 +145,9 @@ TEST_F(WindowCoordinatorTest, TheScreensTellWhatTheModelHoldsAndTheirControlsRea
   press(*popover, "Quit Tidemar, Ctrl+Q");
   popover->toggle({});
   EXPECT_FALSE(popover->isVisible());
+  open();
+  QTest::keyClick(popover.get(), Qt::Key_Escape);
+  EXPECT_FALSE(popover->isVisible());
 
   world.loginItem.becomes = LoginItem::Status::requiresApproval;
   world.model->setOpensAtLogin(true);
@@ -281,6 +284,7 @@ TEST_F(WindowCoordinatorTest, WhatIsTypedWhenTheApplicationEndsIsKept) {
   field.selectAll();
   QTest::keyClicks(&field, "12");
   windows.hideAll();
+  EXPECT_TRUE(world.standardDefaults.string("windowFrame.TidemarMain"));
   waitFor(world.model->finishCommands());
   waitFor(world.model->refreshReports());
   EXPECT_EQ(world.model->reports().front().folder.settings.maxAgeDays, 12);

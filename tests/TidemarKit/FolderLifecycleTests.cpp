@@ -62,6 +62,12 @@ TEST_F(FolderLifecycle, aPlaceWithSeveralRowsIsThatOfTheOneThatLivesThere) {
   EXPECT_NE(engine.addFolder(FileURL("/f"), now).id, other.id) << "that one is elsewhere";
   EXPECT_EQ(row(other).path, "/h");
   EXPECT_EQ(row(lost), lost);
+
+  files.draw("/remade/");
+  const Folder remade = temporaryFolder("/remade", rules);
+  files.erase("/remade");
+  files.draw("/remade/");
+  EXPECT_EQ(engine.addFolder(FileURL("/remade"), now).id, remade.id) << "made anew in its place";
 }
 
 TEST_F(FolderLifecycle, whatTheDiskRefusesChangesNoRow) {
