@@ -50,6 +50,15 @@ inline void waitUntil(const std::function<bool()>& isSo) {
   EXPECT_TRUE(QTest::qWaitFor(isSo, 20'000));
 }
 
+/// Handles all that was sent to this thread's connections before one of them asks this name.
+inline void settle(const QDBusConnection& from, const QString& to) {
+  const QDBusMessage ping = QDBusMessage::createMethodCall(
+      to, QStringLiteral("/"), QStringLiteral("org.freedesktop.DBus.Peer"), QStringLiteral("Ping"));
+  from.call(ping, QDBus::BlockWithGui);
+  // An answer that is there at once leaves what came before it unhandled.
+  QCoreApplication::processEvents();
+}
+
 /// Owns a name of the bus on a connection of its own, as long as it lives, and answers the calls of
 /// one object and those below it. It writes them down.
 class FakeService : public QDBusVirtualObject {

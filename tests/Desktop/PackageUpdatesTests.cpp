@@ -159,11 +159,8 @@ TEST_F(PackageUpdatesTest, ItCanOnlyCheckAPackageWithAPackageService) {
     const QDBusConnection ours = bus->connect();
     PackageUpdates service(ours, std::move(package), texts, alerts);
     // The service has asked by now; this is asked after it, and answered after it.
-    for (int round = 0; round < 2; ++round) {
-      QDBusMessage last = QDBusMessage::createMethodCall(u"org.freedesktop.DBus"_s, u"/"_s,
-                                                         u"org.freedesktop.DBus"_s, u"GetId"_s);
-      ours.call(last, QDBus::BlockWithGui);
-    }
+    for (int round = 0; round < 2; ++round)
+      settle(ours, u"org.freedesktop.DBus"_s);
     return service.canCheckForUpdates();
   };
   EXPECT_FALSE(canCheck("tidemar")) << "no package service";

@@ -8,15 +8,7 @@ namespace {
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 
-class WakeNotifierTest : public BusTest {
- protected:
-  /// Waits until all that was sent to a connection has been told.
-  void settle(const QDBusConnection& from, const QDBusConnection& to) {
-    const QDBusMessage ping = QDBusMessage::createMethodCall(
-        to.baseService(), u"/"_s, u"org.freedesktop.DBus.Peer"_s, u"Ping"_s);
-    from.call(ping, QDBus::BlockWithGui);
-  }
-};
+using WakeNotifierTest = BusTest;
 
 TEST_F(WakeNotifierTest, CountsTheWakesThatLogindTells) {
   const struct {
@@ -36,13 +28,13 @@ TEST_F(WakeNotifierTest, CountsTheWakesThatLogindTells) {
     WakeNotifier notifier(ours);
     int wakes = 0;
     QObject::connect(&notifier, &WakeNotifier::didWake, [&wakes] { ++wakes; });
-    settle(ours, logind);  // The bus knows by then what the notifier listens for.
+    settle(ours, logind.baseService());  // The bus knows by then what the notifier listens for.
     for (const bool isAboutToSleep : row.isAboutToSleep) {
       QDBusMessage signal = QDBusMessage::createSignal(
           u"/org/freedesktop/login1"_s, u"org.freedesktop.login1.Manager"_s, u"PrepareForSleep"_s);
       logind.send(signal << isAboutToSleep);
     }
-    settle(logind, ours);
+    settle(logind, ours.baseService());
     EXPECT_EQ(wakes, row.wakes);
   }
 }
@@ -57,13 +49,13 @@ TEST_F(WakeNotifierTest, AsksTheKernelOnlyWhereNoLogindAnswers) {
   QDBusConnection other = bus->connect();
   const QDBusConnection ours = bus->connect();
   const WakeNotifier withoutLogind(ours);
-  settle(other, ours);
-  settle(ours, other);
+  settle(other, ours.baseService());
+  settle(ours, other.baseService());
   EXPECT_TRUE(watchesClock(withoutLogind));
 
   other.registerService(u"org.freedesktop.login1"_s);
   const WakeNotifier withLogind(ours);
-  settle(ours, other);
+  settle(ours, other.baseService());
   EXPECT_FALSE(watchesClock(withLogind));
 }
 
