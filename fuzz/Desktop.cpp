@@ -5,8 +5,10 @@
 
 #include "Platform/Extension/ThunarActions.h"
 #include "Platform/Files/Descriptors/WholeFile.h"
+#include "Platform/Files/Trash/PercentEncoding.h"
 #include "Platform/Text.h"
 #include "Platform/UserDefaults.h"
+#include "Tidemar/Model/FolderLink.h"
 #include "fuzz/Check.h"
 
 namespace tidemar::fuzz {
@@ -28,6 +30,15 @@ std::string makeDirectory() {
   require(mkdtemp(path.data()) != nullptr, "there is a directory to work in");
   std::atexit([] { std::filesystem::remove_all(path); });
   return path;
+}
+
+constexpr std::size_t longestURL = 64 * 1024;
+
+void checkLinkTo(const std::string& path) {
+  const std::string link = "tidemar://folder?path=" + percentEncoded(path);
+  const bool hasLink = isAbsolute(path) && link.size() <= longestURL;
+  require(folderOfLink(link) == (hasLink ? std::optional(FileURL(path)) : std::nullopt),
+          "a link to an absolute path leads to it");
 }
 
 }  // namespace
@@ -79,6 +90,21 @@ void checkUserDefaults(std::string_view input) {
   before.erase("fuzz");
   after.erase("fuzz");
   require(after == before, "all other values stay, whatever they are");
+}
+
+void checkFolderLink(std::string_view input) {
+  checkLinkTo(std::string(input));
+  checkLinkTo("/" + std::string(input));
+
+  const auto folder = folderOfLink(input);
+  if (!folder) return;
+  checkLinkTo(folder->path());
+  require(input.starts_with("tidemar://folder"), "scheme and host are compared exactly");
+  require(input.size() <= longestURL, "a link has a longest size");
+  const std::string longer = std::string(input) + "#?path=/other";
+  if (longer.size() <= longestURL) {
+    require(folderOfLink(longer) == folder, "a fragment has no say in the folder");
+  }
 }
 
 }  // namespace tidemar::fuzz

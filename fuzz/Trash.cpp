@@ -2,7 +2,6 @@
 
 #include "Platform/Files/Trash/PercentEncoding.h"
 #include "Platform/Files/Trash/TrashRecord.h"
-#include "Tidemar/Model/FolderLink.h"
 #include "fuzz/Check.h"
 
 namespace tidemar::fuzz {
@@ -35,15 +34,6 @@ std::optional<std::string> decoded(std::string_view text) {
     text.remove_prefix(2);
   }
   return bytes;
-}
-
-constexpr std::size_t longestURL = 64 * 1024;
-
-void checkLinkTo(const std::string& path) {
-  const std::string link = "tidemar://folder?path=" + percentEncoded(path);
-  const bool hasLink = isAbsolute(path) && link.size() <= longestURL;
-  require(folderOfLink(link) == (hasLink ? std::optional(FileURL(path)) : std::nullopt),
-          "a link to an absolute path leads to it");
 }
 
 }  // namespace
@@ -104,21 +94,6 @@ void checkPercentEncoding(std::string_view input) {
           "an encoded text is visible ASCII");
   require(percentDecoded(input) == decoded(input),
           "a text whose escapes are whole is decoded, and no other");
-}
-
-void checkFolderLink(std::string_view input) {
-  checkLinkTo(std::string(input));
-  checkLinkTo("/" + std::string(input));
-
-  const auto folder = folderOfLink(input);
-  if (!folder) return;
-  checkLinkTo(folder->path());
-  require(input.starts_with("tidemar://folder"), "scheme and host are compared exactly");
-  require(input.size() <= longestURL, "a link has a longest size");
-  const std::string longer = std::string(input) + "#?path=/other";
-  if (longer.size() <= longestURL) {
-    require(folderOfLink(longer) == folder, "a fragment has no say in the folder");
-  }
 }
 
 }  // namespace tidemar::fuzz

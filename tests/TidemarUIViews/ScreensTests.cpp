@@ -284,12 +284,12 @@ TEST_F(Screens, TheSidebarsRowsAreGoneToByKeysAndByAssistiveToolsPastTheTitle) {
 TEST_F(Screens, TheSidebarTakesItsShareOfTheWindowWithinBounds) {
   const Screen screen = mainWindow({sampleFolder(1)}, true);
   const auto widthOfSidebar = [&](int width) {
-    present(*screen, {width, 600});
+    present(*screen, {style::scaled(width), 600});
     return child<Sidebar>(*screen)->width();
   };
-  EXPECT_EQ(widthOfSidebar(640), 184);
-  EXPECT_EQ(widthOfSidebar(770), 220);
-  EXPECT_EQ(widthOfSidebar(3000), 232);
+  EXPECT_EQ(widthOfSidebar(640), style::scaled(184));
+  EXPECT_EQ(widthOfSidebar(770), style::scaled(770) * 2 / 7);
+  EXPECT_EQ(widthOfSidebar(3000), style::scaled(232));
 }
 
 TEST_F(Screens, WhatIsNoFolderShowsTheOverviewAndOnlyASelectedFolderIsRemoved) {
