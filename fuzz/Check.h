@@ -12,6 +12,11 @@
 /// are. Whatever it throws is a fault.
 namespace tidemar::fuzz {
 
+using Check = void(std::string_view input);
+
+/// Checks an input, which may take 100 ms of the processor at most.
+void checkInTime(Check check, std::string_view input);
+
 /// Ends the process where the sentence doesn't hold.
 void require(bool holds, const char* sentence);
 
