@@ -63,6 +63,7 @@ TEST(Alert, ShowsNamesAsTheyAreAndFitsTheScreen) {
       const QSize screen = dialog.screen()->availableSize();
       EXPECT_LT(dialog.width(), screen.width());
       EXPECT_LT(dialog.height(), screen.height());
+      EXPECT_LE(edit.minimumWidth(), 63 * edit.fontMetrics().averageCharWidth());
       EXPECT_LT(edit.height() - edit.document()->size().height(), 2 * edit.fontMetrics().height())
           << "no room is left empty";
       const QPushButton* button = dialog.findChild<QPushButton*>();

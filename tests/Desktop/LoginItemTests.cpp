@@ -1,6 +1,7 @@
+#include "FakeDesktop.h"
 #include "Platform/Desktop/AutostartEntry.h"
 #include "Platform/Desktop/AutostartLoginItem.h"
-#include "support/Testing.h"
+#include "Platform/Desktop/LoginItemsSettings.h"
 
 namespace tidemar::testing {
 namespace {
@@ -130,6 +131,27 @@ TEST_F(LoginItemTest, ALinkToAnEntryIsReadAndTakenAwayAlone) {
   item.unregisterItem();
   EXPECT_FALSE(exists(file));
   EXPECT_TRUE(exists(elsewhere));
+}
+
+TEST_F(LoginItemTest, SettingsAreTheDesktopsProgramOrTheDirectory) {
+  const ScopedEnvironment desktop("XDG_CURRENT_DESKTOP", "other:KDE");
+  const ScopedEnvironment path("PATH", home.path());
+  const OpenedURLs opened("file");
+  const FileURL called = home.url("called");
+  const auto add = [&](const char* program) {
+    writeFile(home.url(program), "#!/bin/sh\necho $0 $1 >" + called.path() + "x; " + "/bin/mv " +
+                                     called.path() + "x " + called.path() + "\n");
+    chmod(home.path(program).c_str(), 0700);
+  };
+  add("gnome-tweaks");
+  LoginItemsSettings::open();
+  EXPECT_EQ(opened.urls,
+            QStringList(QString::fromStdString("file://" + home.path(".config/autostart"))));
+  add("systemsettings5");
+  LoginItemsSettings::open();
+  waitUntil([&] { return exists(called); });
+  EXPECT_EQ(readFile(called), home.path("systemsettings5") + " kcm_autostart\n");
+  EXPECT_EQ(opened.urls.size(), 1);
 }
 
 }  // namespace
