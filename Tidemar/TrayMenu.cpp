@@ -19,13 +19,14 @@ TrayMenu::TrayMenu(WindowCoordinator& windows)
     : _windows(windows),
       _headline(addAction(QString())),
       _putBack(addAction(QString())),
+      _separator(addSeparator()),
       _states(windows.context().model.executor(), [this](const auto& state) { present(state); }) {
   _headline->setEnabled(false);
   _headline->setVisible(false);
   _putBack->setVisible(false);
+  _separator->setVisible(false);
   connect(_putBack, &QAction::triggered, this,
           [this] { _windows.context().model.putBack(_state->journalEntryIDs); });
-  addSeparator();
   addAction(textOf(labels::openTidemar), this, [this] { _windows.showMain(); });
   addAction(textOf(labels::quitTidemar), this, [this] { _windows.context().quit(); });
 }
@@ -52,6 +53,7 @@ void TrayMenu::present(const std::shared_ptr<const TrayMenuState>& state) {
   _state = state;
   _headline->setText(menuText(state->headline));
   _headline->setVisible(true);
+  _separator->setVisible(true);
   _putBack->setText(menuText(state->putBack));
   _putBack->setVisible(!state->putBack.empty());
 }

@@ -27,6 +27,7 @@ class TrayMenu : public QMenu {
   WindowCoordinator& _windows;
   QAction* _headline;
   QAction* _putBack;
+  QAction* _separator;
   std::shared_ptr<const TrayMenuState> _state;  ///< What is shown, once there is anything.
   StateMaker<TrayMenuState> _states;
   std::unique_ptr<ModelObserver> _observer;

@@ -212,22 +212,29 @@ TEST_F(BackgroundCycle, TheJournalHoldsSevenDaysAndIsPublishedOnlyWhenItChanges)
   EXPECT_EQ(changes, 2);
 }
 
-TEST_F(BackgroundCycle, TheSystemStateFollowsTheSystem) {
-  EXPECT_TRUE(model->isFinderExtensionOff());
-  int changes = 0;
-  QObject::connect(model.get(), &AppModel::systemStateChanged, [&] { ++changes; });
-  model->refreshSystemState();
-  EXPECT_EQ(changes, 0) << "what stays the same is not published";
+TEST_F(BackgroundCycle, NotifiesOfTheUsersTomorrowOnceADayOfUTCForEachFolder) {
+  calendar = Calendar("Pacific/Auckland");  // 13 hours ahead: its tomorrow begins in 3 hours.
+  constexpr double hour = 3600;
+  const auto going = [](double seconds) { return aged(90 - seconds / secondsPerDay); };
+  makeTemporary("/a", {"x" + going(4 * hour), "y" + going(26 * hour)});
+  makeTemporary("/b", {"z" + going(20 * hour)});
+  makeTemporary("/c", {"today" + going(2 * hour), "later" + going(60 * hour)});
+  notifications.refuses = true;
+  runCycle();
+  EXPECT_EQ(notifications.attempts, 2);
+  EXPECT_EQ(standardDefaults.string("notified.tomorrow.1"), std::nullopt);
 
-  finderExtension.enabled = true;
-  loginItem.now = LoginItem::Status::requiresApproval;
-  notifications.authorized = true;
-  model->refreshSystemState();
-  EXPECT_EQ(changes, 3);
-  EXPECT_FALSE(model->isFinderExtensionOff());
-  EXPECT_FALSE(model->isLoginItemEnabled());
-  EXPECT_TRUE(model->loginItemNeedsApproval());
-  EXPECT_TRUE(model->isNotificationAuthorized());
+  notifications.refuses = false;
+  waitFor(model->resumeNotifications());
+  const std::vector<std::string> delivered = {"tomorrow.1|a|2 items will go to the Bin tomorrow.",
+                                              "tomorrow.2|b|1 item will go to the Bin tomorrow."};
+  EXPECT_EQ(notifications.delivered, delivered) << "it is tried again until it was taken";
+  EXPECT_EQ(standardDefaults.string("notified.tomorrow.1"), "2027-01-15");
+  for (int cycle = 0; cycle < 2; ++cycle) {
+    runCycle();
+    EXPECT_EQ(notifications.attempts, 4) << "the day's second cycle is quiet, in UTC's day";
+    now = now + 3.5 * hour;
+  }
 }
 
 }  // namespace

@@ -104,18 +104,47 @@ class ModelWorld {
 
   /// Detached work is done by `executor`, which outlives the model, or else by one on the main
   /// thread, which the disk in memory is made for.
-  explicit ModelWorld(Executor* executor = nullptr);
+  explicit ModelWorld(Executor* executor = nullptr)
+      : model(std::make_unique<AppModel>(
+            Services{.executor = executor == nullptr ? ordered : *executor,
+                     .fileManager = disk,
+                     .notifications = notifications,
+                     .loginItem = loginItem,
+                     .finderExtension = finderExtension,
+                     .alerts = alerts,
+                     .standardDefaults = standardDefaults,
+                     .sharedDefaults = sharedDefaults,
+                     .currentDate = [this] { return Date{now}; },
+                     .secondsSinceBoot = [this] { return now - clockStep; },
+                     .currentCalendar = [this] { return calendar; }})) {}
 
   /// Draws a folder with these items, makes it known and Temporary, and answers its row id.
-  std::int64_t makeTemporary(const std::string& path, const std::vector<std::string>& items = {});
+  std::int64_t makeTemporary(const std::string& path, const std::vector<std::string>& items = {}) {
+    std::string drawing = path + "/\n";
+    for (const std::string& item : items)
+      drawing += "  " + item + "\n";
+    disk.draw(drawing);
+    const Folder folder = QCoro::waitFor(model->addFolder(FileURL(path))).value();
+    QCoro::waitFor(model->setTemporary(folder, true));
+    return *folder.id;
+  }
 
   /// The date of an item that is so many days old at the start, as the disk is drawn.
-  static std::string aged(double days);
+  static std::string aged(double days) {
+    return " @" + std::to_string(static_cast<std::int64_t>(start - days * secondsPerDay));
+  }
 
   void runCycle() { QCoro::waitFor(model->runBackgroundCycle()); }
 
   /// The journal's names, oldest first, joined by a blank.
-  std::string removedNames();
+  std::string removedNames() {
+    std::vector<JournalEntry> entries = model->journal();
+    std::ranges::sort(entries, {}, &JournalEntry::id);
+    std::string names;
+    for (const JournalEntry& entry : entries)
+      names += (names.empty() ? "" : " ") + entry.name;
+    return names;
+  }
 
   TemporaryDirectory directory;
   ScopedEnvironment dataHome{"XDG_DATA_HOME", directory.path("data")};

@@ -1,4 +1,5 @@
 #include "FakeServices.h"
+#include "Tidemar/CommandLine.h"
 #include "Tidemar/Model/FolderLink.h"
 
 namespace tidemar::testing {
@@ -184,14 +185,58 @@ TEST(FolderLink, IsReadExactly) {
   }
 }
 
-TEST_F(FolderCommands, AFailureOfTheLoginItemIsToldAndTheStateIsWhatTheSystemSays) {
-  loginItem.becomes = LoginItem::Status::requiresApproval;
-  model->setOpensAtLogin(true);
-  EXPECT_TRUE(alerts.told.empty());
+TEST(CommandLine, IsOneURLOrTheMarkOfALoginOrNothing) {
+  const std::string longest(64 * 1024, 'a');
+  const struct {
+    const char* title;
+    std::vector<std::string> arguments;
+    std::optional<CommandLine> expected;  ///< None where the arguments are refused.
+  } rows[] = {
+      {"nothing", {}, CommandLine{}},
+      {"a URL",
+       {"tidemar://folder?path=/a\xff"},
+       CommandLine{false, "tidemar://folder?path=/a\xff"}},
+      {"a login", {"--launched-at-login"}, CommandLine{true, {}}},
+      {"the bus", {"--launched-by-bus"}, CommandLine{true, {}}},
+      {"the longest URL", {longest}, CommandLine{false, longest}},
+      {"a URL too long", {longest + "a"}, {}},
+      {"a login with a URL", {"--launched-at-login", "tidemar://folder?path=/a"}, {}},
+      {"an argument that only begins alike", {"--launched-at-login=no"}, {}},
+      {"an action", {"--setup"}, CommandLine{.action = "setup"}},
+      {"an option", {"--quiet"}, {}},
+      {"a dash", {"-"}, {}},
+  };
+  for (const auto& row : rows) {
+    try {
+      EXPECT_EQ(parseCommandLine(row.arguments), row.expected) << row.title;
+    } catch (const std::invalid_argument& error) {
+      EXPECT_EQ(row.expected, std::nullopt) << row.title << ": " << error.what();
+    }
+  }
+}
+
+TEST_F(FolderCommands, TheSystemStateIsWhatTheSystemSaysAndAFailureOfTheLoginItemIsTold) {
+  int changes = 0;
+  QObject::connect(model.get(), &AppModel::systemStateChanged, [&] { ++changes; });
+  model->refreshSystemState();
+  EXPECT_EQ(changes, 0) << "what stays the same is not published";
+  EXPECT_TRUE(model->isFinderExtensionOff());
+  finderExtension.enabled = notifications.authorized = true;
+  loginItem.now = LoginItem::Status::requiresApproval;
+  model->refreshSystemState();
+  EXPECT_EQ(changes, 3);
+  EXPECT_FALSE(model->isFinderExtensionOff());
+  EXPECT_FALSE(model->isLoginItemEnabled());
   EXPECT_TRUE(model->loginItemNeedsApproval());
+  EXPECT_TRUE(model->isNotificationAuthorized());
+
   model->setOpensAtLogin(false);
   EXPECT_FALSE(model->loginItemNeedsApproval());
-
+  loginItem.becomes = LoginItem::Status::requiresApproval;
+  model->setOpensAtLogin(true);
+  EXPECT_TRUE(model->loginItemNeedsApproval());
+  EXPECT_TRUE(alerts.told.empty());
+  loginItem.now = LoginItem::Status::off;
   loginItem.fails = true;
   model->setOpensAtLogin(true);
   EXPECT_EQ(alerts.told, Lines{"Couldn't turn on Open at login\nno such thing"});

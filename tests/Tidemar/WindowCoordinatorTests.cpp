@@ -72,6 +72,17 @@ class WindowCoordinatorTest : public ::testing::Test {
     return world.model->reports().front().folder.lastRunAt == Date{world.now};
   }
 
+  /// The entries of a menu that are to be seen; "-" is a separator.
+  std::string shown(const QList<QAction*>& actions) {
+    finishWork();
+    std::string text;
+    for (const QAction* action : actions) {
+      if (action->isVisible())
+        text += (action->isSeparator() ? "-" : action->text().toStdString()) + "|";
+    }
+    return text;
+  }
+
   ModelWorld world;
   HandedUpdateService service;
   Updates updates{service};
@@ -318,12 +329,9 @@ TEST_F(WindowCoordinatorTest, AWindowMayGoWhileItsPanelOrAlertIsOpen) {
 
 TEST_F(WindowCoordinatorTest, UpdatesCanBeCheckedForOnceTheServiceSaysSo) {
   windows.showMain();
-  const auto action = [&] {
-    for (QAction* candidate : windows.window("main")->findChild<QMenu*>()->actions()) {
-      if (candidate->text() == "Check for Updates…") return candidate;
-    }
-    throw std::runtime_error("there is no such action");
-  }();
+  const QList<QAction*> actions = windows.window("main")->findChild<QMenu*>()->actions();
+  EXPECT_EQ(shown(actions), "Check for Updates…|Settings…|-|Quit Tidemar|");
+  QAction* action = actions.at(0);
   action->trigger();
   EXPECT_EQ(service.checks, 0);
   service.canCheck = true;
@@ -388,22 +396,15 @@ TEST_F(WindowCoordinatorTest, TheTrayMenuSaysWhatGoesWhereItStandsInForThePopove
   world.disk.draw("/home/ada/Downloads/old" + ModelWorld::aged(91));
   world.runCycle();
   TrayMenu menu(windows);
-  const auto shown = [&] {
-    finishWork();
-    std::string text;
-    for (const QAction* action : menu.actions()) {
-      if (action->isVisible() && !action->isSeparator()) text += action->text().toStdString() + "|";
-    }
-    return text;
-  };
-  EXPECT_EQ(shown(), "Open Tidemar|Quit Tidemar|");
+  EXPECT_EQ(shown(menu.actions()), "Open Tidemar|Quit Tidemar|");
   menu.standInForPopover();
-  EXPECT_EQ(shown(),
-            "Nothing goes today|Put 1 item back · Downloads · 8:00 AM|Open Tidemar|Quit Tidemar|");
+  EXPECT_EQ(
+      shown(menu.actions()),
+      "Nothing goes today|Put 1 item back · Downloads · 8:00 AM|-|Open Tidemar|Quit Tidemar|");
   menu.actions()[1]->trigger();
   finishWork();
   QCoro::waitFor(world.model->refreshReports());
-  EXPECT_EQ(shown(), "1 item goes now|Open Tidemar|Quit Tidemar|");
+  EXPECT_EQ(shown(menu.actions()), "1 item goes now|-|Open Tidemar|Quit Tidemar|");
   EXPECT_TRUE(world.disk.exists("/home/ada/Downloads/old"));
 }
 
