@@ -2,6 +2,7 @@
 
 #include "FakeDesktop.h"
 #include "Platform/Desktop/DesktopColorScheme.h"
+#include "Platform/Desktop/PlasmaColors.h"
 
 namespace tidemar {
 namespace {
@@ -85,6 +86,36 @@ TEST_F(DesktopColorSchemeTest, PlasmaTellsOfItsColoursWithoutAPortal) {
   notify(1);
   notify(0);
   EXPECT_EQ(heard(1), std::vector{Preference::none});
+}
+
+TEST(PlasmaColors, AreThoseOfItsSettingsWhereAllAreThere) {
+  const TemporaryDirectory home;
+  const ScopedHome scope(home.url());
+  std::filesystem::create_directory(home.path(".config"));
+  const auto write = [&](const std::vector<const char*>& groups) {
+    std::string text;
+    for (int number = 1; const char* group : groups) {
+      text += std::string("[Colors:") + group + "]\nBackgroundNormal=" + std::to_string(number);
+      text += ",2,3\nForegroundNormal=" + std::to_string(number + 1) + ", 5,6\n";
+      number += 2;
+    }
+    writeFile(home.url(".config/kdeglobals"), text);
+  };
+  const ScopedEnvironment desktop("XDG_CURRENT_DESKTOP", "KDE");
+  EXPECT_EQ(PlasmaColors::palette(), std::nullopt) << "without settings";
+  write({"Window", "View", "Button", "Selection"});
+  EXPECT_EQ(PlasmaColors::palette(), std::nullopt);
+  write({"Window", "View", "Button", "Selection", "Tooltip"});
+  const QPalette palette = PlasmaColors::palette().value();
+  std::vector<int> reds;
+  for (const auto role : {QPalette::Window, QPalette::WindowText, QPalette::Base, QPalette::Text,
+                          QPalette::Button, QPalette::ButtonText, QPalette::Highlight,
+                          QPalette::HighlightedText, QPalette::ToolTipBase, QPalette::ToolTipText})
+    reds.push_back(palette.color(role).red());
+  EXPECT_EQ(reds, (std::vector{1, 2, 3, 4, 5, 6, 7, 8, 9, 10}));
+  EXPECT_EQ(palette.color(QPalette::Text), QColor(4, 5, 6));
+  const ScopedEnvironment other("XDG_CURRENT_DESKTOP", "GNOME");
+  EXPECT_EQ(PlasmaColors::palette(), std::nullopt);
 }
 
 }  // namespace

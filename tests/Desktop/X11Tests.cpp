@@ -23,7 +23,8 @@ class X11Test : public ::testing::Test {
   void SetUp() override {
     if (X11::connection() == nullptr) GTEST_SKIP() << "needs Xvfb";
     connection.reset(xcb_connect(nullptr, nullptr));
-    root = xcb_setup_roots_iterator(xcb_get_setup(connection.get())).data->root;
+    screen = xcb_setup_roots_iterator(xcb_get_setup(connection.get())).data;
+    root = screen->root;
     const std::uint32_t events =
         XCB_EVENT_MASK_PROPERTY_CHANGE | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY;
     xcb_change_window_attributes(connection.get(), root, XCB_CW_EVENT_MASK, &events);
@@ -61,11 +62,28 @@ class X11Test : public ::testing::Test {
 
   /// Owns the selection by which trays are known, and announces it as a tray does.
   void becomeTray() {
-    const xcb_window_t owner = xcb_generate_id(connection.get());
-    xcb_create_window(connection.get(), 0, owner, root, -1, -1, 1, 1, 0,
-                      XCB_WINDOW_CLASS_INPUT_ONLY, XCB_COPY_FROM_PARENT, 0, nullptr);
-    xcb_set_selection_owner(connection.get(), owner, X11::atom("_NET_SYSTEM_TRAY_S0"), 0);
+    tray = xcb_generate_id(connection.get());
+    const std::uint32_t ground = screen->black_pixel;
+    xcb_create_window(connection.get(), screen->root_depth, tray, root, 100, 100, 24, 24, 0,
+                      XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT, XCB_CW_BACK_PIXEL,
+                      &ground);
+    xcb_map_window(connection.get(), tray);
+    xcb_set_selection_owner(connection.get(), tray, X11::atom("_NET_SYSTEM_TRAY_S0"), 0);
     announce("MANAGER");
+  }
+
+  /// Takes in the icons that ask for it (System Tray Protocol).
+  bool hasDocked() {
+    for (const auto& message : messages()) {
+      if (message.type != X11::atom("_NET_SYSTEM_TRAY_OPCODE") || message.data.data32[1] != 0)
+        continue;
+      icon = message.data.data32[2];
+      xcb_reparent_window(connection.get(), icon, tray, 0, 0);
+      xcb_map_window(connection.get(), icon);
+      sync();
+      return true;
+    }
+    return false;
   }
 
   void announce(const char* type) {
@@ -85,7 +103,10 @@ class X11Test : public ::testing::Test {
   }
 
   std::unique_ptr<xcb_connection_t, decltype(&xcb_disconnect)> connection{nullptr, &xcb_disconnect};
+  const xcb_screen_t* screen = nullptr;
   xcb_window_t root = XCB_WINDOW_NONE;
+  xcb_window_t tray = XCB_WINDOW_NONE;
+  xcb_window_t icon = XCB_WINDOW_NONE;  ///< In the tray.
 };
 
 TEST_F(X11Test, ATrayIsSeenWhenItComesAndOneThatIsThereAtOnce) {
@@ -171,6 +192,31 @@ TEST_F(X11Test, ARequestToAnotherProgramBearsTheTimeOfTheUsersAction) {
   EXPECT_TRUE(first.startsWith(u"tidemar-%1-"_s.arg(QCoreApplication::applicationPid())));
   EXPECT_GT(first.mid(first.indexOf(u"_TIME"_s) + 5).toUInt(), 0U);
   EXPECT_NE(startupIDForRequest(), first) << "each request is one of its own";
+}
+
+TEST_F(X11Test, ThePanelUnderAnEmbeddedIconIsLookedAtAgainUnderThePointer) {
+  QPixmap picture(24, 24);
+  picture.fill(Qt::transparent);
+  QSystemTrayIcon shown{QIcon(picture)};
+  EXPECT_FALSE(PanelGround(shown).isEmbedded());
+  becomeTray();
+  shown.show();
+  waitUntil([&] { return hasDocked(); });
+  PanelGround ground(shown);
+  EXPECT_TRUE(ground.isEmbedded());
+  std::vector<bool> told;
+  QObject::connect(&ground, &PanelGround::told, [&told](bool isDark) { told.push_back(isDark); });
+  waitUntil([&] { return !told.empty(); });
+  for (const std::uint32_t color :
+       {screen->white_pixel, screen->white_pixel, screen->black_pixel}) {
+    xcb_change_window_attributes(connection.get(), tray, XCB_CW_BACK_PIXEL, &color);
+    for (const xcb_window_t window : {tray, icon})
+      xcb_clear_area(connection.get(), 1, window, 0, 0, 0, 0);
+    sync();
+    userDoes({u"mousemove"_s, u"10"_s, u"10"_s, u"mousemove"_s, u"110"_s, u"110"_s});
+    QTest::qWait(500);
+  }
+  EXPECT_EQ(told, (std::vector{true, false, true}));
 }
 
 TEST(PanelGround, IsDarkByItsTopAndBottomLine) {

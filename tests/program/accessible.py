@@ -40,7 +40,7 @@ def wait_for(session, question, what):
             return question()
         except GLib.Error:
             return None
-    return session.wait_for(careful, what, 20)
+    return session.wait_for(careful, what)
 
 
 def find(session, role, name, *states):
