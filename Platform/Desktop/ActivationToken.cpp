@@ -5,8 +5,6 @@
 #include <QWindow>
 #include <algorithm>
 #include <cstdint>
-#include <cstdlib>
-#include <memory>
 #include <optional>
 #include <string>
 #include <utility>
@@ -91,8 +89,7 @@ std::optional<std::uint32_t> number(xcb_connection_t* connection, xcb_window_t w
                                     const char* property) {
   const auto cookie =
       xcb_get_property(connection, 0, window, X11::atom(property), XCB_GET_PROPERTY_TYPE_ANY, 0, 1);
-  const std::unique_ptr<xcb_get_property_reply_t, decltype(&std::free)> reply(
-      xcb_get_property_reply(connection, cookie, nullptr), &std::free);
+  const auto reply = X11::owned(xcb_get_property_reply(connection, cookie, nullptr));
   if (!reply || reply->format != 32 || xcb_get_property_value_length(reply.get()) != 4)
     return std::nullopt;
   return *static_cast<const std::uint32_t*>(xcb_get_property_value(reply.get()));

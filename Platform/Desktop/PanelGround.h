@@ -31,7 +31,7 @@ class PanelGround : public QObject {
 
   const QSystemTrayIcon& _icon;
   bool _isEmbedded = false;
-  QTimer _pause;
+  QTimer _pause{this};
   std::optional<bool> _isDark;
 };
 

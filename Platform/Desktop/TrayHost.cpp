@@ -7,8 +7,6 @@
 #include <QDBusServiceWatcher>
 #include <QDBusVariant>
 #include <QGuiApplication>
-#include <cstdlib>
-#include <memory>
 
 #include "Platform/Desktop/X11.h"
 
@@ -22,8 +20,7 @@ bool hasEmbeddingTray() {
   xcb_connection_t* connection = X11::connection();
   if (connection == nullptr) return false;
   const auto cookie = xcb_get_selection_owner(connection, X11::atom("_NET_SYSTEM_TRAY_S0"));
-  const std::unique_ptr<xcb_get_selection_owner_reply_t, decltype(&std::free)> reply(
-      xcb_get_selection_owner_reply(connection, cookie, nullptr), &std::free);
+  const auto reply = X11::owned(xcb_get_selection_owner_reply(connection, cookie, nullptr));
   return reply && reply->owner != XCB_WINDOW_NONE;
 }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstdlib>
+#include <memory>
 #include <string_view>
 
 #include <xcb/xcb.h>
@@ -9,6 +11,12 @@ namespace tidemar::X11 {
 
 /// Null on any other display.
 xcb_connection_t* connection();
+
+/// What the server has answered, freed with its owner; null for no answer.
+template <class Reply>
+std::unique_ptr<Reply, decltype(&std::free)> owned(Reply* reply) {
+  return {reply, &std::free};
+}
 
 /// XCB_ATOM_NONE where the server doesn't answer.
 xcb_atom_t atom(std::string_view name);

@@ -6,6 +6,14 @@
 
 namespace tidemar::testing {
 
+QString start(QProcess& process, const QString& program, const QStringList& arguments) {
+  process.setChildProcessModifier([] { prctl(PR_SET_PDEATHSIG, SIGKILL); });
+  process.start(program, arguments);
+  while (!process.canReadLine() && process.waitForReadyRead()) {
+  }
+  return QString::fromUtf8(process.readLine()).trimmed();
+}
+
 PrivateBus::PrivateBus() {
   const std::string place = _directory.path();
   writeFile(_directory.url("bus.conf"),
@@ -14,14 +22,10 @@ PrivateBus::PrivateBus() {
                 "</servicedir><policy context=\"default\"><allow send_destination=\"*\" "
                 "eavesdrop=\"true\"/><allow eavesdrop=\"true\"/><allow own=\"*\"/></policy>"
                 "</busconfig>");
-  // It ends with the test, should that crash.
-  _daemon.setChildProcessModifier([] { prctl(PR_SET_PDEATHSIG, SIGKILL); });
-  _daemon.start(QStringLiteral("dbus-daemon"),
-                {QStringLiteral("--nofork"), QStringLiteral("--print-address=1"),
-                 QStringLiteral("--config-file=") + QString::fromStdString(place + "/bus.conf")});
-  while (!_daemon.canReadLine() && _daemon.waitForReadyRead()) {
-  }
-  _address = QString::fromUtf8(_daemon.readLine()).trimmed();
+  _address =
+      start(_daemon, QStringLiteral("dbus-daemon"),
+            {QStringLiteral("--nofork"), QStringLiteral("--print-address=1"),
+             QStringLiteral("--config-file=") + QString::fromStdString(place + "/bus.conf")});
   if (_address.isEmpty()) throw std::runtime_error("dbus-daemon didn't start");
 }
 

@@ -14,6 +14,10 @@
 
 namespace tidemar::testing {
 
+/// Starts a program that ends with the tests, should they crash, and answers the first line that it
+/// prints; empty where it prints none.
+QString start(QProcess& process, const QString& program, const QStringList& arguments);
+
 /// A session bus for one test, which knows no services to start but those it is told of.
 class PrivateBus {
  public:

@@ -7,6 +7,7 @@
 
 #include "FakeDesktop.h"
 #include "Platform/Desktop/FileManagerExtension.h"
+#include "support/RecordingAlerts.h"
 
 namespace tidemar::testing {
 namespace {
@@ -26,11 +27,6 @@ struct FakeEntry : MenuEntry {
   std::string title;
   bool isThere;
   bool isOn;
-};
-
-struct RecordingAlerts : Alerts {
-  void run(const Alert& alert) override { told += alert.message + ": " + alert.information + "\n"; }
-  std::string told;
 };
 
 class FileManagerExtensionTest : public ::testing::Test {
@@ -92,7 +88,7 @@ TEST_F(FileManagerExtensionTest, OffersWhatIsThereOrWasLeftBehindAndShowsWhatCam
     box(place)->toggle();
   EXPECT_EQ(shown(), "explanation|Gone off|Files on|Refusing off|hint|");
   EXPECT_EQ(changes, 3);
-  EXPECT_EQ(alerts.told, "Refusing on: no room\n");
+  EXPECT_EQ(alerts.told, std::vector<std::string>{"Refusing on\nno room"});
   EXPECT_TRUE(extension->isEnabled());
 
   entries[1]->isOn = true;  // By another program.

@@ -139,8 +139,9 @@ TEST_F(LoginItemTest, SettingsAreTheDesktopsProgramOrTheDirectory) {
   const OpenedURLs opened("file");
   const FileURL called = home.url("called");
   const auto add = [&](const char* program) {
-    writeFile(home.url(program), "#!/bin/sh\necho $0 $1 >" + called.path() + "x; " + "/bin/mv " +
-                                     called.path() + "x " + called.path() + "\n");
+    const std::string part = home.path("part");
+    writeFile(home.url(program),
+              "#!/bin/sh\necho $0 $1 >" + part + "; /bin/mv " + part + " " + called.path() + "\n");
     chmod(home.path(program).c_str(), 0700);
   };
   add("gnome-tweaks");

@@ -2,21 +2,14 @@
 // the program for one.
 
 #include <QApplication>
-#include <QProcess>
-#include <csignal>
 
-#include <gtest/gtest.h>
-#include <sys/prctl.h>
+#include "FakeDesktop.h"
 
 int main(int argc, char** argv) {
   QProcess server;
-  // It ends with the tests, should they crash.
-  server.setChildProcessModifier([] { prctl(PR_SET_PDEATHSIG, SIGKILL); });
-  server.start(QStringLiteral("Xvfb"), {QStringLiteral("-displayfd"), QStringLiteral("1")});
-  while (!server.canReadLine() && server.waitForReadyRead()) {
-  }
-  const QByteArray display = server.readLine().trimmed();
-  if (!display.isEmpty()) qputenv("DISPLAY", ":" + display);
+  const QString display = tidemar::testing::start(
+      server, QStringLiteral("Xvfb"), {QStringLiteral("-displayfd"), QStringLiteral("1")});
+  qputenv("DISPLAY", ':' + display.toUtf8());
   qputenv("QT_QPA_PLATFORM", display.isEmpty() ? "offscreen" : "xcb");
   // Each test has a bus of its own; the machine's is none of their business.
   qputenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent");

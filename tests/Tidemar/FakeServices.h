@@ -5,6 +5,7 @@
 #include "Tidemar/Model/AppModel.h"
 #include "Tidemar/Model/Executor.h"
 #include "support/FakeFileManager.h"
+#include "support/RecordingAlerts.h"
 #include "support/Testing.h"
 
 namespace tidemar::testing {
@@ -48,16 +49,6 @@ class OrderedExecutor final : public Executor {
   QObject _context;
   std::vector<std::function<void()>> _steps;
   bool _isByHand = false;
-};
-
-/// Writes down what the user would be told.
-struct RecordingAlerts : Alerts {
-  void run(const Alert& alert) override {
-    told.push_back(alert.message + "\n" + alert.information);
-    if (whileShown) whileShown();
-  }
-  std::vector<std::string> told;
-  std::function<void()> whileShown;
 };
 
 struct FakeNotificationCenter : NotificationCenter {
