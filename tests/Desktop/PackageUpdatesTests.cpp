@@ -1,20 +1,14 @@
 #include <QDBusObjectPath>
 
 #include "FakeDesktop.h"
-#include "Platform/Desktop/Alerts.h"
 #include "Platform/Desktop/PackageOwnership.h"
 #include "Platform/Desktop/PackageUpdates.h"
+#include "support/RecordingAlerts.h"
 
 namespace tidemar::testing {
 namespace {
 
 using namespace Qt::StringLiterals;
-
-class WrittenAlerts : public Alerts {
- public:
-  void run(const Alert& alert) override { shown.push_back(alert); }
-  std::vector<Alert> shown;
-};
 
 const QString packageKitName = u"org.freedesktop.PackageKit"_s;
 const QString packageKitPath = u"/org/freedesktop/PackageKit"_s;
@@ -84,7 +78,7 @@ class PackageUpdatesTest : public BusTest {
   QStringList updates;
   QString troubledJob;
   Trouble trouble = Trouble::fails;
-  WrittenAlerts alerts;
+  RecordingAlerts alerts;
   OpenedURLs softwareCentre{"appstream"};
   TemporaryDirectory directory;
   ScopedEnvironment searchPath{"PATH", directory.path() + ":/usr/bin:/bin"};
@@ -100,30 +94,27 @@ TEST_F(PackageUpdatesTest, ItSaysThatNothingIsNewOrOpensTheSoftwareCentre) {
     std::vector<std::string> alerts;
     QStringList opened;
   } rows[] = {
-      {"nothing is new", {}, "centre.desktop", {"Up to date"}, {}},
+      {"nothing is new", {}, "centre.desktop", {"Up to date\n"}, {}},
       {"other packages are",
        {u"tidemar-extras;9;amd64;x"_s, u"libc6;tidemar;amd64;x"_s},
        "centre.desktop",
-       {"Up to date"},
+       {"Up to date\n"},
        {}},
       {"Tidemar is", {u"libc6;2;amd64;x"_s, ours}, "centre.desktop", {}, {page}},
-      {"there is no software centre", {ours}, "", {"New version"}, {}},
+      {"there is no software centre", {ours}, "", {"New version\nInstall it"}, {}},
   };
   startPackageKit();
   for (const auto& row : rows) {
     SCOPED_TRACE(row.name);
     updates = row.updates;
     jobs.clear();
-    alerts.shown.clear();
+    alerts.told.clear();
     softwareCentre.urls.clear();
     setSchemeHandler(row.handler);
     check();
     EXPECT_EQ(jobs, QStringList({u"RefreshCache"_s, u"GetUpdates"_s}))
         << "once, although it was asked for twice";
-    std::vector<std::string> messages;
-    for (const Alerts::Alert& alert : alerts.shown)
-      messages.push_back(alert.message);
-    EXPECT_EQ(messages, row.alerts);
+    EXPECT_EQ(alerts.told, row.alerts);
     EXPECT_EQ(softwareCentre.urls, row.opened);
   }
 }
@@ -146,11 +137,9 @@ TEST_F(PackageUpdatesTest, AFailureIsNeverTakenForUpToDate) {
     startPackageKit();
     trouble = row.trouble;
     troubledJob = QString::fromLatin1(row.job);
-    alerts.shown.clear();
+    alerts.told.clear();
     check();
-    ASSERT_EQ(alerts.shown.size(), 1U);
-    EXPECT_EQ(alerts.shown[0].message, texts.failed);
-    EXPECT_EQ(alerts.shown[0].information, row.information);
+    EXPECT_EQ(alerts.told, std::vector{texts.failed + "\n" + row.information});
   }
 }
 

@@ -113,8 +113,15 @@ TEST_F(X11Test, ATrayIsSeenWhenItComesAndOneThatIsThereAtOnce) {
   TrayHost host;
   int times = 0;
   QObject::connect(&host, &TrayHost::becameAvailable, [&times] { ++times; });
+  QWidget marker;
+  marker.show();
   announce("MANAGER");
-  QCoreApplication::processEvents();
+  // What comes behind it is there by now.
+  const std::uint32_t width = 321;
+  xcb_configure_window(connection.get(), static_cast<xcb_window_t>(marker.winId()),
+                       XCB_CONFIG_WINDOW_WIDTH, &width);
+  sync(connection.get());
+  waitUntil([&] { return marker.width() == 321; });
   EXPECT_FALSE(host.isAvailable()) << "something else announced itself";
   becomeTray();
   waitUntil([&] { return host.isAvailable(); });
