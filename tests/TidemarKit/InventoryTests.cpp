@@ -152,7 +152,8 @@ TEST(Inventory, turnsEntriesIntoItems) {
 
 TEST(Inventory, treatsMissingValuesAsAPlainFileAndThrowsWhereTheTopLevelCannotBeRead) {
   FakeFileManager files;
-  files.draw("/f/\n  lost @1 unreadable\n/locked/ unreadable\n/g/\n  d/ @5\n    a 10 @9");
+  files.draw(
+      "/f/\n  lost @1 unreadable\n/locked/ unreadable\n/g/\n  d/ added=3 changed=5\n    a 10 @9");
   files.values("/g/d").isDirectory.reset();
   EXPECT_EQ(text(Inventory::items(*files.openFolder(FileURL("/g")))), "d 0 @5");
   for (const char* folder : {"/f", "/locked"})
