@@ -302,6 +302,9 @@ TEST(SpaceReserve, whatIsNotOursIsNeitherReplacedNorGivenUp) {
     EXPECT_EQ(readFile(directory.url("precious")), content);
     unlink(file.path().c_str());
   }
+  withFailingSystemCall(SYS_fsync, EIO, [&] { SpaceReserve(directory.url()).keep(); });
+  EXPECT_EQ(namesIn(directory.url()), std::set<std::string>{"precious"})
+      << "nor a part of one left";
 }
 
 INSTANTIATE_TEST_SUITE_P(SpaceReserve, FullDisk,
