@@ -39,6 +39,18 @@ class X11Test : public ::testing::Test {
     X11::owned(xcb_get_input_focus_reply(client, xcb_get_input_focus(client), nullptr));
   }
 
+  /// Lets the program handle all that this client has sent to it: waits for an event that follows.
+  void settle() {
+    QWidget last;
+    last.show();
+    sync(X11::connection());
+    const std::uint32_t width = 321;
+    xcb_configure_window(connection.get(), static_cast<xcb_window_t>(last.winId()),
+                         XCB_CONFIG_WINDOW_WIDTH, &width);
+    sync(connection.get());
+    waitUntil([&] { return last.width() == 321; });
+  }
+
   /// The messages that clients have sent to all.
   std::vector<xcb_client_message_event_t> messages() {
     sync(X11::connection());
@@ -113,20 +125,13 @@ TEST_F(X11Test, ATrayIsSeenWhenItComesAndOneThatIsThereAtOnce) {
   TrayHost host;
   int times = 0;
   QObject::connect(&host, &TrayHost::becameAvailable, [&times] { ++times; });
-  QWidget marker;
-  marker.show();
   announce("MANAGER");
-  // What comes behind it is there by now.
-  const std::uint32_t width = 321;
-  xcb_configure_window(connection.get(), static_cast<xcb_window_t>(marker.winId()),
-                       XCB_CONFIG_WINDOW_WIDTH, &width);
-  sync(connection.get());
-  waitUntil([&] { return marker.width() == 321; });
+  settle();
   EXPECT_FALSE(host.isAvailable()) << "something else announced itself";
   becomeTray();
   waitUntil([&] { return host.isAvailable(); });
   becomeTray();
-  QCoreApplication::processEvents();
+  settle();
   EXPECT_EQ(times, 1);
   EXPECT_TRUE(TrayHost().isAvailable());
 }

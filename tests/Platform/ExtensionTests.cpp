@@ -176,6 +176,7 @@ TEST_F(ThunarOnFile, whatTheUserHasIsThereMeanwhileAndByteForByteAfterwards) {
     entry.install();
     EXPECT_TRUE(entry.isInstalled());
     EXPECT_EQ(readFile(backup), list);
+    // An element that was closed by its own tag stays opened.
     EXPECT_EQ(ThunarActions::removingOurs(readFile(file)),
               list.contains("</actions>") ? list : "<actions a='/>' >\n</actions>\n<!-- after -->");
     const std::string once = readFile(file);
@@ -237,7 +238,7 @@ TEST_F(ThunarOnFile, aUserWithoutAListKeepsTheActionsOfTheSystem) {
   entry.install();
   EXPECT_TRUE(entry.isInstalled());
   for (int time = 0; time < 2; ++time)
-    entry.uninstall();
+    entry.uninstall();  // At last there isn't even a list.
   EXPECT_EQ(files(), std::set<std::string>{});
 }
 
